@@ -1,0 +1,68 @@
+// Operating-system services. Nothing outside src/platform calls the OS directly.
+// Paths are byte strings in the OS's own form: UTF-8 on POSIX, the ANSI code page on Windows.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelpdex::platform {
+
+#ifdef _WIN32
+constexpr char kPathSeparator = '\\';
+#else
+constexpr char kPathSeparator = '/';
+#endif
+
+// The SYSTEMTIME equivalent: month 1-12, dayOfWeek 0 (Sunday) to 6.
+struct LocalTime {
+  int year = 0;
+  int month = 0;
+  int dayOfWeek = 0;
+  int day = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  int milliseconds = 0;
+};
+
+// The login name of the user running the process; empty if none can be found.
+std::string UserName();
+LocalTime GetLocalTime();
+
+// The folder for temporary files ($TMPDIR or /tmp), without a trailing separator.
+std::string TempFolder();
+// The per-user settings folder: $XDG_CONFIG_HOME/Kelpdex, or ~/.config/Kelpdex.
+std::string UserSettingsFolder();
+// $XDG_DATA_HOME, or ~/.local/share.
+std::string UserDataFolder();
+// The full path of the running executable; empty if it cannot be found.
+std::string ExecutablePath();
+// Folders under which an installed (not portable) executable lives: /usr/ and /opt/ on POSIX,
+// the Program Files folders on Windows. Each ends with a separator.
+std::vector<std::string> SystemPrefixes();
+
+// Path helpers working on the text alone.
+std::string FolderOf(std::string_view path);    // "" when the path has no separator
+std::string FileNameOf(std::string_view path);  // the part after the last separator
+std::string JoinPath(std::string_view folder, std::string_view name);
+
+bool FileExists(const std::string& path);  // a regular file (or anything but a folder)
+bool FolderExists(const std::string& path);
+bool GetFileSize(const std::string& path, uint64_t& size);
+bool DeleteFile(const std::string& path);
+// Copies a regular file; with failIfExists an existing target makes it fail.
+bool CopyFile(const std::string& from, const std::string& to, bool failIfExists);
+// Creates the folder and any missing parents; true if it exists afterwards.
+bool CreateFolder(const std::string& path);
+// Writes `bytes` to `path`, replacing it, through a temporary file and a rename.
+bool WriteWholeFile(const std::string& path, std::string_view bytes);
+bool ReadWholeFile(const std::string& path, std::string& bytes);
+
+// The last OS error of this thread (errno, GetLastError) and its text (strerror, FormatMessage).
+int LastSystemError();
+void SetLastSystemError(int code);
+std::string SystemErrorText(int code);
+
+}  // namespace kelpdex::platform

@@ -1,0 +1,21 @@
+// Base64 with the standard alphabet and '=' padding, as used by the side file, mail parts and the
+// stored SMTP credentials.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kelpdex::text {
+
+// One unbroken run of Base64.
+std::string Base64Encode(std::string_view bytes);
+// Lines of at most 76 characters, each encoding a group of at most 57 bytes and ending in CR LF.
+// Empty input gives an empty string.
+std::string Base64EncodeLines(std::string_view bytes);
+void AppendBase64Lines(std::string& out, std::string_view bytes);
+// Decodes, skipping CR, LF, blanks and tabs. Returns false (and leaves `out` unspecified) on a
+// character outside the alphabet, misplaced padding, or a length that is not a whole number of
+// quads once blanks are removed.
+bool Base64Decode(std::string_view text, std::string& out);
+
+}  // namespace kelpdex::text

@@ -1,0 +1,31 @@
+// Conversions between the single-byte code page (Windows-1252) and UTF-8. UTF-8 exists only at
+// the edges of the program: Qt strings, XML files, UTF-8 text files, the settings file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kelpdex::text {
+
+// The Unicode code point of a Windows-1252 byte. The five bytes the code page leaves undefined
+// (0x81, 0x8D, 0x8F, 0x90, 0x9D) map to the C1 control of the same value.
+uint32_t Cp1252ToUnicode(uint8_t c);
+// The Windows-1252 byte of a code point, or -1 when the code page has none.
+int UnicodeToCp1252(uint32_t codePoint);
+
+std::string Cp1252ToUtf8(std::string_view s);
+void AppendCp1252AsUtf8(std::string& out, std::string_view s);
+
+// Lenient decoding for text arriving from outside: every malformed sequence, and every code
+// point the code page cannot hold, becomes one '?'.
+std::string Utf8ToCp1252(std::string_view s);
+
+// The strict decoder of the native XML reader: one-byte ASCII, lead bytes 0xC2..0xDF with one
+// continuation byte, 0xE0..0xEF with two. Anything else, or a sequence that runs past the end,
+// stops the decoding. Appends what it decoded to `out` (unmappable code points as '?') and
+// returns the number of input bytes consumed; equal to s.size() when all was decoded.
+size_t DecodeUtf8Prefix(std::string_view s, std::string& out);
+
+}  // namespace kelpdex::text
