@@ -1,0 +1,88 @@
+#include "kpx/kpx_cli.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "core/prompter.h"
+#include "kpx/kpx_commands.h"
+
+namespace kelpdex::kpx {
+
+namespace {
+
+void PrintHelp(FILE* to) {
+  std::fputs(
+      "usage: kpx <command> [arguments]\n"
+      "       kpx --help | --version\n"
+      "       kpx help <command>\n"
+      "\n"
+      "Works with Kelpdex databases without a window.\n"
+      "\n"
+      "Commands:\n",
+      to);
+  for (const CommandInfo& command : Commands()) {
+    std::fprintf(to, "  %-12s %s\n", command.name, command.summary);
+  }
+  std::fputs(
+      "\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n", to);
+}
+
+void PrintCommandHelp(FILE* to, const CommandInfo& command) {
+  std::fprintf(to, "usage: kpx %s %s\n\n%s\n", command.name, command.synopsis, command.summary);
+}
+
+}  // namespace
+
+int Main(int argc, const char* const* argv, FILE* out, FILE* err) {
+  // Messages of the logic reach the user on standard error, one line each.
+  ConsolePrompter prompter(err, stdin, "kpx: ");
+  Prompter* previous = SetActivePrompter(&prompter);
+  struct Restore {
+    Prompter* previous;
+    ~Restore() { SetActivePrompter(previous); }
+  } restore{previous};
+
+  if (argc < 2) {
+    PrintHelp(err);
+    return kExitUsage;
+  }
+  std::string first = argv[1];
+  if (first == "--help" || first == "-h") {
+    PrintHelp(out);
+    return kExitSuccess;
+  }
+  if (first == "--version") {
+    std::fprintf(out, "kpx (Kelpdex) %s\n", KELPDEX_VERSION_STRING);
+    return kExitSuccess;
+  }
+  if (first == "help") {
+    if (argc < 3) {
+      PrintHelp(out);
+      return kExitSuccess;
+    }
+    const CommandInfo* command = FindCommand(argv[2]);
+    if (command == nullptr) {
+      std::fprintf(err, "kpx: unknown command '%s'; see 'kpx --help'\n", argv[2]);
+      return kExitUsage;
+    }
+    PrintCommandHelp(out, *command);
+    return kExitSuccess;
+  }
+  const CommandInfo* command = FindCommand(first);
+  if (command == nullptr) {
+    std::fprintf(err, "kpx: unknown command '%s'; see 'kpx --help'\n", first.c_str());
+    return kExitUsage;
+  }
+  CommandContext context{{}, out, err};
+  for (int i = 2; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--help") == 0) {
+      PrintCommandHelp(out, *command);
+      return kExitSuccess;
+    }
+    context.words.emplace_back(argv[i]);
+  }
+  return command->run(context);
+}
+
+}  // namespace kelpdex::kpx

@@ -1,0 +1,37 @@
+// The kpx subcommands. Each one reads its own words, writes results to `out` in UTF-8 and
+// failures to `err`, and returns the process's exit status.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace kelpdex::kpx {
+
+constexpr int kExitSuccess = 0;
+constexpr int kExitFailure = 1;  // the operation failed; the message came from the error table
+constexpr int kExitUsage = 2;    // the command line was wrong
+
+struct CommandContext {
+  std::vector<std::string> words;  // the words after the subcommand's name
+  FILE* out;
+  FILE* err;
+};
+
+struct CommandInfo {
+  const char* name;
+  const char* synopsis;  // the words after "kpx <name>"
+  const char* summary;
+  int (*run)(CommandContext& context);
+};
+
+// Every subcommand, in the order --help lists them.
+const std::vector<CommandInfo>& Commands();
+const CommandInfo* FindCommand(const std::string& name);
+
+// Writes "kpx: <message>" and a pointer to the command's help to `err`; returns kExitUsage.
+int UsageError(CommandContext& context, const CommandInfo& command, const std::string& message);
+
+int RunLocale(CommandContext& context);
+
+}  // namespace kelpdex::kpx

@@ -1,0 +1,36 @@
+// Everything that outlives a document. The settings module reads and writes it; the process
+// entry and the frame use it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kelpdex {
+
+// Show commands, with the values Windows gives them.
+namespace show {
+constexpr int kNormal = 1;
+constexpr int kMaximized = 3;
+constexpr int kShow = 5;
+constexpr int kMinimize = 6;
+constexpr int kDefault = 10;
+}  // namespace show
+
+struct SessionSettings {
+  // The settings file in force. Loading or saving a profile under another name leaves it alone.
+  // A string rather than a fixed buffer: POSIX paths are not bounded by 260 bytes.
+  std::string settingsPath;
+  uint8_t localeChoice = 0;
+  int32_t windowLeft = 0;
+  int32_t windowTop = 0;
+  int32_t windowRight = 0;
+  int32_t windowBottom = 0;
+  int32_t windowShow = show::kNormal;
+  // 1 XML, 2 XML gzipped, 3 binary, 4 binary gzipped.
+  uint8_t defaultFileFormat = 1;
+};
+
+// The process's one instance.
+SessionSettings& Session();
+
+}  // namespace kelpdex

@@ -1,0 +1,105 @@
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kpx/kpx_args.h"
+#include "kpx/kpx_cli.h"
+
+namespace kelpdex::kpx {
+namespace {
+
+struct Result {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+std::string ReadAll(FILE* f) {
+  std::fflush(f);
+  std::rewind(f);
+  std::string text;
+  char buf[512];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) text.append(buf, n);
+  return text;
+}
+
+Result Run(std::vector<const char*> words) {
+  words.insert(words.begin(), "kpx");
+  FILE* out = std::tmpfile();
+  FILE* err = std::tmpfile();
+  Result r;
+  r.status = Main(static_cast<int>(words.size()), words.data(), out, err);
+  r.out = ReadAll(out);
+  r.err = ReadAll(err);
+  std::fclose(out);
+  std::fclose(err);
+  return r;
+}
+
+TEST(Kpx, HelpAndVersionSucceedOnStandardOutput) {
+  Result help = Run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("locale"), std::string::npos);
+  EXPECT_TRUE(help.err.empty());
+  Result version = Run({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out, std::string("kpx (Kelpdex) ") + KELPDEX_VERSION_STRING + "\n");
+  EXPECT_EQ(Run({"help", "locale"}).status, 0);
+  EXPECT_EQ(Run({"locale", "--help"}).status, 0);
+}
+
+TEST(Kpx, UsageErrorsExitWithTwoAndOneLineOfReason) {
+  for (auto words : std::vector<std::vector<const char*>>{
+           {}, {"frobnicate"}, {"help", "frobnicate"}, {"locale", "--bogus"},
+           {"locale", "--choice"}, {"locale", "--choice", "134"}, {"locale", "--choice", "x"},
+           {"locale", "stray"}}) {
+    Result r = Run(words);
+    EXPECT_EQ(r.status, 2) << (words.empty() ? "" : words.back());
+    EXPECT_EQ(r.err.rfind("kpx: ", 0) == 0 || r.err.rfind("usage: ", 0) == 0, true) << r.err;
+    EXPECT_TRUE(r.out.empty());
+  }
+}
+
+TEST(Kpx, LocaleShowsTheGenericSettings) {
+  Result r = Run({"locale", "--choice", "0"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_NE(r.out.find("decimal\t.\n"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("list\t,\nrow\t;\n"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("currency\t$\n"), std::string::npos) << r.out;
+  Result list = Run({"locale", "--list"});
+  EXPECT_EQ(list.status, 0);
+  EXPECT_NE(list.out.find("0\t0x0000\tGeneric (Fixed)\n"), std::string::npos);
+}
+
+TEST(KpxArgs, ReadsValuesFlagsAndPositionals) {
+  Args args({"in.kpx", "--table", "orders", "--field=Name:Text", "--field", "Age:Number",
+             "--json", "--", "--literal"},
+            {"table", "field"}, {"json"});
+  ASSERT_TRUE(args.ok()) << args.error();
+  EXPECT_EQ(args.Value("table"), "orders");
+  EXPECT_EQ(args.Values("field"), (std::vector<std::string>{"Name:Text", "Age:Number"}));
+  EXPECT_TRUE(args.Flag("json"));
+  EXPECT_FALSE(args.Flag("tsv"));
+  EXPECT_EQ(args.positionals(), (std::vector<std::string>{"in.kpx", "--literal"}));
+  EXPECT_FALSE(Args({"--json=1"}, {}, {"json"}).ok());
+}
+
+// The installed program, not just its library: exit statuses reach the shell.
+TEST(KpxProgram, ExitStatusReachesTheShell) {
+  auto status = [](const std::string& words) {
+    std::string command = std::string(KPX_PATH) + " " + words + " >/dev/null 2>&1";
+    int raw = std::system(command.c_str());
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  };
+  EXPECT_EQ(status("--version"), 0);
+  EXPECT_EQ(status("no-such-command"), 2);
+  EXPECT_EQ(status(""), 2);
+}
+
+}  // namespace
+}  // namespace kelpdex::kpx
