@@ -13,9 +13,9 @@ std::string Base64Encode(std::string_view bytes);
 // Empty input gives an empty string.
 std::string Base64EncodeLines(std::string_view bytes);
 void AppendBase64Lines(std::string& out, std::string_view bytes);
-// Decodes, skipping CR, LF, blanks and tabs. Returns false (and leaves `out` unspecified) on a
-// character outside the alphabet, misplaced padding, or a length that is not a whole number of
-// quads once blanks are removed.
+// Decodes into `out` (replacing its contents), skipping CR, LF, blanks and tabs. Returns false on
+// a character outside the alphabet, misplaced padding, or a length that is not a whole number of
+// quads once blanks are removed; `out` then holds a meaningless partial result.
 bool Base64Decode(std::string_view text, std::string& out);
 
 }  // namespace kelpdex::text

@@ -1,0 +1,107 @@
+#include "text/base64.h"
+
+#include <array>
+#include <cstdint>
+
+namespace kelpdex::text {
+
+namespace {
+
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+// 57 input bytes make exactly 76 characters, the longest line MIME allows.
+constexpr size_t kBytesPerLine = 57;
+
+constexpr int8_t kBad = -1;
+constexpr int8_t kPad = -2;
+constexpr int8_t kSkip = -3;
+
+constexpr std::array<int8_t, 256> MakeDecodeTable() {
+  std::array<int8_t, 256> table{};
+  table.fill(kBad);
+  for (int i = 0; i < 64; ++i) table[static_cast<uint8_t>(kAlphabet[i])] = static_cast<int8_t>(i);
+  table['='] = kPad;
+  table['\r'] = kSkip;
+  table['\n'] = kSkip;
+  table[' '] = kSkip;
+  table['\t'] = kSkip;
+  return table;
+}
+
+constexpr std::array<int8_t, 256> kDecodeTable = MakeDecodeTable();
+
+void AppendBase64(std::string& out, std::string_view bytes) {
+  const auto* p = reinterpret_cast<const uint8_t*>(bytes.data());
+  const size_t n = bytes.size();
+  size_t i = 0;
+  for (; i + 3 <= n; i += 3) {
+    const uint32_t v = (p[i] << 16) | (p[i + 1] << 8) | p[i + 2];
+    out.push_back(kAlphabet[v >> 18]);
+    out.push_back(kAlphabet[(v >> 12) & 0x3F]);
+    out.push_back(kAlphabet[(v >> 6) & 0x3F]);
+    out.push_back(kAlphabet[v & 0x3F]);
+  }
+  if (i == n) return;
+  const bool two = n - i == 2;
+  const uint32_t v = (p[i] << 16) | (two ? p[i + 1] << 8 : 0);
+  out.push_back(kAlphabet[v >> 18]);
+  out.push_back(kAlphabet[(v >> 12) & 0x3F]);
+  out.push_back(two ? kAlphabet[(v >> 6) & 0x3F] : '=');
+  out.push_back('=');
+}
+
+}  // namespace
+
+std::string Base64Encode(std::string_view bytes) {
+  std::string out;
+  out.reserve((bytes.size() + 2) / 3 * 4);
+  AppendBase64(out, bytes);
+  return out;
+}
+
+std::string Base64EncodeLines(std::string_view bytes) {
+  std::string out;
+  AppendBase64Lines(out, bytes);
+  return out;
+}
+
+void AppendBase64Lines(std::string& out, std::string_view bytes) {
+  const size_t lines = (bytes.size() + kBytesPerLine - 1) / kBytesPerLine;
+  out.reserve(out.size() + (bytes.size() + 2) / 3 * 4 + 2 * lines);
+  for (size_t pos = 0; pos < bytes.size(); pos += kBytesPerLine) {
+    AppendBase64(out, bytes.substr(pos, kBytesPerLine));
+    out += "\r\n";
+  }
+}
+
+bool Base64Decode(std::string_view text, std::string& out) {
+  out.clear();
+  out.reserve(text.size() / 4 * 3);
+  uint32_t quad = 0;
+  int filled = 0;
+  int padding = 0;
+  bool finished = false;
+  for (char ch : text) {
+    const int8_t v = kDecodeTable[static_cast<uint8_t>(ch)];
+    if (v == kSkip) continue;
+    if (v == kBad || finished) return false;
+    if (v == kPad) {
+      // Padding may only fill the third and fourth place of a quad.
+      if (filled < 2) return false;
+      ++padding;
+    } else if (padding > 0) {
+      return false;
+    }
+    quad = (quad << 6) | (v >= 0 ? static_cast<uint32_t>(v) : 0);
+    if (++filled < 4) continue;
+    out.push_back(static_cast<char>(quad >> 16));
+    if (padding < 2) out.push_back(static_cast<char>(quad >> 8));
+    if (padding < 1) out.push_back(static_cast<char>(quad));
+    finished = padding > 0;
+    quad = 0;
+    filled = 0;
+  }
+  return filled == 0;
+}
+
+}  // namespace kelpdex::text
