@@ -28,7 +28,7 @@ std::string ReadAll(FILE* f) {
   return text;
 }
 
-Result Run(std::vector<const char*> words) {
+Result RunKpx(std::vector<const char*> words) {
   words.insert(words.begin(), "kpx");
   FILE* out = std::tmpfile();
   FILE* err = std::tmpfile();
@@ -42,15 +42,15 @@ Result Run(std::vector<const char*> words) {
 }
 
 TEST(Kpx, HelpAndVersionSucceedOnStandardOutput) {
-  Result help = Run({"--help"});
+  Result help = RunKpx({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_NE(help.out.find("locale"), std::string::npos);
   EXPECT_TRUE(help.err.empty());
-  Result version = Run({"--version"});
+  Result version = RunKpx({"--version"});
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.out, std::string("kpx (Kelpdex) ") + KELPDEX_VERSION_STRING + "\n");
-  EXPECT_EQ(Run({"help", "locale"}).status, 0);
-  EXPECT_EQ(Run({"locale", "--help"}).status, 0);
+  EXPECT_EQ(RunKpx({"help", "locale"}).status, 0);
+  EXPECT_EQ(RunKpx({"locale", "--help"}).status, 0);
 }
 
 TEST(Kpx, UsageErrorsExitWithTwoAndOneLineOfReason) {
@@ -58,7 +58,7 @@ TEST(Kpx, UsageErrorsExitWithTwoAndOneLineOfReason) {
            {}, {"frobnicate"}, {"help", "frobnicate"}, {"locale", "--bogus"},
            {"locale", "--choice"}, {"locale", "--choice", "134"}, {"locale", "--choice", "x"},
            {"locale", "stray"}}) {
-    Result r = Run(words);
+    Result r = RunKpx(words);
     EXPECT_EQ(r.status, 2) << (words.empty() ? "" : words.back());
     EXPECT_EQ(r.err.rfind("kpx: ", 0) == 0 || r.err.rfind("usage: ", 0) == 0, true) << r.err;
     EXPECT_TRUE(r.out.empty());
@@ -66,12 +66,12 @@ TEST(Kpx, UsageErrorsExitWithTwoAndOneLineOfReason) {
 }
 
 TEST(Kpx, LocaleShowsTheGenericSettings) {
-  Result r = Run({"locale", "--choice", "0"});
+  Result r = RunKpx({"locale", "--choice", "0"});
   EXPECT_EQ(r.status, 0);
   EXPECT_NE(r.out.find("decimal\t.\n"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("list\t,\nrow\t;\n"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("currency\t$\n"), std::string::npos) << r.out;
-  Result list = Run({"locale", "--list"});
+  Result list = RunKpx({"locale", "--list"});
   EXPECT_EQ(list.status, 0);
   EXPECT_NE(list.out.find("0\t0x0000\tGeneric (Fixed)\n"), std::string::npos);
 }

@@ -13,6 +13,7 @@
 #include "core/server_module.h"
 #include "platform/locale_table.h"
 #include "support/fake_locale_provider.h"
+#include "support/temp_dir.h"
 
 namespace kelpdex {
 namespace {
@@ -75,7 +76,8 @@ class FakeHost : public ProcessHost {
   int ServerTimeOutMs() override { return 20; }
   int ServerPauseMs() override { return 0; }
 
-  std::string folder = "/nonexistent-kelpdex-test/Kelpdex";
+  testing::TempDir dir;
+  std::string folder = dir.Path("config/Kelpdex");
   std::set<std::string> existing;
   testing::FakeLocaleProvider locales;
   FrameLog frame;
@@ -114,6 +116,7 @@ TEST_F(ProcessTest, RegistrationSwitchesEndBeforeSettingsAndFrame) {
 
 TEST_F(ProcessTest, InteractiveRunOpensTheLineAndSavesSettingsAtExit) {
   std::string settingsFile = host_.folder + "/settings.xml";
+  // The per-user folder does not exist yet; it is created at exit.
   host_.existing.insert(settingsFile);
   host_.locales.SetLocale(platform::kLocaleUserDefault, ",", ".", ".", ":", "1", "1", "kr");
   EXPECT_EQ(Run("  my-file.kpx"), 7);
@@ -121,7 +124,12 @@ TEST_F(ProcessTest, InteractiveRunOpensTheLineAndSavesSettingsAtExit) {
   EXPECT_EQ(host_.frame.opened, std::vector<std::string>{"my-file.kpx"});
   // The loaded settings chose the user's default locale.
   EXPECT_EQ(currentLocale.decimalSeparator, ',');
-  // The folder could not be created, so the settings are silently not written.
+  EXPECT_EQ(host_.saved, std::vector<std::string>{settingsFile});
+}
+
+TEST_F(ProcessTest, SettingsFolderThatCannotBeMadeIsSkippedSilently) {
+  host_.dir.Write("config", "a file where the folder should be");
+  EXPECT_EQ(Run("file.kpx"), 7);
   EXPECT_TRUE(host_.saved.empty());
 }
 

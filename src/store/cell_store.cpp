@@ -1,0 +1,596 @@
+#include "store/cell_store.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace kelpdex {
+
+namespace {
+
+constexpr uint32_t kGroupRows = 1u << CellStore::kRowGroupShift;
+
+inline uint64_t KeyOf(uint32_t row, uint16_t column) {
+  return (static_cast<uint64_t>(row) << 16) | column;
+}
+inline uint64_t KeyOf(const uint8_t* r) { return KeyOf(cell::Row(r), cell::Column(r)); }
+// Blocks in a chain are never empty, except a lone head that is about to receive a record.
+inline uint64_t FirstKey(const RowBlock* b) { return KeyOf(b->data); }
+
+void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t key) {
+  if (cursor == nullptr) return;
+  if ((cursor->flags & kCursorFollow) == 0) {
+    cursor->Clear();
+    return;
+  }
+  cursor->block = block;
+  cursor->offset = static_cast<uint16_t>(offset);
+  cursor->key = key;
+}
+
+}  // namespace
+
+CellStore::CellStore() = default;
+
+CellStore::~CellStore() {
+  FreeChain(head_, true);
+  FreeChain(freeList_, true);
+  for (RowIndexEntry* page : rowIndexPages_) std::free(page);
+}
+
+RowBlock* CellStore::TakeBlock() {
+  if (freeList_ == nullptr) return AllocateBlock();
+  RowBlock* block = freeList_;
+  freeList_ = block->next;
+  --freeBlockCount_;
+  block->next = nullptr;
+  block->prev = nullptr;
+  block->used = 0;
+  return block;
+}
+
+void CellStore::GiveBlock(RowBlock* block, bool toHeap) {
+  if (toHeap) {
+    ReleaseBlock(block);
+    return;
+  }
+  block->next = freeList_;
+  block->prev = nullptr;
+  freeList_ = block;
+  ++freeBlockCount_;
+}
+
+bool CellStore::ReserveBlocks(uint32_t count) {
+  while (freeBlockCount_ < count) {
+    RowBlock* block = AllocateBlock();
+    if (block == nullptr) return false;
+    GiveBlock(block, false);
+  }
+  return true;
+}
+
+void CellStore::FreeChain(RowBlock* head, bool toHeap) {
+  while (head != nullptr) {
+    RowBlock* next = head->next;
+    GiveBlock(head, toHeap);
+    head = next;
+  }
+}
+
+void CellStore::LinkAfter(RowBlock* block, RowBlock* after) {
+  block->prev = after;
+  block->next = after->next;
+  if (after->next != nullptr) after->next->prev = block;
+  after->next = block;
+}
+
+void CellStore::Unlink(RowBlock* block) {
+  if (block->prev != nullptr) {
+    block->prev->next = block->next;
+  } else {
+    head_ = block->next;
+  }
+  if (block->next != nullptr) block->next->prev = block->prev;
+  block->next = nullptr;
+  block->prev = nullptr;
+}
+
+CellStore::Position CellStore::Locate(uint64_t key, const CellCursor* cursor) const {
+  RowBlock* b = head_;
+  uint32_t off = 0;
+  if (cursor != nullptr && cursor->block != nullptr) {
+    b = cursor->block;
+    if (cursor->key < key) {
+      off = cursor->offset;
+    } else {
+      // The cursor stands at or behind the target: step back to a block that starts before it.
+      while (b->prev != nullptr && FirstKey(b) > key) b = b->prev;
+    }
+  }
+  if (b == nullptr) return {nullptr, 0};
+  while (b->next != nullptr && FirstKey(b->next) <= key) {
+    b = b->next;
+    off = 0;
+  }
+  const uint8_t* d = b->data;
+  while (off < b->used && KeyOf(d + off) < key) off += cell::Size(d + off);
+  return {b, off};
+}
+
+void CellStore::InvalidateFrom(uint32_t row, const RowBlock* lastTouched) {
+  if (validPageCount_ == 0) return;
+  uint32_t lastRow = kLastRow;
+  if (lastTouched->next != nullptr) lastRow = cell::Row(lastTouched->next->data);
+  for (uint32_t g = row >> kRowGroupShift; g <= (lastRow >> kRowGroupShift); ++g) {
+    if (rowIndexValid_[g]) {
+      rowIndexValid_[g] = 0;
+      --validPageCount_;
+    }
+  }
+}
+
+void CellStore::InvalidateRowIndex() {
+  if (validPageCount_ == 0) return;
+  std::memset(rowIndexValid_, 0, sizeof rowIndexValid_);
+  validPageCount_ = 0;
+}
+
+bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
+  uint32_t row = cell::Row(record);
+  if (row >= kRowLimit) return true;
+  uint32_t size = cell::Size(record);
+  if (size > kBlockPayload) return false;
+  uint64_t key = KeyOf(record);
+  if (head_ == nullptr) {
+    RowBlock* block = TakeBlock();
+    if (block == nullptr) return false;
+    head_ = block;
+    ++blockCount_;
+    freeBytes_ += kBlockPayload;
+  }
+
+  Position pos = Locate(key, cursor);
+  RowBlock* b = pos.block;
+  uint32_t off = pos.offset;
+  RowBlock* furthest = b;  // the last block whose records may move
+
+  if (off < b->used && KeyOf(b->data + off) == key) {
+    uint32_t old = cell::Size(b->data + off);
+    // Secure the blocks a split may need before the old record goes, so that failure leaves
+    // the cell as it was.
+    if (b->used - old + size > kBlockPayload && !ReserveBlocks(size > kSplitOffset ? 2 : 1)) {
+      return false;
+    }
+    std::memmove(b->data + off, b->data + off + old, b->used - off - old);
+    b->used = static_cast<uint16_t>(b->used - old);
+    freeBytes_ += old;
+  }
+
+  // Sequential inserts at a block's start fill the lighter previous block instead.
+  if (off == 0 && b->prev != nullptr && b->prev->used < b->used) {
+    b = b->prev;
+    off = b->used;
+  }
+
+  RowBlock* placedBlock = b;
+  uint32_t placedOffset = off;
+  if (b->used + size <= kBlockPayload) {
+    std::memmove(b->data + off + size, b->data + off, b->used - off);
+    std::memcpy(b->data + off, record, size);
+    b->used = static_cast<uint16_t>(b->used + size);
+  } else {
+    uint32_t tail = b->used - off;
+    bool intoFirst = off < kSplitOffset && off + size <= kBlockPayload;
+    bool needThird = !intoFirst && size + tail > kBlockPayload && tail > 0;
+    if (!ReserveBlocks(needThird ? 2 : 1)) return false;
+    RowBlock* second = TakeBlock();
+    LinkAfter(second, b);
+    ++blockCount_;
+    freeBytes_ += kBlockPayload;
+    if (intoFirst) {
+      std::memcpy(second->data, b->data + off, tail);
+      second->used = static_cast<uint16_t>(tail);
+      std::memcpy(b->data + off, record, size);
+      b->used = static_cast<uint16_t>(off + size);
+    } else if (!needThird) {
+      std::memcpy(second->data, record, size);
+      std::memcpy(second->data + size, b->data + off, tail);
+      second->used = static_cast<uint16_t>(size + tail);
+      b->used = static_cast<uint16_t>(off);
+      placedBlock = second;
+      placedOffset = 0;
+    } else {
+      RowBlock* third = TakeBlock();
+      LinkAfter(third, second);
+      ++blockCount_;
+      freeBytes_ += kBlockPayload;
+      std::memcpy(third->data, b->data + off, tail);
+      third->used = static_cast<uint16_t>(tail);
+      std::memcpy(second->data, record, size);
+      second->used = static_cast<uint16_t>(size);
+      b->used = static_cast<uint16_t>(off);
+      placedBlock = second;
+      placedOffset = 0;
+      if (furthest == b) furthest = third;
+    }
+    if (furthest == b) furthest = second;
+  }
+  freeBytes_ -= std::min(size, freeBytes_);
+  InvalidateFrom(row, furthest);
+  LeaveCursor(cursor, placedBlock, placedOffset + size, key);
+
+  uint32_t blocksBefore = blockCount_;
+  MaybeCompact();
+  if (blockCount_ != blocksBefore && cursor != nullptr) {
+    // Compaction rewrote every record; find the one just written again.
+    Position again = Locate(key, nullptr);
+    LeaveCursor(cursor, again.block, again.offset + size, key);
+  }
+  return true;
+}
+
+CellRecord* CellStore::GetCell(uint32_t row, uint16_t column, CellCursor* cursor) {
+  if (row >= kRowLimit || head_ == nullptr) return nullptr;
+  uint64_t key = KeyOf(row, column);
+  Position pos = Locate(key, cursor);
+  uint8_t* r = pos.block->data + pos.offset;
+  if (pos.offset < pos.block->used && KeyOf(r) == key) {
+    LeaveCursor(cursor, pos.block, pos.offset + cell::Size(r), key);
+    return cell::At(r);
+  }
+  // Every record before the position is below the key, which keeps the cursor useful for the
+  // next lookup further on.
+  if (key > 0) LeaveCursor(cursor, pos.block, pos.offset, key - 1);
+  return nullptr;
+}
+
+bool CellStore::BuildRowIndex(uint32_t firstRow, uint32_t lastRow) {
+  if (head_ == nullptr) return true;
+  lastRow = std::min(lastRow, kLastRow);
+  uint32_t g1 = firstRow >> kRowGroupShift;
+  uint32_t g2 = lastRow >> kRowGroupShift;
+  while (g1 <= g2 && rowIndexValid_[g1]) ++g1;
+  while (g2 >= g1 && g2 > 0 && rowIndexValid_[g2]) --g2;
+  if (g1 > g2 || rowIndexValid_[g2]) return true;
+  for (uint32_t g = g1; g <= g2; ++g) {
+    if (rowIndexPages_[g] == nullptr) {
+      rowIndexPages_[g] = static_cast<RowIndexEntry*>(std::malloc(kGroupRows * sizeof(RowIndexEntry)));
+      if (rowIndexPages_[g] == nullptr) return false;
+    }
+    std::memset(static_cast<void*>(rowIndexPages_[g]), 0, kGroupRows * sizeof(RowIndexEntry));
+  }
+
+  // Start from the last row known to an earlier valid page, or from the head.
+  RowBlock* b = head_;
+  uint32_t off = 0;
+  for (uint32_t g = g1; g-- > 0;) {
+    if (!rowIndexValid_[g]) continue;
+    const RowIndexEntry* page = rowIndexPages_[g];
+    uint32_t i = kGroupRows;
+    while (i > 0 && page[i - 1].block == nullptr) --i;
+    if (i == 0) continue;
+    b = page[i - 1].block;
+    off = page[i - 1].offset;
+    break;
+  }
+  uint32_t base = g1 << kRowGroupShift;
+  uint32_t end = (g2 << kRowGroupShift) + kGroupRows - 1;
+  while (b->next != nullptr && cell::Row(b->next->data) < base) {
+    b = b->next;
+    off = 0;
+  }
+  uint32_t lastSeen = kRowLimit;
+  for (; b != nullptr; b = b->next, off = 0) {
+    const uint8_t* d = b->data;
+    for (; off < b->used; off += cell::Size(d + off)) {
+      uint32_t row = cell::Row(d + off);
+      if (row < base || row == lastSeen) continue;
+      if (row > end) goto done;
+      lastSeen = row;
+      rowIndexPages_[row >> kRowGroupShift][row & (kGroupRows - 1)] = {b,
+                                                                       static_cast<uint16_t>(off)};
+    }
+  }
+done:
+  for (uint32_t g = g1; g <= g2; ++g) {
+    if (!rowIndexValid_[g]) {
+      rowIndexValid_[g] = 1;
+      ++validPageCount_;
+    }
+  }
+  return true;
+}
+
+CellRecord* CellStore::GetCellFast(uint32_t row, uint16_t column) {
+  if (row >= kRowLimit || head_ == nullptr) return nullptr;
+  uint32_t g = row >> kRowGroupShift;
+  if (!rowIndexValid_[g] && !BuildRowIndex(g << kRowGroupShift, (g << kRowGroupShift) | (kGroupRows - 1))) {
+    return GetCell(row, column, nullptr);
+  }
+  const RowIndexEntry& entry = rowIndexPages_[g][row & (kGroupRows - 1)];
+  RowBlock* b = entry.block;
+  if (b == nullptr) return nullptr;
+  uint32_t off = entry.offset;
+  for (;;) {
+    if (off >= b->used) {
+      b = b->next;
+      if (b == nullptr) return nullptr;
+      off = 0;
+    }
+    uint8_t* r = b->data + off;
+    if (cell::Row(r) != row) return nullptr;
+    uint16_t c = cell::Column(r);
+    if (c >= column) return c == column ? cell::At(r) : nullptr;
+    off += cell::Size(r);
+  }
+}
+
+void CellStore::DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
+                            uint32_t lastRow, CellCursor* cursor, bool freeBlocks) {
+  if (head_ == nullptr || firstRow > lastRow || firstColumn > lastColumn ||
+      firstRow >= kRowLimit) {
+    return;
+  }
+  lastRow = std::min(lastRow, kLastRow);
+  InvalidateRowIndex();
+  uint8_t buffer[kBlockPayload];
+
+restart:
+  Position pos = Locate(KeyOf(firstRow, firstColumn), cursor);
+  RowBlock* b = pos.block;
+  uint32_t start = pos.offset;
+  while (b != nullptr) {
+    if (start == 0 && b->used > 0 && cell::Row(b->data) > lastRow) break;
+    std::memcpy(buffer, b->data, start);
+    uint32_t kept = start;
+    uint32_t off = start;
+    bool dropped = false;
+    bool pastRange = false;
+    while (off < b->used) {
+      uint8_t* r = b->data + off;
+      uint32_t size = cell::Size(r);
+      uint32_t row = cell::Row(r);
+      uint16_t column = cell::Column(r);
+      if (row > lastRow) {
+        std::memcpy(buffer + kept, r, b->used - off);
+        kept += b->used - off;
+        pastRange = true;
+        break;
+      }
+      bool inside = row >= firstRow && column >= firstColumn && column <= lastColumn;
+      if (!inside) {
+        std::memcpy(buffer + kept, r, size);
+        kept += size;
+        off += size;
+        continue;
+      }
+      if (cell::IsFormula(r) && (r[cell::kFlagsAt] & cell::kArrayHead) &&
+          (cell::ArrayColumns(r) > 1 || cell::ArrayRows(r) > 1) &&
+          cell::ErrorNibble(r) != cell::kFillError) {
+        // Part of a healthy array goes with the whole array; the mark comes off first so that
+        // the head does not start this again.
+        r[cell::kFlagsAt] &= static_cast<uint8_t>(~cell::kArrayHead);
+        uint32_t arrayLastColumn = std::min<uint32_t>(column + cell::ArrayColumns(r) - 1, kLastColumn);
+        uint32_t arrayLastRow = std::min<uint32_t>(row + cell::ArrayRows(r) - 1, kLastRow);
+        DeleteRange(column, static_cast<uint16_t>(arrayLastColumn), row, arrayLastRow, nullptr,
+                    freeBlocks);
+        cursor = nullptr;
+        goto restart;
+      }
+      dropped = true;
+      off += size;
+    }
+    RowBlock* next = b->next;
+    if (dropped) {
+      if (kept > 0) {
+        std::memcpy(b->data, buffer, kept);
+        freeBytes_ += b->used - kept;
+        b->used = static_cast<uint16_t>(kept);
+      } else {
+        uint32_t unused = kBlockPayload - b->used;
+        if (freeBytes_ >= unused) freeBytes_ -= unused;
+        Unlink(b);
+        GiveBlock(b, freeBlocks);
+        --blockCount_;
+      }
+    }
+    if (pastRange) break;
+    b = next;
+    start = 0;
+  }
+  if (cursor != nullptr) cursor->Clear();
+  // Mass deletion is where waste comes from, so the compaction test runs here as well.
+  MaybeCompact();
+}
+
+void CellStore::MaybeCompact() {
+  // The integer division is the rule: more than about a fifth of the memory wasted.
+  if (freeBytes_ >= kCompactionWaste &&
+      (static_cast<uint64_t>(blockCount_) * 8192) / freeBytes_ < 5) {
+    Compact();
+  }
+}
+
+void CellStore::Compact() {
+  if (head_ == nullptr) return;
+  InvalidateRowIndex();
+  RowBlock* wb = head_;
+  uint32_t woff = 0;
+  for (RowBlock* rb = head_; rb != nullptr; rb = rb->next) {
+    uint32_t roff = 0;
+    uint32_t rused = rb->used;
+    while (roff < rused) {
+      uint8_t* r = rb->data + roff;
+      uint32_t size = cell::Size(r);
+      // The write position never passes the read position, so each move is safe.
+      if (woff + size > kBlockPayload) {
+        wb->used = static_cast<uint16_t>(woff);
+        wb = wb->next;
+        woff = 0;
+      }
+      if (wb != rb || woff != roff) std::memmove(wb->data + woff, r, size);
+      woff += size;
+      roff += size;
+    }
+  }
+  wb->used = static_cast<uint16_t>(woff);
+  RowBlock* rest = wb->next;
+  wb->next = nullptr;
+  while (rest != nullptr) {
+    RowBlock* next = rest->next;
+    GiveBlock(rest, freeBlockCount_ >= kFreeListKeep);
+    --blockCount_;
+    rest = next;
+  }
+  if (head_->used == 0) {
+    GiveBlock(head_, freeBlockCount_ >= kFreeListKeep);
+    head_ = nullptr;
+    blockCount_ = 0;
+  }
+  // Counts waste since the last compaction, so it starts again from nothing.
+  freeBytes_ = 0;
+}
+
+const uint8_t* CellStore::LastRecord() const {
+  if (head_ == nullptr) return nullptr;
+  const RowBlock* b = head_;
+  while (b->next != nullptr) b = b->next;
+  if (b->used == 0) return nullptr;
+  const uint8_t* last = b->data;
+  for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) last = b->data + off;
+  return last;
+}
+
+void CellStore::LastUsed(uint16_t* minColumn, uint16_t* maxColumn, uint32_t* minRow,
+                         uint32_t* maxRow) const {
+  uint16_t lowColumn = 0;
+  uint16_t highColumn = 0;
+  uint32_t lowRow = 0;
+  uint32_t highRow = 0;
+  bool any = false;
+  for (const RowBlock* b = head_; b != nullptr; b = b->next) {
+    for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
+      const uint8_t* r = b->data + off;
+      uint16_t column = cell::Column(r);
+      uint32_t row = cell::Row(r);
+      if (!any) {
+        lowColumn = highColumn = column;
+        lowRow = row;
+        any = true;
+      }
+      lowColumn = std::min(lowColumn, column);
+      highColumn = std::max(highColumn, column);
+      highRow = row;
+    }
+  }
+  if (minColumn != nullptr) *minColumn = lowColumn;
+  if (maxColumn != nullptr) *maxColumn = highColumn;
+  if (minRow != nullptr) *minRow = lowRow;
+  if (maxRow != nullptr) *maxRow = highRow;
+}
+
+uint16_t CellStore::MaxRowUsed() const {
+  const uint8_t* last = LastRecord();
+  return last != nullptr ? static_cast<uint16_t>(cell::Row(last)) : 0;
+}
+
+bool CellStore::CopyRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
+                          uint32_t lastRow, CellStore& target, CellCursor* cursor) {
+  if (head_ == nullptr || firstRow > lastRow || firstRow >= kRowLimit) return true;
+  CellCursor local;
+  CellCursor* into = cursor != nullptr ? cursor : &local;
+  Position pos = Locate(KeyOf(firstRow, firstColumn), nullptr);
+  for (RowBlock* b = pos.block; b != nullptr; b = b->next, pos.offset = 0) {
+    for (uint32_t off = pos.offset; off < b->used; off += cell::Size(b->data + off)) {
+      const uint8_t* r = b->data + off;
+      if (cell::Row(r) > lastRow) return true;
+      uint16_t column = cell::Column(r);
+      if (column < firstColumn || column > lastColumn) continue;
+      if (!target.PutCell(r, into)) return false;
+    }
+  }
+  return true;
+}
+
+void CellStore::Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColumn,
+                         int32_t columnDelta) {
+  InvalidateRowIndex();
+  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+    for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
+      uint8_t* r = b->data + off;
+      if (rowDelta != 0 && cell::Row(r) >= firstRow) {
+        cell::SetRow(r, static_cast<uint32_t>(static_cast<int64_t>(cell::Row(r)) + rowDelta));
+      }
+      if (columnDelta != 0 && cell::Column(r) >= firstColumn) {
+        cell::SetColumn(r, static_cast<uint16_t>(cell::Column(r) + columnDelta));
+      }
+    }
+  }
+}
+
+bool CellStore::CanInsertRows(uint32_t firstRow, uint32_t lastRow) const {
+  if (lastRow < firstRow) return true;
+  const uint8_t* last = LastRecord();
+  if (last == nullptr || cell::Row(last) < firstRow) return true;
+  return static_cast<uint64_t>(cell::Row(last)) + (lastRow - firstRow + 1) <= kLastRow;
+}
+
+void CellStore::InsertRows(uint32_t firstRow, uint32_t lastRow) {
+  if (lastRow < firstRow) return;
+  Renumber(firstRow, static_cast<int32_t>(lastRow - firstRow + 1), 0, 0);
+}
+
+void CellStore::DeleteRow(uint32_t row) {
+  DeleteRange(0, kLastColumn, row, row, nullptr, false);
+  Renumber(row + 1, -1, 0, 0);
+}
+
+bool CellStore::CanInsertColumn(uint16_t column) const {
+  for (const RowBlock* b = head_; b != nullptr; b = b->next) {
+    for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
+      uint16_t c = cell::Column(b->data + off);
+      if (c >= column && c >= kLastColumn) return false;
+    }
+  }
+  return true;
+}
+
+void CellStore::InsertColumn(uint16_t column) { Renumber(0, 0, column, 1); }
+
+void CellStore::DeleteColumn(uint16_t column) {
+  DeleteRange(column, column, 0, kLastRow, nullptr, false);
+  Renumber(0, 0, static_cast<uint16_t>(column + 1), -1);
+}
+
+void CellStore::Reset(bool freeBlocks) {
+  FreeChain(head_, freeBlocks);
+  head_ = nullptr;
+  blockCount_ = 0;
+  freeBytes_ = 0;
+  InvalidateRowIndex();
+}
+
+RowBlock* CellStore::DetachChain(bool forget) {
+  RowBlock* head = head_;
+  if (forget) {
+    head_ = nullptr;
+    blockCount_ = 0;
+    freeBytes_ = 0;
+    InvalidateRowIndex();
+  }
+  return head;
+}
+
+void CellStore::AdoptChain(RowBlock* head) {
+  FreeChain(head_, false);
+  head_ = head;
+  blockCount_ = 0;
+  freeBytes_ = 0;
+  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+    ++blockCount_;
+    freeBytes_ += kBlockPayload - b->used;
+  }
+  InvalidateRowIndex();
+}
+
+}  // namespace kelpdex

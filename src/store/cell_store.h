@@ -1,0 +1,148 @@
+// The cells of one worksheet: packed records in a doubly linked chain of 8 KB blocks, sorted by
+// row and then column. Inserting a cell moves bytes within one block at most; a full block splits.
+#pragma once
+
+#include <cstdint>
+
+#include "store/cell_record.h"
+#include "store/row_block.h"
+
+namespace kelpdex {
+
+constexpr uint8_t kCursorFollow = 8;  // leave the cursor behind the record just found
+
+// A caller-owned position in a chain, valid until the next write to the chain other than a write
+// through this cursor. It also remembers the key of the record it stands behind, so that a write
+// or lookup before that point restarts from the right place instead of breaking the order.
+struct CellCursor {
+  uint8_t flags = kCursorFollow;
+  RowBlock* block = nullptr;  // nullptr: from the start
+  uint16_t offset = 0;
+  uint64_t key = 0;  // (row << 16) | column of the record before `offset`
+
+  void Clear() {
+    block = nullptr;
+    offset = 0;
+    key = 0;
+  }
+};
+
+class CellStore {
+ public:
+  static constexpr uint32_t kRowGroupShift = 10;  // the row index has one page per 1024 rows
+  static constexpr uint32_t kRowGroups = kRowLimit >> kRowGroupShift;
+  static constexpr uint32_t kCompactionWaste = 1000001;
+  // Spare blocks kept after a compaction; the rest go back to the heap.
+  static constexpr uint32_t kFreeListKeep = 64;
+
+  CellStore();
+  ~CellStore();
+  CellStore(const CellStore&) = delete;
+  CellStore& operator=(const CellStore&) = delete;
+
+  // Writes a copy of a prepared record, replacing the cell at its row and column. A row beyond
+  // the last is ignored and counts as success. False means out of memory, with the store as it
+  // was (a replaced cell included) or, for a record larger than a block, nothing written.
+  bool PutCell(const uint8_t* record, CellCursor* cursor = nullptr);
+  CellRecord* GetCell(uint32_t row, uint16_t column, CellCursor* cursor = nullptr);
+  // GetCell for random reads, through the row index (built for a row group on first use).
+  CellRecord* GetCellFast(uint32_t row, uint16_t column);
+  // The record at the cursor, in storage order; nullptr at the end. The iteration primitive of
+  // every whole-sheet pass, so it lives in the header.
+  CellRecord* NextCell(CellCursor& cursor) {
+    RowBlock* b = cursor.block;
+    uint32_t off = cursor.offset;
+    if (b == nullptr) {
+      b = head_;
+      off = 0;
+      if (b == nullptr) return nullptr;
+    }
+    while (off >= b->used) {
+      if (b->next == nullptr) {
+        cursor.block = b;
+        cursor.offset = b->used;
+        return nullptr;
+      }
+      b = b->next;
+      off = 0;
+    }
+    uint8_t* r = b->data + off;
+    if (cursor.flags & kCursorFollow) {
+      cursor.block = b;
+      cursor.offset = static_cast<uint16_t>(off + cell::Size(r));
+      cursor.key = (static_cast<uint64_t>(cell::Row(r)) << 16) | cell::Column(r);
+    }
+    return cell::At(r);
+  }
+  // Deletes the cells of a rectangle. Any cell of a healthy array formula takes the whole array
+  // with it. Emptied blocks go to the heap with `freeBlocks`, else to the free list.
+  void DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
+                   uint32_t lastRow, CellCursor* cursor = nullptr, bool freeBlocks = false);
+  // Bounds of all records; each pointer may be null. An empty store gives zeros.
+  void LastUsed(uint16_t* minColumn, uint16_t* maxColumn, uint32_t* minRow,
+                uint32_t* maxRow) const;
+  uint16_t MaxRowUsed() const;
+  // Copies the records of a rectangle into another store; false on out of memory.
+  bool CopyRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow, uint32_t lastRow,
+                 CellStore& target, CellCursor* cursor = nullptr);
+
+  // Row and column renumbering. The records keep their order, so no block is rewritten.
+  bool CanInsertRows(uint32_t firstRow, uint32_t lastRow) const;
+  void InsertRows(uint32_t firstRow, uint32_t lastRow);  // CanInsertRows must hold
+  void DeleteRow(uint32_t row);
+  bool CanInsertColumn(uint16_t column) const;
+  void InsertColumn(uint16_t column);  // CanInsertColumn must hold
+  void DeleteColumn(uint16_t column);
+
+  // Empties the store; blocks go to the free list unless `freeBlocks`.
+  void Reset(bool freeBlocks);
+  // Hands out the chain; with `forget` the store no longer owns it.
+  RowBlock* DetachChain(bool forget);
+  // Takes a chain (which may be null), putting the present blocks on the free list.
+  void AdoptChain(RowBlock* head);
+
+  // Marks every row-index page invalid, as before a batch of changes.
+  void InvalidateRowIndex();
+  // Builds the row index for the groups covering [firstRow, lastRow]; false on out of memory.
+  bool BuildRowIndex(uint32_t firstRow, uint32_t lastRow);
+
+  RowBlock* head() const { return head_; }
+  RowBlock* freeList() const { return freeList_; }
+  uint32_t blockCount() const { return blockCount_; }
+  uint32_t freeBlockCount() const { return freeBlockCount_; }
+  uint32_t freeBytes() const { return freeBytes_; }
+
+ private:
+  struct RowIndexEntry {
+    RowBlock* block;
+    uint16_t offset;
+  };
+  struct Position {
+    RowBlock* block;
+    uint32_t offset;
+  };
+
+  RowBlock* TakeBlock();
+  void GiveBlock(RowBlock* block, bool toHeap);
+  bool ReserveBlocks(uint32_t count);
+  Position Locate(uint64_t key, const CellCursor* cursor) const;
+  void LinkAfter(RowBlock* block, RowBlock* after);
+  void Unlink(RowBlock* block);
+  void Compact();
+  void MaybeCompact();
+  void InvalidateFrom(uint32_t row, const RowBlock* lastTouched);
+  void FreeChain(RowBlock* head, bool toHeap);
+  void Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColumn, int32_t columnDelta);
+  const uint8_t* LastRecord() const;
+
+  RowBlock* head_ = nullptr;
+  RowBlock* freeList_ = nullptr;
+  RowIndexEntry* rowIndexPages_[kRowGroups] = {};
+  uint8_t rowIndexValid_[kRowGroups] = {};
+  uint32_t validPageCount_ = 0;
+  uint32_t blockCount_ = 0;
+  uint32_t freeBlockCount_ = 0;
+  uint32_t freeBytes_ = 0;
+};
+
+}  // namespace kelpdex
