@@ -15,6 +15,8 @@ uint32_t LocaleIdOfChoice(int choice);
 // The menu text of a choice ("Generic (Fixed)", "System Default", "User Default", then language
 // names such as "German (Germany)"); nullptr out of range.
 const char* LocaleChoiceName(int choice);
+// The choice whose LCID is `lcid`, or -1 when the table has none.
+int FindLocaleChoice(uint32_t lcid);
 // The POSIX locale name ("de_DE") of a language LCID, nullptr for an LCID not in the table and
 // for the two defaults.
 const char* PosixLocaleName(uint32_t lcid);

@@ -60,7 +60,8 @@ bool CreateFolder(const std::string& path);
 bool WriteWholeFile(const std::string& path, std::string_view bytes);
 bool ReadWholeFile(const std::string& path, std::string& bytes);
 
-// The last OS error of this thread (errno, GetLastError) and its text (strerror, FormatMessage).
+// The last OS error of this thread (errno, GetLastError) and its text (strerror, FormatMessage),
+// the text in UTF-8.
 int LastSystemError();
 void SetLastSystemError(int code);
 std::string SystemErrorText(int code);

@@ -1,0 +1,170 @@
+#include "platform/os.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <ctime>
+#include <filesystem>
+
+#include "support/temp_dir.h"
+
+namespace kelpdex::platform {
+namespace {
+
+using kelpdex::testing::ScopedEnv;
+using kelpdex::testing::TempDir;
+
+int EntriesIn(const std::string& folder) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    (void)entry;
+    ++count;
+  }
+  return count;
+}
+
+TEST(PathText, SplitsAndJoins) {
+  EXPECT_EQ(FolderOf("/home/ann/data.kpx"), "/home/ann");
+  EXPECT_EQ(FolderOf("/data.kpx"), "/");
+  EXPECT_EQ(FolderOf("data.kpx"), "");
+  EXPECT_EQ(FileNameOf("/home/ann/data.kpx"), "data.kpx");
+  EXPECT_EQ(FileNameOf("data.kpx"), "data.kpx");
+  EXPECT_EQ(FileNameOf("/home/ann/"), "");
+  EXPECT_EQ(JoinPath("/home/ann", "a.kpx"), "/home/ann/a.kpx");
+  EXPECT_EQ(JoinPath("/home/ann/", "a.kpx"), "/home/ann/a.kpx");
+  EXPECT_EQ(JoinPath("", "a.kpx"), "a.kpx");
+}
+
+TEST(UserFolders, FollowXdgVariablesOnlyWhenAbsolute) {
+  ScopedEnv home("HOME", "/home/ann");
+  {
+    ScopedEnv config("XDG_CONFIG_HOME", "/srv/config");
+    ScopedEnv data("XDG_DATA_HOME", "/srv/data");
+    EXPECT_EQ(UserSettingsFolder(), "/srv/config/Kelpdex");
+    EXPECT_EQ(UserDataFolder(), "/srv/data");
+  }
+  ScopedEnv config("XDG_CONFIG_HOME", "relative/config");
+  ScopedEnv data("XDG_DATA_HOME", nullptr);
+  EXPECT_EQ(UserSettingsFolder(), "/home/ann/.config/Kelpdex");
+  EXPECT_EQ(UserDataFolder(), "/home/ann/.local/share");
+}
+
+TEST(UserFolders, TempFolderHasNoTrailingSeparator) {
+  {
+    ScopedEnv tmp("TMPDIR", "/var/tmp//");
+    EXPECT_EQ(TempFolder(), "/var/tmp");
+  }
+  ScopedEnv tmp("TMPDIR", nullptr);
+  EXPECT_EQ(TempFolder(), "/tmp");
+}
+
+TEST(ProcessFacts, DescribeThisProcess) {
+  std::string exe = ExecutablePath();
+  EXPECT_EQ(FileNameOf(exe), "test_platform");
+  EXPECT_TRUE(FileExists(exe));
+  {
+    ScopedEnv user("USER", "ann");
+    EXPECT_FALSE(UserName().empty());
+  }
+  std::time_t before = std::time(nullptr);
+  LocalTime now = GetLocalTime();
+  std::time_t after = std::time(nullptr);
+  std::tm parts{};
+  localtime_r(&before, &parts);
+  if (parts.tm_min != now.minute) localtime_r(&after, &parts);  // the minute turned meanwhile
+  EXPECT_EQ(now.year, parts.tm_year + 1900);
+  EXPECT_EQ(now.month, parts.tm_mon + 1);
+  EXPECT_EQ(now.day, parts.tm_mday);
+  EXPECT_EQ(now.dayOfWeek, parts.tm_wday);
+  EXPECT_EQ(now.hour, parts.tm_hour);
+  EXPECT_LT(now.milliseconds, 1000);
+}
+
+TEST(SystemErrors, RoundTripAndHaveText) {
+  SetLastSystemError(ENOENT);
+  EXPECT_EQ(LastSystemError(), ENOENT);
+  EXPECT_NE(SystemErrorText(ENOENT).find("No such file"), std::string::npos);
+  EXPECT_FALSE(SystemErrorText(123456).empty());
+}
+
+TEST(Files, ExistenceAndSize) {
+  TempDir dir;
+  std::string file = dir.Write("a.kpx", std::string(1000, 'x'));
+  uint64_t size = 0;
+  EXPECT_TRUE(GetFileSize(file, size));
+  EXPECT_EQ(size, 1000u);
+  EXPECT_TRUE(FileExists(file));
+  EXPECT_FALSE(FolderExists(file));
+  EXPECT_TRUE(FolderExists(dir.path()));
+  EXPECT_FALSE(FileExists(dir.path()));
+  EXPECT_FALSE(GetFileSize(dir.Path("missing"), size));
+  EXPECT_EQ(LastSystemError(), ENOENT);
+
+  EXPECT_TRUE(DeleteFile(file));
+  EXPECT_FALSE(FileExists(file));
+  EXPECT_FALSE(DeleteFile(file));
+  EXPECT_EQ(LastSystemError(), ENOENT);
+}
+
+TEST(Files, CopyHonoursFailIfExists) {
+  TempDir dir;
+  std::string from = dir.Write("from.kpx", std::string("new\0bytes", 9));
+  std::string to = dir.Write("to.kpx", "old");
+  std::string bytes;
+
+  EXPECT_FALSE(CopyFile(from, to, true));
+  EXPECT_EQ(LastSystemError(), EEXIST);
+  ASSERT_TRUE(ReadWholeFile(to, bytes));
+  EXPECT_EQ(bytes, "old");
+
+  EXPECT_TRUE(CopyFile(from, to, false));
+  ASSERT_TRUE(ReadWholeFile(to, bytes));
+  EXPECT_EQ(bytes, std::string("new\0bytes", 9));
+
+  std::string fresh = dir.Path("fresh.kpx");
+  EXPECT_TRUE(CopyFile(from, fresh, true));
+  ASSERT_TRUE(ReadWholeFile(fresh, bytes));
+  EXPECT_EQ(bytes.size(), 9u);
+
+  EXPECT_FALSE(CopyFile(dir.Path("missing"), dir.Path("other"), false));
+  EXPECT_EQ(LastSystemError(), ENOENT);
+  EXPECT_FALSE(CopyFile(dir.path(), dir.Path("other"), false));
+  EXPECT_EQ(EntriesIn(dir.path()), 3);  // no temporary file left behind
+}
+
+TEST(Files, CreateFolderMakesParents) {
+  TempDir dir;
+  std::string deep = dir.Path("a/b/c");
+  EXPECT_TRUE(CreateFolder(deep));
+  EXPECT_TRUE(FolderExists(deep));
+  EXPECT_TRUE(CreateFolder(deep));
+  EXPECT_TRUE(CreateFolder(dir.Path("a/b/d/")));
+  EXPECT_TRUE(FolderExists(dir.Path("a/b/d")));
+
+  std::string blocker = dir.Write("blocker", "");
+  EXPECT_FALSE(CreateFolder(JoinPath(blocker, "sub")));
+  EXPECT_NE(LastSystemError(), 0);
+}
+
+TEST(Files, WriteWholeFileReplacesAndKeepsPermissions) {
+  TempDir dir;
+  std::string path = dir.Path("settings.xml");
+  ASSERT_TRUE(WriteWholeFile(path, "a long first version"));
+  std::filesystem::permissions(
+      path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  ASSERT_TRUE(WriteWholeFile(path, "short"));
+  std::string bytes;
+  ASSERT_TRUE(ReadWholeFile(path, bytes));
+  EXPECT_EQ(bytes, "short");
+  EXPECT_EQ(std::filesystem::status(path).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  EXPECT_EQ(EntriesIn(dir.path()), 1);
+
+  EXPECT_FALSE(WriteWholeFile(dir.Path("no/such/folder/x"), "x"));
+  EXPECT_EQ(LastSystemError(), ENOENT);
+  EXPECT_FALSE(ReadWholeFile(dir.Path("missing"), bytes));
+  EXPECT_TRUE(bytes.empty());
+}
+
+}  // namespace
+}  // namespace kelpdex::platform
