@@ -95,19 +95,43 @@ void CellStore::Unlink(RowBlock* block) {
   block->prev = nullptr;
 }
 
-CellStore::Position CellStore::Locate(uint64_t key, const CellCursor* cursor) const {
-  RowBlock* b = head_;
+RowBlock* CellStore::HintBlock(uint32_t row) {
+  if (blockCount_ < kIndexMinBlocks) return nullptr;
+  uint32_t g = row >> kRowGroupShift;
+  if (!(rowIndexValid_[g] & kPageHint)) {
+    if (!BuildRowIndex(g << kRowGroupShift, (g << kRowGroupShift) | (kGroupRows - 1))) {
+      return nullptr;
+    }
+  }
+  // The nearest entry at or before the row; an empty stretch falls back to earlier pages.
+  for (uint32_t i = (row & (kGroupRows - 1)) + 1;;) {
+    const RowIndexEntry* page = rowIndexPages_[g];
+    while (i > 0) {
+      if (page[i - 1].block != nullptr) return page[i - 1].block;
+      --i;
+    }
+    if (g == 0 || !(rowIndexValid_[g - 1] & kPageHint)) return nullptr;
+    --g;
+    i = kGroupRows;
+  }
+}
+
+CellStore::Position CellStore::Locate(uint64_t key, const CellCursor* cursor) {
+  RowBlock* b = nullptr;
   uint32_t off = 0;
   if (cursor != nullptr && cursor->block != nullptr) {
     b = cursor->block;
-    if (cursor->key < key) {
-      off = cursor->offset;
-    } else {
-      // The cursor stands at or behind the target: step back to a block that starts before it.
-      while (b->prev != nullptr && FirstKey(b) > key) b = b->prev;
-    }
+    if (cursor->key < key) off = cursor->offset;
+  } else if (head_ != nullptr) {
+    b = HintBlock(static_cast<uint32_t>(key >> 16));
   }
-  if (b == nullptr) return {nullptr, 0};
+  if (b == nullptr) {
+    b = head_;
+    if (b == nullptr) return {nullptr, 0};
+  } else if (off == 0) {
+    // A starting block may stand behind the target: step back to one that starts before it.
+    while (b->prev != nullptr && FirstKey(b) > key) b = b->prev;
+  }
   while (b->next != nullptr && FirstKey(b->next) <= key) {
     b = b->next;
     off = 0;
@@ -122,8 +146,8 @@ void CellStore::InvalidateFrom(uint32_t row, const RowBlock* lastTouched) {
   uint32_t lastRow = kLastRow;
   if (lastTouched->next != nullptr) lastRow = cell::Row(lastTouched->next->data);
   for (uint32_t g = row >> kRowGroupShift; g <= (lastRow >> kRowGroupShift); ++g) {
-    if (rowIndexValid_[g]) {
-      rowIndexValid_[g] = 0;
+    if (rowIndexValid_[g] & kPageExact) {
+      rowIndexValid_[g] &= static_cast<uint8_t>(~kPageExact);
       --validPageCount_;
     }
   }
@@ -131,8 +155,15 @@ void CellStore::InvalidateFrom(uint32_t row, const RowBlock* lastTouched) {
 
 void CellStore::InvalidateRowIndex() {
   if (validPageCount_ == 0) return;
+  for (uint8_t& state : rowIndexValid_) state &= static_cast<uint8_t>(~kPageExact);
+  validPageCount_ = 0;
+}
+
+void CellStore::DropRowIndex() {
+  if (validPageCount_ == 0 && hintPageCount_ == 0) return;
   std::memset(rowIndexValid_, 0, sizeof rowIndexValid_);
   validPageCount_ = 0;
+  hintPageCount_ = 0;
 }
 
 bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
@@ -249,40 +280,38 @@ bool CellStore::BuildRowIndex(uint32_t firstRow, uint32_t lastRow) {
   lastRow = std::min(lastRow, kLastRow);
   uint32_t g1 = firstRow >> kRowGroupShift;
   uint32_t g2 = lastRow >> kRowGroupShift;
-  while (g1 <= g2 && rowIndexValid_[g1]) ++g1;
-  while (g2 >= g1 && g2 > 0 && rowIndexValid_[g2]) --g2;
-  if (g1 > g2 || rowIndexValid_[g2]) return true;
+  while (g1 <= g2 && (rowIndexValid_[g1] & kPageExact)) ++g1;
+  while (g2 > g1 && (rowIndexValid_[g2] & kPageExact)) --g2;
+  if (g1 > g2) return true;
   for (uint32_t g = g1; g <= g2; ++g) {
     if (rowIndexPages_[g] == nullptr) {
-      rowIndexPages_[g] = static_cast<RowIndexEntry*>(std::malloc(kGroupRows * sizeof(RowIndexEntry)));
+      rowIndexPages_[g] =
+          static_cast<RowIndexEntry*>(std::malloc(kGroupRows * sizeof(RowIndexEntry)));
       if (rowIndexPages_[g] == nullptr) return false;
     }
     std::memset(static_cast<void*>(rowIndexPages_[g]), 0, kGroupRows * sizeof(RowIndexEntry));
   }
 
-  // Start from the last row known to an earlier valid page, or from the head.
+  // Start from a block an earlier page knows, stepping back as far as the start needs, or from
+  // the head.
+  uint32_t base = g1 << kRowGroupShift;
+  uint32_t end = (g2 << kRowGroupShift) + kGroupRows - 1;
   RowBlock* b = head_;
-  uint32_t off = 0;
   for (uint32_t g = g1; g-- > 0;) {
-    if (!rowIndexValid_[g]) continue;
+    if (!(rowIndexValid_[g] & kPageHint)) continue;
     const RowIndexEntry* page = rowIndexPages_[g];
     uint32_t i = kGroupRows;
     while (i > 0 && page[i - 1].block == nullptr) --i;
     if (i == 0) continue;
     b = page[i - 1].block;
-    off = page[i - 1].offset;
     break;
   }
-  uint32_t base = g1 << kRowGroupShift;
-  uint32_t end = (g2 << kRowGroupShift) + kGroupRows - 1;
-  while (b->next != nullptr && cell::Row(b->next->data) < base) {
-    b = b->next;
-    off = 0;
-  }
+  while (b->prev != nullptr && cell::Row(b->data) >= base) b = b->prev;
+  while (b->next != nullptr && cell::Row(b->next->data) < base) b = b->next;
   uint32_t lastSeen = kRowLimit;
-  for (; b != nullptr; b = b->next, off = 0) {
+  for (; b != nullptr; b = b->next) {
     const uint8_t* d = b->data;
-    for (; off < b->used; off += cell::Size(d + off)) {
+    for (uint32_t off = 0; off < b->used; off += cell::Size(d + off)) {
       uint32_t row = cell::Row(d + off);
       if (row < base || row == lastSeen) continue;
       if (row > end) goto done;
@@ -293,10 +322,9 @@ bool CellStore::BuildRowIndex(uint32_t firstRow, uint32_t lastRow) {
   }
 done:
   for (uint32_t g = g1; g <= g2; ++g) {
-    if (!rowIndexValid_[g]) {
-      rowIndexValid_[g] = 1;
-      ++validPageCount_;
-    }
+    if (!(rowIndexValid_[g] & kPageExact)) ++validPageCount_;
+    if (!(rowIndexValid_[g] & kPageHint)) ++hintPageCount_;
+    rowIndexValid_[g] = kPageExact | kPageHint;
   }
   return true;
 }
@@ -304,8 +332,13 @@ done:
 CellRecord* CellStore::GetCellFast(uint32_t row, uint16_t column) {
   if (row >= kRowLimit || head_ == nullptr) return nullptr;
   uint32_t g = row >> kRowGroupShift;
-  if (!rowIndexValid_[g] && !BuildRowIndex(g << kRowGroupShift, (g << kRowGroupShift) | (kGroupRows - 1))) {
-    return GetCell(row, column, nullptr);
+  if (!(rowIndexValid_[g] & kPageExact)) {
+    // A page made inexact by writes still gives a close start; rebuilding it at every write
+    // would cost more than the short scan.
+    if ((rowIndexValid_[g] & kPageHint) ||
+        !BuildRowIndex(g << kRowGroupShift, (g << kRowGroupShift) | (kGroupRows - 1))) {
+      return GetCell(row, column, nullptr);
+    }
   }
   const RowIndexEntry& entry = rowIndexPages_[g][row & (kGroupRows - 1)];
   RowBlock* b = entry.block;
@@ -392,6 +425,7 @@ restart:
         Unlink(b);
         GiveBlock(b, freeBlocks);
         --blockCount_;
+        DropRowIndex();
       }
     }
     if (pastRange) break;
@@ -413,7 +447,7 @@ void CellStore::MaybeCompact() {
 
 void CellStore::Compact() {
   if (head_ == nullptr) return;
-  InvalidateRowIndex();
+  DropRowIndex();
   RowBlock* wb = head_;
   uint32_t woff = 0;
   for (RowBlock* rb = head_; rb != nullptr; rb = rb->next) {
@@ -567,7 +601,7 @@ void CellStore::Reset(bool freeBlocks) {
   head_ = nullptr;
   blockCount_ = 0;
   freeBytes_ = 0;
-  InvalidateRowIndex();
+  DropRowIndex();
 }
 
 RowBlock* CellStore::DetachChain(bool forget) {
@@ -576,7 +610,7 @@ RowBlock* CellStore::DetachChain(bool forget) {
     head_ = nullptr;
     blockCount_ = 0;
     freeBytes_ = 0;
-    InvalidateRowIndex();
+    DropRowIndex();
   }
   return head;
 }
@@ -590,7 +624,7 @@ void CellStore::AdoptChain(RowBlock* head) {
     ++blockCount_;
     freeBytes_ += kBlockPayload - b->used;
   }
-  InvalidateRowIndex();
+  DropRowIndex();
 }
 
 }  // namespace kelpdex

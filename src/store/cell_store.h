@@ -101,7 +101,8 @@ class CellStore {
   // Takes a chain (which may be null), putting the present blocks on the free list.
   void AdoptChain(RowBlock* head);
 
-  // Marks every row-index page invalid, as before a batch of changes.
+  // Marks every row-index page inexact, as before a batch of changes. Pages still serve as
+  // starting hints for lookups.
   void InvalidateRowIndex();
   // Builds the row index for the groups covering [firstRow, lastRow]; false on out of memory.
   bool BuildRowIndex(uint32_t firstRow, uint32_t lastRow);
@@ -125,21 +126,34 @@ class CellStore {
   RowBlock* TakeBlock();
   void GiveBlock(RowBlock* block, bool toHeap);
   bool ReserveBlocks(uint32_t count);
-  Position Locate(uint64_t key, const CellCursor* cursor) const;
+  Position Locate(uint64_t key, const CellCursor* cursor);
+  // A live block at or near the first record of `row`, from the row index; nullptr if the index
+  // has nothing for that part of the sheet.
+  RowBlock* HintBlock(uint32_t row);
   void LinkAfter(RowBlock* block, RowBlock* after);
   void Unlink(RowBlock* block);
   void Compact();
   void MaybeCompact();
   void InvalidateFrom(uint32_t row, const RowBlock* lastTouched);
+  // Blocks left the chain: no page may be used even as a hint.
+  void DropRowIndex();
   void FreeChain(RowBlock* head, bool toHeap);
   void Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColumn, int32_t columnDelta);
   const uint8_t* LastRecord() const;
 
   RowBlock* head_ = nullptr;
   RowBlock* freeList_ = nullptr;
+  // Bit 0: the page is exact (every entry is the first record of its row). Bit 1: every entry
+  // is a live block of the chain at or before its row's records, which stays true across writes
+  // because records only move forward into later blocks until a block is freed.
+  static constexpr uint8_t kPageExact = 1;
+  static constexpr uint8_t kPageHint = 2;
+  // Chains shorter than this are walked; the index is not worth building for them.
+  static constexpr uint32_t kIndexMinBlocks = 32;
   RowIndexEntry* rowIndexPages_[kRowGroups] = {};
   uint8_t rowIndexValid_[kRowGroups] = {};
-  uint32_t validPageCount_ = 0;
+  uint32_t validPageCount_ = 0;  // exact pages
+  uint32_t hintPageCount_ = 0;
   uint32_t blockCount_ = 0;
   uint32_t freeBlockCount_ = 0;
   uint32_t freeBytes_ = 0;
