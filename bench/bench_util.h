@@ -36,9 +36,10 @@ inline long PeakRssKb() {
 // One job's result as one JSON line; `extra` is appended inside the object (",\"k\":v,...").
 inline void Report(const char* op, long records, double seconds, long long bytes,
                    const std::string& extra = "") {
-  std::printf("{\"op\": \"%s\", \"records\": %ld, \"seconds\": %.6f, \"bytes\": %lld, "
-              "\"peak_rss_kb\": %ld%s}\n",
-              op, records, seconds, bytes, PeakRssKb(), extra.c_str());
+  std::printf(
+      "{\"op\": \"%s\", \"records\": %ld, \"seconds\": %.6f, \"bytes\": %lld, "
+      "\"peak_rss_kb\": %ld%s}\n",
+      op, records, seconds, bytes, PeakRssKb(), extra.c_str());
   std::fflush(stdout);
 }
 

@@ -32,21 +32,22 @@ class StandardTableGenerator {
   explicit StandardTableGenerator(uint32_t seed = 20061) : rng_(seed) {}
 
   void Next(uint32_t index, StandardRecord& r) {
-    static const char* kLast[] = {"Smith", "Johnson", "Williams", "Brown", "Jones", "Garcia",
-                                  "Miller", "Davis", "Rodriguez", "Martinez", "Hernandez",
-                                  "Lopez", "Gonzalez", "Wilson", "Anderson", "Thomas", "Taylor",
-                                  "Moore", "Jackson", "Martin", "Lee", "Perez", "Thompson",
-                                  "White", "Harris", "Sanchez", "Clark", "Ramirez", "Lewis",
-                                  "Robinson", "Walker", "Young"};
-    static const char* kFirst[] = {"James", "Mary", "Robert", "Patricia", "John", "Jennifer",
-                                   "Michael", "Linda", "David", "Elizabeth", "William", "Barbara",
-                                   "Richard", "Susan", "Joseph", "Jessica", "Thomas", "Sarah",
-                                   "Charles", "Karen", "Anna", "Eva", "Lukas", "Sofia"};
-    static const char* kCity[] = {"Amsterdam", "Berlin", "Lisbon", "Madrid", "Oslo", "Paris",
-                                  "Prague", "Rome", "Vienna", "Warsaw", "Dublin", "Zurich",
-                                  "Helsinki", "Athens", "Budapest", "Copenhagen"};
-    static const char kWords[] = "lorem ipsum dolor sit amet consectetur adipiscing elit sed do "
-                                 "eiusmod tempor incididunt ut labore et dolore magna aliqua";
+    static const char* kLast[] = {
+        "Smith",    "Johnson",   "Williams", "Brown",     "Jones",   "Garcia",   "Miller",
+        "Davis",    "Rodriguez", "Martinez", "Hernandez", "Lopez",   "Gonzalez", "Wilson",
+        "Anderson", "Thomas",    "Taylor",   "Moore",     "Jackson", "Martin",   "Lee",
+        "Perez",    "Thompson",  "White",    "Harris",    "Sanchez", "Clark",    "Ramirez",
+        "Lewis",    "Robinson",  "Walker",   "Young"};
+    static const char* kFirst[] = {"James",   "Mary",  "Robert", "Patricia",  "John",    "Jennifer",
+                                   "Michael", "Linda", "David",  "Elizabeth", "William", "Barbara",
+                                   "Richard", "Susan", "Joseph", "Jessica",   "Thomas",  "Sarah",
+                                   "Charles", "Karen", "Anna",   "Eva",       "Lukas",   "Sofia"};
+    static const char* kCity[] = {
+        "Amsterdam", "Berlin", "Lisbon", "Madrid", "Oslo",     "Paris",  "Prague",   "Rome",
+        "Vienna",    "Warsaw", "Dublin", "Zurich", "Helsinki", "Athens", "Budapest", "Copenhagen"};
+    static const char kWords[] =
+        "lorem ipsum dolor sit amet consectetur adipiscing elit sed do "
+        "eiusmod tempor incididunt ut labore et dolore magna aliqua";
     r.id = index + 1;
     r.lastName = kLast[rng_() % (sizeof kLast / sizeof *kLast)];
     r.firstName = kFirst[rng_() % (sizeof kFirst / sizeof *kFirst)];

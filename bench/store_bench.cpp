@@ -68,8 +68,10 @@ int main(int argc, char** argv) {
   long cells = records * kStandardFieldCount;
   Report("store_fill", records, fillSeconds, recordBytes,
          Ratio("cells_per_second", cells / fillSeconds));
-  long long held = static_cast<long long>(store.blockCount() + store.freeBlockCount()) * sizeof(RowBlock);
-  Report("store_memory", records, 0, held, Ratio("held_per_record_byte", double(held) / recordBytes));
+  long long held =
+      static_cast<long long>(store.blockCount() + store.freeBlockCount()) * sizeof(RowBlock);
+  Report("store_memory", records, 0, held,
+         Ratio("held_per_record_byte", double(held) / recordBytes));
 
   Stopwatch scan;
   long seen = 0;

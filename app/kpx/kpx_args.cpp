@@ -50,7 +50,9 @@ Args::Args(const std::vector<std::string>& words, std::vector<std::string> value
   }
 }
 
-bool Args::Flag(const std::string& name) const { return Contains(flags_, name); }
+bool Args::Flag(const std::string& name) const {
+  return Contains(flags_, name);
+}
 
 std::optional<std::string> Args::Value(const std::string& name) const {
   std::optional<std::string> last;

@@ -24,8 +24,8 @@ void PrintHelp(FILE* to) {
   for (const CommandInfo& command : Commands()) {
     std::fprintf(to, "  %-12s %s\n", command.name, command.summary);
   }
-  std::fputs(
-      "\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n", to);
+  std::fputs("\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n",
+             to);
 }
 
 void PrintCommandHelp(FILE* to, const CommandInfo& command) {

@@ -88,6 +88,8 @@ constexpr ErrorCode kColumnConversionWrite = 128;
 const char* ErrorText(ErrorCode code);
 
 // True for the XML reader's codes, which are shown with the line they were found on.
-inline bool IsXmlLineError(ErrorCode code) { return code >= 90 && code <= 94; }
+inline bool IsXmlLineError(ErrorCode code) {
+  return code >= 90 && code <= 94;
+}
 
 }  // namespace kelpdex

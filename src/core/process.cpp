@@ -11,7 +11,9 @@
 
 namespace kelpdex {
 
-platform::LocaleProvider& ProcessHost::Locales() { return platform::SystemLocaleProvider(); }
+platform::LocaleProvider& ProcessHost::Locales() {
+  return platform::SystemLocaleProvider();
+}
 
 SettingsPathFacts ProcessHost::PathFacts() {
   SettingsPathFacts facts;
@@ -26,7 +28,9 @@ bool ProcessHost::RegisterShell() {
   return platform::RegisterShellIntegration(platform::ExecutablePath());
 }
 
-bool ProcessHost::UnregisterShell() { return platform::UnregisterShellIntegration(); }
+bool ProcessHost::UnregisterShell() {
+  return platform::UnregisterShellIntegration();
+}
 
 int ChooseShowCommand(int savedShow, int requestedShow) {
   bool savedSpecial = savedShow == show::kMaximized || savedShow == show::kMinimize;
@@ -84,9 +88,8 @@ int RunProcess(std::string_view commandLine, int showCommand, ProcessHost& host,
   server.Terminate();
   std::this_thread::sleep_for(std::chrono::milliseconds(server.pauseMs()));
   host.DestroyMainImages();
-  WriteSettingsAtExit(settings.settingsPath, [&](const std::string& path) {
-    return host.SaveSettings(path, settings);
-  });
+  WriteSettingsAtExit(settings.settingsPath,
+                      [&](const std::string& path) { return host.SaveSettings(path, settings); });
   return exitCode;
 }
 

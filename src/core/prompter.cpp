@@ -80,8 +80,7 @@ int CautiousAnswer(unsigned flags) {
 ConsolePrompter::ConsolePrompter(FILE* out, FILE* in, std::string_view prefix, int defaultAnswer)
     : out_(out), in_(in), prefix_(prefix), defaultAnswer_(defaultAnswer) {}
 
-int ConsolePrompter::MessageBox(std::string_view /*title*/, std::string_view text,
-                                unsigned flags) {
+int ConsolePrompter::MessageBox(std::string_view /*title*/, std::string_view text, unsigned flags) {
   std::string line(prefix_);
   text::AppendCp1252AsUtf8(line, OneLine(text));
   bool question = (flags & mb::kButtonMask) != mb::kOk;

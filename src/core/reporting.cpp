@@ -21,7 +21,9 @@ std::string_view Title() {
 
 }  // namespace
 
-void ShowError(ErrorCode code) { ActivePrompter().MessageBox(Title(), ErrorText(code), kErrorFlags); }
+void ShowError(ErrorCode code) {
+  ActivePrompter().MessageBox(Title(), ErrorText(code), kErrorFlags);
+}
 
 std::string ErrorTextAtLine(ErrorCode code, int line) {
   return FormatMessageText("%1!s!\nLine: %2!d!", {ErrorText(code), line});
@@ -31,7 +33,9 @@ void ShowErrorAtLine(ErrorCode code, int line) {
   ActivePrompter().MessageBox(Title(), ErrorTextAtLine(code, line), kErrorFlags);
 }
 
-void ShowMessage(std::string_view text) { ActivePrompter().MessageBox(Title(), text, kErrorFlags); }
+void ShowMessage(std::string_view text) {
+  ActivePrompter().MessageBox(Title(), text, kErrorFlags);
+}
 
 int Ask(int stringId, unsigned flags) {
   const char* text = LoadStringText(stringId);
@@ -42,7 +46,9 @@ int AskText(std::string_view text, unsigned flags) {
   return ActivePrompter().MessageBox(Title(), text, flags | mb::kTaskModal);
 }
 
-bool ShowSystemError() { return ShowSystemError(std::string_view()); }
+bool ShowSystemError() {
+  return ShowSystemError(std::string_view());
+}
 
 bool ShowSystemError(std::string_view name) {
   int code = platform::LastSystemError();

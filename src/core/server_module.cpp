@@ -6,7 +6,9 @@ namespace kelpdex {
 
 ServerModule::ServerModule(int timeOutMs, int pauseMs) : timeOutMs_(timeOutMs), pauseMs_(pauseMs) {}
 
-ServerModule::~ServerModule() { Terminate(); }
+ServerModule::~ServerModule() {
+  Terminate();
+}
 
 void ServerModule::StartMonitor() {
   if (!monitor_.joinable()) monitor_ = std::thread(&ServerModule::Monitor, this);

@@ -42,7 +42,9 @@ constexpr StringEntry kStringTable[] = {
     {181, "Warning!\nYou're about to open an executable file. Continue?"},
 };
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 // Formats one argument with a printf conversion taken from the pattern. Only the conversion
 // letters that make sense for the argument's kind are honoured; anything else prints it plainly.

@@ -22,8 +22,7 @@ uint32_t EncodeText(uint8_t* out, uint32_t row, uint16_t column, std::string_vie
   return TextSize(text.size());
 }
 
-uint32_t EncodeNumber(uint8_t* out, uint32_t row, uint16_t column, double value,
-                      uint8_t extraTag) {
+uint32_t EncodeNumber(uint8_t* out, uint32_t row, uint16_t column, double value, uint8_t extraTag) {
   StoreHead(out, static_cast<uint8_t>(kNumber | (extraTag & ~kText)), row, column);
   StoreF64(out + 7, value);
   return kNumberSize;

@@ -56,31 +56,69 @@ constexpr uint32_t kEvaluatorAt = 15;
 constexpr uint32_t kCachedNumberAt = 25;
 constexpr uint32_t kFormulaLengthAt = 33;
 
-inline const uint8_t* Bytes(const CellRecord* r) { return reinterpret_cast<const uint8_t*>(r); }
-inline uint8_t* Bytes(CellRecord* r) { return reinterpret_cast<uint8_t*>(r); }
-inline const CellRecord* At(const uint8_t* p) { return reinterpret_cast<const CellRecord*>(p); }
-inline CellRecord* At(uint8_t* p) { return reinterpret_cast<CellRecord*>(p); }
+inline const uint8_t* Bytes(const CellRecord* r) {
+  return reinterpret_cast<const uint8_t*>(r);
+}
+inline uint8_t* Bytes(CellRecord* r) {
+  return reinterpret_cast<uint8_t*>(r);
+}
+inline const CellRecord* At(const uint8_t* p) {
+  return reinterpret_cast<const CellRecord*>(p);
+}
+inline CellRecord* At(uint8_t* p) {
+  return reinterpret_cast<CellRecord*>(p);
+}
 
-inline uint8_t Tag(const uint8_t* r) { return r[0]; }
-inline uint16_t Column(const uint8_t* r) { return LoadU16(r + 1); }
-inline uint32_t Row(const uint8_t* r) { return LoadU32(r + 3); }
-inline bool IsText(const uint8_t* r) { return (r[0] & kText) != 0; }
-inline bool IsNumber(const uint8_t* r) { return (r[0] & (kText | kNumber)) == kNumber; }
-inline bool IsFormula(const uint8_t* r) { return (r[0] & (kText | kNumber)) == 0; }
-inline bool IsAuto(const uint8_t* r) { return (r[0] & kAuto) != 0; }
-inline uint8_t ErrorNibble(const uint8_t* r) { return r[0] & kErrorMask; }
+inline uint8_t Tag(const uint8_t* r) {
+  return r[0];
+}
+inline uint16_t Column(const uint8_t* r) {
+  return LoadU16(r + 1);
+}
+inline uint32_t Row(const uint8_t* r) {
+  return LoadU32(r + 3);
+}
+inline bool IsText(const uint8_t* r) {
+  return (r[0] & kText) != 0;
+}
+inline bool IsNumber(const uint8_t* r) {
+  return (r[0] & (kText | kNumber)) == kNumber;
+}
+inline bool IsFormula(const uint8_t* r) {
+  return (r[0] & (kText | kNumber)) == 0;
+}
+inline bool IsAuto(const uint8_t* r) {
+  return (r[0] & kAuto) != 0;
+}
+inline uint8_t ErrorNibble(const uint8_t* r) {
+  return r[0] & kErrorMask;
+}
 
-inline uint16_t TextLength(const uint8_t* r) { return LoadU16(r + 7); }
+inline uint16_t TextLength(const uint8_t* r) {
+  return LoadU16(r + 7);
+}
 inline std::string_view Text(const uint8_t* r) {
   return std::string_view(reinterpret_cast<const char*>(r + kTextHeader), TextLength(r));
 }
-inline double Number(const uint8_t* r) { return LoadF64(r + 7); }
+inline double Number(const uint8_t* r) {
+  return LoadF64(r + 7);
+}
 
-inline uint8_t FormulaFlags(const uint8_t* r) { return r[kFlagsAt]; }
-inline uint16_t ArrayColumns(const uint8_t* r) { return LoadU16(r + kArrayColumnsAt); }
-inline uint32_t ArrayRows(const uint8_t* r) { return LoadU32(r + kArrayRowsAt); }
-inline double CachedNumber(const uint8_t* r) { return LoadF64(r + kCachedNumberAt); }
-inline uint16_t FormulaLength(const uint8_t* r) { return LoadU16(r + kFormulaLengthAt); }
+inline uint8_t FormulaFlags(const uint8_t* r) {
+  return r[kFlagsAt];
+}
+inline uint16_t ArrayColumns(const uint8_t* r) {
+  return LoadU16(r + kArrayColumnsAt);
+}
+inline uint32_t ArrayRows(const uint8_t* r) {
+  return LoadU32(r + kArrayRowsAt);
+}
+inline double CachedNumber(const uint8_t* r) {
+  return LoadF64(r + kCachedNumberAt);
+}
+inline uint16_t FormulaLength(const uint8_t* r) {
+  return LoadU16(r + kFormulaLengthAt);
+}
 inline std::string_view FormulaText(const uint8_t* r) {
   return std::string_view(reinterpret_cast<const char*>(r + kFormulaHeader), FormulaLength(r));
 }
@@ -101,23 +139,57 @@ inline uint32_t Size(const uint8_t* r) {
 }
 
 // Typed-pointer overloads for callers holding a CellRecord*.
-inline uint8_t Tag(const CellRecord* r) { return Tag(Bytes(r)); }
-inline uint16_t Column(const CellRecord* r) { return Column(Bytes(r)); }
-inline uint32_t Row(const CellRecord* r) { return Row(Bytes(r)); }
-inline bool IsText(const CellRecord* r) { return IsText(Bytes(r)); }
-inline bool IsNumber(const CellRecord* r) { return IsNumber(Bytes(r)); }
-inline bool IsFormula(const CellRecord* r) { return IsFormula(Bytes(r)); }
-inline bool IsAuto(const CellRecord* r) { return IsAuto(Bytes(r)); }
-inline uint8_t ErrorNibble(const CellRecord* r) { return ErrorNibble(Bytes(r)); }
-inline std::string_view Text(const CellRecord* r) { return Text(Bytes(r)); }
-inline double Number(const CellRecord* r) { return Number(Bytes(r)); }
-inline std::string_view FormulaText(const CellRecord* r) { return FormulaText(Bytes(r)); }
-inline std::string_view CachedString(const CellRecord* r) { return CachedString(Bytes(r)); }
-inline double CachedNumber(const CellRecord* r) { return CachedNumber(Bytes(r)); }
-inline uint8_t FormulaFlags(const CellRecord* r) { return FormulaFlags(Bytes(r)); }
-inline uint16_t ArrayColumns(const CellRecord* r) { return ArrayColumns(Bytes(r)); }
-inline uint32_t ArrayRows(const CellRecord* r) { return ArrayRows(Bytes(r)); }
-inline uint32_t Size(const CellRecord* r) { return Size(Bytes(r)); }
+inline uint8_t Tag(const CellRecord* r) {
+  return Tag(Bytes(r));
+}
+inline uint16_t Column(const CellRecord* r) {
+  return Column(Bytes(r));
+}
+inline uint32_t Row(const CellRecord* r) {
+  return Row(Bytes(r));
+}
+inline bool IsText(const CellRecord* r) {
+  return IsText(Bytes(r));
+}
+inline bool IsNumber(const CellRecord* r) {
+  return IsNumber(Bytes(r));
+}
+inline bool IsFormula(const CellRecord* r) {
+  return IsFormula(Bytes(r));
+}
+inline bool IsAuto(const CellRecord* r) {
+  return IsAuto(Bytes(r));
+}
+inline uint8_t ErrorNibble(const CellRecord* r) {
+  return ErrorNibble(Bytes(r));
+}
+inline std::string_view Text(const CellRecord* r) {
+  return Text(Bytes(r));
+}
+inline double Number(const CellRecord* r) {
+  return Number(Bytes(r));
+}
+inline std::string_view FormulaText(const CellRecord* r) {
+  return FormulaText(Bytes(r));
+}
+inline std::string_view CachedString(const CellRecord* r) {
+  return CachedString(Bytes(r));
+}
+inline double CachedNumber(const CellRecord* r) {
+  return CachedNumber(Bytes(r));
+}
+inline uint8_t FormulaFlags(const CellRecord* r) {
+  return FormulaFlags(Bytes(r));
+}
+inline uint16_t ArrayColumns(const CellRecord* r) {
+  return ArrayColumns(Bytes(r));
+}
+inline uint32_t ArrayRows(const CellRecord* r) {
+  return ArrayRows(Bytes(r));
+}
+inline uint32_t Size(const CellRecord* r) {
+  return Size(Bytes(r));
+}
 
 // Encoders into a caller's buffer, which must hold the returned size (at most 8182 for a record
 // that a block can take). `extraTag` adds the Auto bit and an error nibble.
@@ -132,14 +204,20 @@ uint32_t EncodeFormula(uint8_t* out, uint32_t row, uint16_t column, std::string_
 uint32_t EncodeFormulaWithString(uint8_t* out, uint32_t row, uint16_t column,
                                  std::string_view formula, std::string_view cached,
                                  uint8_t extraTag = 0);
-inline uint32_t TextSize(size_t length) { return kTextHeader + static_cast<uint32_t>(length); }
+inline uint32_t TextSize(size_t length) {
+  return kTextHeader + static_cast<uint32_t>(length);
+}
 inline uint32_t FormulaSize(size_t formulaLength, bool withString, size_t stringLength) {
   return kFormulaHeader + static_cast<uint32_t>(formulaLength) +
          (withString ? 2 + static_cast<uint32_t>(stringLength) : 0);
 }
 
-inline void SetRow(uint8_t* r, uint32_t row) { StoreU32(r + 3, row); }
-inline void SetColumn(uint8_t* r, uint16_t column) { StoreU16(r + 1, column); }
+inline void SetRow(uint8_t* r, uint32_t row) {
+  StoreU32(r + 3, row);
+}
+inline void SetColumn(uint8_t* r, uint16_t column) {
+  StoreU16(r + 1, column);
+}
 inline void SetArray(uint8_t* r, uint16_t columns, uint32_t rows) {
   StoreU16(r + kArrayColumnsAt, columns);
   StoreU32(r + kArrayRowsAt, rows);

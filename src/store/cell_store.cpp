@@ -13,9 +13,13 @@ constexpr uint32_t kGroupRows = 1u << CellStore::kRowGroupShift;
 inline uint64_t KeyOf(uint32_t row, uint16_t column) {
   return (static_cast<uint64_t>(row) << 16) | column;
 }
-inline uint64_t KeyOf(const uint8_t* r) { return KeyOf(cell::Row(r), cell::Column(r)); }
+inline uint64_t KeyOf(const uint8_t* r) {
+  return KeyOf(cell::Row(r), cell::Column(r));
+}
 // Blocks in a chain are never empty, except a lone head that is about to receive a record.
-inline uint64_t FirstKey(const RowBlock* b) { return KeyOf(b->data); }
+inline uint64_t FirstKey(const RowBlock* b) {
+  return KeyOf(b->data);
+}
 
 void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t key) {
   if (cursor == nullptr) return;
@@ -360,8 +364,7 @@ CellRecord* CellStore::GetCellFast(uint32_t row, uint16_t column) {
 
 void CellStore::DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
                             uint32_t lastRow, CellCursor* cursor, bool freeBlocks) {
-  if (head_ == nullptr || firstRow > lastRow || firstColumn > lastColumn ||
-      firstRow >= kRowLimit) {
+  if (head_ == nullptr || firstRow > lastRow || firstColumn > lastColumn || firstRow >= kRowLimit) {
     return;
   }
   lastRow = std::min(lastRow, kLastRow);
@@ -403,7 +406,8 @@ restart:
         // Part of a healthy array goes with the whole array; the mark comes off first so that
         // the head does not start this again.
         r[cell::kFlagsAt] &= static_cast<uint8_t>(~cell::kArrayHead);
-        uint32_t arrayLastColumn = std::min<uint32_t>(column + cell::ArrayColumns(r) - 1, kLastColumn);
+        uint32_t arrayLastColumn =
+            std::min<uint32_t>(column + cell::ArrayColumns(r) - 1, kLastColumn);
         uint32_t arrayLastRow = std::min<uint32_t>(row + cell::ArrayRows(r) - 1, kLastRow);
         DeleteRange(column, static_cast<uint16_t>(arrayLastColumn), row, arrayLastRow, nullptr,
                     freeBlocks);
@@ -589,7 +593,9 @@ bool CellStore::CanInsertColumn(uint16_t column) const {
   return true;
 }
 
-void CellStore::InsertColumn(uint16_t column) { Renumber(0, 0, column, 1); }
+void CellStore::InsertColumn(uint16_t column) {
+  Renumber(0, 0, column, 1);
+}
 
 void CellStore::DeleteColumn(uint16_t column) {
   DeleteRange(column, column, 0, kLastRow, nullptr, false);

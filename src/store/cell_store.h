@@ -76,11 +76,10 @@ class CellStore {
   }
   // Deletes the cells of a rectangle. Any cell of a healthy array formula takes the whole array
   // with it. Emptied blocks go to the heap with `freeBlocks`, else to the free list.
-  void DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
-                   uint32_t lastRow, CellCursor* cursor = nullptr, bool freeBlocks = false);
+  void DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow, uint32_t lastRow,
+                   CellCursor* cursor = nullptr, bool freeBlocks = false);
   // Bounds of all records; each pointer may be null. An empty store gives zeros.
-  void LastUsed(uint16_t* minColumn, uint16_t* maxColumn, uint32_t* minRow,
-                uint32_t* maxRow) const;
+  void LastUsed(uint16_t* minColumn, uint16_t* maxColumn, uint32_t* minRow, uint32_t* maxRow) const;
   uint16_t MaxRowUsed() const;
   // Copies the records of a rectangle into another store; false on out of memory.
   bool CopyRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow, uint32_t lastRow,

@@ -19,8 +19,12 @@ RowBlock* AllocateBlock() {
   return block;
 }
 
-void ReleaseBlock(RowBlock* block) { std::free(block); }
+void ReleaseBlock(RowBlock* block) {
+  std::free(block);
+}
 
-void SetBlockAllocationBudget(long count) { allocationBudget = count; }
+void SetBlockAllocationBudget(long count) {
+  allocationBudget = count;
+}
 
 }  // namespace kelpdex

@@ -54,10 +54,14 @@ TEST(Kpx, HelpAndVersionSucceedOnStandardOutput) {
 }
 
 TEST(Kpx, UsageErrorsExitWithTwoAndOneLineOfReason) {
-  for (auto words : std::vector<std::vector<const char*>>{
-           {}, {"frobnicate"}, {"help", "frobnicate"}, {"locale", "--bogus"},
-           {"locale", "--choice"}, {"locale", "--choice", "134"}, {"locale", "--choice", "x"},
-           {"locale", "stray"}}) {
+  for (auto words : std::vector<std::vector<const char*>>{{},
+                                                          {"frobnicate"},
+                                                          {"help", "frobnicate"},
+                                                          {"locale", "--bogus"},
+                                                          {"locale", "--choice"},
+                                                          {"locale", "--choice", "134"},
+                                                          {"locale", "--choice", "x"},
+                                                          {"locale", "stray"}}) {
     Result r = RunKpx(words);
     EXPECT_EQ(r.status, 2) << (words.empty() ? "" : words.back());
     EXPECT_EQ(r.err.rfind("kpx: ", 0) == 0 || r.err.rfind("usage: ", 0) == 0, true) << r.err;
@@ -77,8 +81,8 @@ TEST(Kpx, LocaleShowsTheGenericSettings) {
 }
 
 TEST(KpxArgs, ReadsValuesFlagsAndPositionals) {
-  Args args({"in.kpx", "--table", "orders", "--field=Name:Text", "--field", "Age:Number",
-             "--json", "--", "--literal"},
+  Args args({"in.kpx", "--table", "orders", "--field=Name:Text", "--field", "Age:Number", "--json",
+             "--", "--literal"},
             {"table", "field"}, {"json"});
   ASSERT_TRUE(args.ok()) << args.error();
   EXPECT_EQ(args.Value("table"), "orders");

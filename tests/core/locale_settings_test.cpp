@@ -81,11 +81,9 @@ TEST_F(LocaleSettingsTest, UnusableLocalesFallBackAsAWhole) {
 }
 
 TEST_F(LocaleSettingsTest, CurrencySymbolIsReadWithFourteenBytes) {
-  provider_.SetLocale(platform::kLocaleUserDefault, ".", ",", "/", ":", "0", "0",
-                      "ABCDEFGHIJKLM");
+  provider_.SetLocale(platform::kLocaleUserDefault, ".", ",", "/", ":", "0", "0", "ABCDEFGHIJKLM");
   EXPECT_STREQ(BuildLocaleSettings(2, provider_).currencySymbol, "ABCDEFGHIJKLM");
-  provider_.SetLocale(platform::kLocaleUserDefault, ".", ",", "/", ":", "0", "0",
-                      "ABCDEFGHIJKLMN");
+  provider_.SetLocale(platform::kLocaleUserDefault, ".", ",", "/", ":", "0", "0", "ABCDEFGHIJKLMN");
   EXPECT_TRUE(SameAsGeneric(BuildLocaleSettings(2, provider_)));
 }
 

@@ -27,7 +27,8 @@ TEST(ErrorText, CodesWithoutEntryReadNoError) {
 TEST(ErrorText, TextsStandAsUsersSeeThem) {
   EXPECT_STREQ(ErrorText(err::kOutOfMemory), "Out of memory");
   EXPECT_STREQ(ErrorText(err::kXmlOutOfMemory), "Ouf of memory while loading an xml document");
-  EXPECT_STREQ(ErrorText(34), "Not enought empty columns to the right of the last non-empty column");
+  EXPECT_STREQ(ErrorText(34),
+               "Not enought empty columns to the right of the last non-empty column");
   EXPECT_STREQ(ErrorText(err::kInvalidExcelDatabase),
                "Missing or invalid database specification.\nExcel XML files must contain "
                "worksheets organized in the structure required by Kelpdex.\nPlease refer to the "
@@ -59,7 +60,8 @@ TEST(Reporters, AskAddsTaskModalAndReturnsTheAnswer) {
   RecordingPrompter prompter;
   ScopedPrompter scope(prompter);
   prompter.answers = {answer::kNo};
-  EXPECT_EQ(AskText(FormatString(str::kSaveChanges, {"orders.kpx"}), mb::kYesNoCancel), answer::kNo);
+  EXPECT_EQ(AskText(FormatString(str::kSaveChanges, {"orders.kpx"}), mb::kYesNoCancel),
+            answer::kNo);
   EXPECT_EQ(Ask(str::kDeleteTable, mb::kYesNo | mb::kIconQuestion), answer::kNo);
   ASSERT_EQ(prompter.boxes.size(), 2u);
   EXPECT_EQ(prompter.boxes[0].text, "Save changes to orders.kpx?");
@@ -77,8 +79,7 @@ TEST(Reporters, SystemErrorNeedsALastError) {
   platform::SetLastSystemError(ENOENT);
   EXPECT_TRUE(ShowSystemError("/tmp/missing.kpx"));
   ASSERT_EQ(prompter.boxes.size(), 1u);
-  EXPECT_EQ(prompter.boxes[0].text,
-            platform::SystemErrorText(ENOENT) + "\n/tmp/missing.kpx");
+  EXPECT_EQ(prompter.boxes[0].text, platform::SystemErrorText(ENOENT) + "\n/tmp/missing.kpx");
 }
 
 TEST(FormatMessageText, InsertsByNumberWithPrintfConversions) {

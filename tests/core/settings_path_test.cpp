@@ -36,8 +36,7 @@ TEST(DecideSettingsPath, PortableProgramKeepsItsSettingsBesideItself) {
 TEST(DecideSettingsPath, AnExistingFileWinsInOrder) {
   EXPECT_EQ(DecideSettingsPath(Facts("/usr/bin/kelpdex", {"/usr/bin/settings.xml"})),
             "/usr/bin/settings.xml");
-  EXPECT_EQ(DecideSettingsPath(
-                Facts("/media/usb/kelpdex", {kPerUser, "/media/usb/settings.xml"})),
+  EXPECT_EQ(DecideSettingsPath(Facts("/media/usb/kelpdex", {kPerUser, "/media/usb/settings.xml"})),
             kPerUser);
 }
 
@@ -53,9 +52,8 @@ TEST(DecideSettingsPath, UnknownExecutableFallsBackToThePerUserFile) {
 TEST(WriteSettingsAtExit, CreatesTheMissingFolderFirst) {
   testing::TempDir dir;
   std::string path = dir.Path("config/Kelpdex/settings.xml");
-  bool wrote = WriteSettingsAtExit(path, [](const std::string& p) {
-    return platform::WriteWholeFile(p, "<Settings/>");
-  });
+  bool wrote = WriteSettingsAtExit(
+      path, [](const std::string& p) { return platform::WriteWholeFile(p, "<Settings/>"); });
   EXPECT_TRUE(wrote);
   EXPECT_TRUE(platform::FileExists(path));
 }

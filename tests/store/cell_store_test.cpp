@@ -256,7 +256,8 @@ TEST(CellStore, RowIndexFollowsWrites) {
   for (uint32_t row = 0; row < 5000; ++row) {
     CellRecord* r = store.GetCellFast(row, row % 2 == 0 ? 1 : 0);
     ASSERT_NE(r, nullptr) << row;
-    EXPECT_EQ(std::string(cell::Text(r)), row % 2 == 0 ? std::to_string(row) : "odd-" + std::to_string(row));
+    EXPECT_EQ(std::string(cell::Text(r)),
+              row % 2 == 0 ? std::to_string(row) : "odd-" + std::to_string(row));
   }
   store.DeleteRow(0);
   EXPECT_EQ(std::string(cell::Text(store.GetCellFast(0, 0))), "odd-1");
@@ -340,7 +341,8 @@ TEST(CellStore, RandomOperationsMatchAReferenceModel) {
       ASSERT_TRUE(store.CanInsertRows(first, first + count - 1));
       store.InsertRows(first, first + count - 1);
       Model moved;
-      for (auto& [k, v] : model) moved[{k.first >= first ? k.first + count : k.first, k.second}] = v;
+      for (auto& [k, v] : model)
+        moved[{k.first >= first ? k.first + count : k.first, k.second}] = v;
       model.swap(moved);
     } else if (op < 93) {
       uint32_t row = rand(400);
