@@ -1,0 +1,189 @@
+#include "store/catalogue.h"
+
+#include <cstdio>
+#include <new>
+
+#include "store/column_style.h"
+
+namespace kelpdex {
+
+namespace {
+
+// The text of a row-0 title, or an empty view when the cell is missing or not text.
+std::string_view TitleAt(const Worksheet& catalogue, uint16_t column) {
+  CellRecord* r = const_cast<CellStore&>(catalogue.cells).GetCell(0, column);
+  if (r == nullptr || !cell::IsText(r)) return std::string_view();
+  return cell::Text(r);
+}
+
+bool BeginsWith(std::string_view title, char lower) {
+  return !title.empty() && (title[0] == lower || title[0] == lower - ('a' - 'A'));
+}
+
+// The first column of the views: "Table", behind the key columns.
+uint16_t FirstViewColumn(const TableSpec& spec) {
+  return static_cast<uint16_t>(catalogue::kFirstKeyColumn + KeyCount(spec));
+}
+
+bool IsMarked(const TableSpec& spec, uint16_t column) {
+  return spec.workbook->styles.IsSelectionStyle(spec.catalogue->formats.ColumnStyle(column));
+}
+
+bool PutTitle(Worksheet& sheet, uint16_t column, std::string_view title, CellCursor& cursor) {
+  uint8_t record[cell::kTextHeader + 64];
+  cell::EncodeText(record, 0, column, title);
+  return sheet.cells.PutCell(record, &cursor);
+}
+
+}  // namespace
+
+bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& spec) {
+  spec.workbook = &workbook;
+  spec.catalogue = workbook.FindCatalogue(table);
+  spec.data = workbook.FindTable(table);
+  if (spec.catalogue == nullptr || spec.data == nullptr) {
+    workbook.errorCode = err::kInvalidNodePath;
+    return false;
+  }
+  return true;
+}
+
+uint16_t KeyCount(const TableSpec& spec) {
+  uint16_t count = 0;
+  for (uint16_t column = catalogue::kFirstKeyColumn; column <= kLastColumn; ++column) {
+    if (!BeginsWith(TitleAt(*spec.catalogue, column), 'k')) break;
+    ++count;
+  }
+  return count;
+}
+
+uint16_t FormCount(const TableSpec& spec) {
+  uint16_t count = 0;
+  // "Table" and "Std. Form{...}" always stand behind the keys; the user's forms follow them.
+  for (uint32_t column = FirstViewColumn(spec) + 2u; column <= kLastColumn; ++column) {
+    if (!BeginsWith(TitleAt(*spec.catalogue, static_cast<uint16_t>(column)), 'f')) break;
+    ++count;
+  }
+  return count;
+}
+
+uint16_t CurrentKey(const TableSpec& spec) {
+  uint16_t keys = KeyCount(spec);
+  for (uint16_t i = 0; i < keys; ++i) {
+    if (IsMarked(spec, static_cast<uint16_t>(catalogue::kFirstKeyColumn + i))) return i;
+  }
+  return 0;
+}
+
+uint16_t CurrentForm(const TableSpec& spec) {
+  uint16_t first = FirstViewColumn(spec);
+  uint16_t views = static_cast<uint16_t>(FormCount(spec) + 2);
+  for (uint16_t i = 0; i < views && first + i <= kLastColumn; ++i) {
+    if (IsMarked(spec, static_cast<uint16_t>(first + i))) return i;
+  }
+  return 0;
+}
+
+uint16_t SelectKey(const TableSpec& spec, uint16_t index) {
+  if (index >= KeyCount(spec)) return CurrentKey(spec);
+  uint16_t old = CurrentKey(spec);
+  Workbook& wb = *spec.workbook;
+  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(catalogue::kFirstKeyColumn + old), false);
+  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(catalogue::kFirstKeyColumn + index), true);
+  return index;
+}
+
+uint16_t SelectForm(const TableSpec& spec, uint16_t index) {
+  if (index >= FormCount(spec) + 2) return 0;
+  uint16_t first = FirstViewColumn(spec);
+  uint16_t old = CurrentForm(spec);
+  Workbook& wb = *spec.workbook;
+  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(first + old), false);
+  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(first + index), true);
+  return index;
+}
+
+std::string KeyTitle(std::string_view name) {
+  std::string title = "Key{";
+  title += name;
+  title += '}';
+  return title;
+}
+
+std::string FormTitle(int columns, int rows, std::string_view name) {
+  char head[48];
+  std::snprintf(head, sizeof head, "form{%d,%d,", columns, rows);
+  std::string title = head;
+  title += name;
+  title += '}';
+  return title;
+}
+
+bool ParseKeyTitle(std::string_view title, std::string& name) {
+  std::string text(title);
+  char buf[256];
+  if (text.size() >= sizeof buf || std::sscanf(text.c_str(), "%*c%*c%*c%*c%255[^}]", buf) != 1) {
+    return false;
+  }
+  name = buf;
+  return true;
+}
+
+bool ParseStdFormTitle(std::string_view title, int& a, int& b, int& c) {
+  std::string text(title);
+  return std::sscanf(text.c_str(), "%*[^{]%*c%d%*c%d%*c%d", &a, &b, &c) == 3;
+}
+
+bool ParseFormTitle(std::string_view title, int& columns, int& rows, std::string& name) {
+  std::string text(title);
+  char buf[256];
+  if (text.size() >= sizeof buf) return false;
+  if (std::sscanf(text.c_str(), "%*c%*c%*c%*c%*c%d%*c%d", &columns, &rows) != 2) return false;
+  if (std::sscanf(text.c_str(), "%*c%*c%*c%*c%*c%*d%*c%*d%*c%255[^}]", buf) != 1) return false;
+  name = buf;
+  return true;
+}
+
+bool CreateTable(Workbook& workbook, std::string_view name) {
+  WorkbookNode* system = workbook.FindNode("\\system");
+  if (system == nullptr || !system->IsFolder()) {
+    auto* folder = new (std::nothrow) Folder("system");
+    if (folder == nullptr) {
+      workbook.errorCode = err::kOutOfMemory;
+      return false;
+    }
+    // Always the first node: every catalogue lives in it.
+    folder->next = workbook.firstNode;
+    if (workbook.firstNode != nullptr) workbook.firstNode->previous = folder;
+    workbook.firstNode = folder;
+    ++workbook.folderCount;
+    system = folder;
+  }
+
+  auto* catalogueSheet = new (std::nothrow) Worksheet(name);
+  auto* data = new (std::nothrow) Worksheet(name);
+  bool ok = catalogueSheet != nullptr && data != nullptr;
+  if (ok) {
+    CellCursor cursor;
+    const char* titles[] = {"Field",        "Type",  "Sort Index",       "Formula / Value",
+                            "Key{Default}", "Table", "Std. Form{1,1,50}"};
+    for (uint16_t column = 0; column < 7 && ok; ++column) {
+      ok = PutTitle(*catalogueSheet, column, titles[column], cursor);
+    }
+  }
+  // The default key and the table view start out chosen.
+  ok = ok && MarkColumn(workbook, *catalogueSheet, catalogue::kFirstKeyColumn, true) &&
+       MarkColumn(workbook, *catalogueSheet, catalogue::kFirstKeyColumn + 1, true);
+  if (!ok) {
+    delete catalogueSheet;
+    delete data;
+    if (workbook.errorCode != err::kTooManyStyles) workbook.errorCode = err::kOutOfMemory;
+    return false;
+  }
+  workbook.AttachNode(catalogueSheet, system);
+  workbook.AttachNode(data, nullptr);
+  workbook.currentSheet = workbook.TableByIndex(0);
+  return true;
+}
+
+}  // namespace kelpdex

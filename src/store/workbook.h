@@ -1,0 +1,119 @@
+// A document: a flat, doubly linked list of folders and worksheets in display order, where a
+// node's level gives the tree, and the tables every cell refers to by number.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/error_code.h"
+#include "store/cell_store.h"
+#include "store/format_store.h"
+#include "store/style_table.h"
+
+namespace kelpdex {
+
+constexpr uint8_t kWorksheetNode = 1;
+constexpr uint8_t kFolderNode = 2;
+constexpr size_t kNodeNameSize = 128;  // 127 characters and the terminator
+constexpr size_t kMaxPathLength = 255;
+constexpr uint32_t kDropDownListSlots = 100;
+
+class WorkbookNode {
+ public:
+  virtual ~WorkbookNode() = default;
+  WorkbookNode(const WorkbookNode&) = delete;
+  WorkbookNode& operator=(const WorkbookNode&) = delete;
+
+  std::string_view Name() const { return name; }
+  // Names longer than 127 bytes are cut.
+  void SetName(std::string_view text);
+  bool IsFolder() const { return nodeType == kFolderNode; }
+  bool IsWorksheet() const { return nodeType == kWorksheetNode; }
+
+  char name[kNodeNameSize] = {};
+  uint8_t nodeType;
+  uint16_t level = 1;  // 1 at the root
+  uint8_t open = 0;
+  WorkbookNode* previous = nullptr;
+  WorkbookNode* next = nullptr;
+
+ protected:
+  WorkbookNode(uint8_t type, std::string_view text) : nodeType(type) { SetName(text); }
+};
+
+class Folder : public WorkbookNode {
+ public:
+  explicit Folder(std::string_view text) : WorkbookNode(kFolderNode, text) {}
+};
+
+class Worksheet : public WorkbookNode {
+ public:
+  explicit Worksheet(std::string_view text) : WorkbookNode(kWorksheetNode, text) {}
+
+  // Row and column changes of cells and formats together. False with code 35 (rows) or 34
+  // (columns) when a cell would be pushed off the sheet.
+  bool InsertRows(uint32_t firstRow, uint32_t lastRow, ErrorCode& error);
+  void DeleteRow(uint32_t row);
+  bool InsertColumn(uint16_t column, ErrorCode& error);
+  void DeleteColumn(uint16_t column);
+
+  CellStore cells;
+  FormatStore formats;
+};
+
+struct DropDownList {
+  bool used = false;
+  std::string name;
+  std::vector<std::string> items;
+};
+
+class Workbook {
+ public:
+  Workbook() = default;
+  ~Workbook();
+  Workbook(const Workbook&) = delete;
+  Workbook& operator=(const Workbook&) = delete;
+
+  // Deletes every node and returns the tables to their state in a new document.
+  void Clear();
+
+  // The node whose path ("\folder\sheet") matches, compared without regard to case, starting at
+  // `start` or the first node; nullptr if none.
+  WorkbookNode* FindNode(std::string_view path, WorkbookNode* start = nullptr) const;
+  // The path of a node, with its own name or only its folder's path. False if it would pass 255
+  // bytes.
+  bool PathOfNode(const WorkbookNode* node, std::string& path, bool withName) const;
+  // Inserts a node, or a run of nodes linked through `next`, behind `after`; into a folder as
+  // its last child; at the end of the list when `after` is null. The workbook owns them then.
+  void AttachNode(WorkbookNode* node, WorkbookNode* after);
+  // Takes a node and its descendants out of the list and hands them to the caller. Refuses when
+  // no worksheet would be left.
+  bool DetachNode(WorkbookNode* node);
+  // Deletes a run of detached nodes.
+  static void DeleteNodes(WorkbookNode* run);
+
+  Worksheet* FindCatalogue(std::string_view table) const;
+  Worksheet* FindTable(std::string_view table) const;
+  // The data worksheet of the table at `index` among the tables; nullptr past the end.
+  Worksheet* TableByIndex(uint32_t index) const;
+  uint32_t TableCount() const;
+
+  // Takes the first free slot, named "List %d." with the first free number. False with code 27
+  // when all slots are used.
+  bool AddDropDownList(uint32_t& slot);
+  void RemoveDropDownList(uint32_t slot);
+
+  int32_t folderCount = 0;
+  int32_t worksheetCount = 0;
+  Worksheet* currentSheet = nullptr;
+  WorkbookNode* firstNode = nullptr;
+  StyleTable styles;
+  std::array<DropDownList, kDropDownListSlots> dropDownLists;
+  ErrorCode errorCode = err::kNone;
+};
+
+}  // namespace kelpdex
