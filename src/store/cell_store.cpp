@@ -37,48 +37,8 @@ void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t 
 CellStore::CellStore() = default;
 
 CellStore::~CellStore() {
-  FreeChain(head_, true);
-  FreeChain(freeList_, true);
+  pool_.GiveChain(head_, true);
   for (RowIndexEntry* page : rowIndexPages_) std::free(page);
-}
-
-RowBlock* CellStore::TakeBlock() {
-  if (freeList_ == nullptr) return AllocateBlock();
-  RowBlock* block = freeList_;
-  freeList_ = block->next;
-  --freeBlockCount_;
-  block->next = nullptr;
-  block->prev = nullptr;
-  block->used = 0;
-  return block;
-}
-
-void CellStore::GiveBlock(RowBlock* block, bool toHeap) {
-  if (toHeap) {
-    ReleaseBlock(block);
-    return;
-  }
-  block->next = freeList_;
-  block->prev = nullptr;
-  freeList_ = block;
-  ++freeBlockCount_;
-}
-
-bool CellStore::ReserveBlocks(uint32_t count) {
-  while (freeBlockCount_ < count) {
-    RowBlock* block = AllocateBlock();
-    if (block == nullptr) return false;
-    GiveBlock(block, false);
-  }
-  return true;
-}
-
-void CellStore::FreeChain(RowBlock* head, bool toHeap) {
-  while (head != nullptr) {
-    RowBlock* next = head->next;
-    GiveBlock(head, toHeap);
-    head = next;
-  }
 }
 
 void CellStore::LinkAfter(RowBlock* block, RowBlock* after) {
@@ -177,7 +137,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
   if (size > kBlockPayload) return false;
   uint64_t key = KeyOf(record);
   if (head_ == nullptr) {
-    RowBlock* block = TakeBlock();
+    RowBlock* block = pool_.Take();
     if (block == nullptr) return false;
     head_ = block;
     ++blockCount_;
@@ -193,7 +153,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     uint32_t old = cell::Size(b->data + off);
     // Secure the blocks a split may need before the old record goes, so that failure leaves
     // the cell as it was.
-    if (b->used - old + size > kBlockPayload && !ReserveBlocks(size > kSplitOffset ? 2 : 1)) {
+    if (b->used - old + size > kBlockPayload && !pool_.Reserve(size > kSplitOffset ? 2 : 1)) {
       return false;
     }
     std::memmove(b->data + off, b->data + off + old, b->used - off - old);
@@ -217,8 +177,8 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     uint32_t tail = b->used - off;
     bool intoFirst = off < kSplitOffset && off + size <= kBlockPayload;
     bool needThird = !intoFirst && size + tail > kBlockPayload && tail > 0;
-    if (!ReserveBlocks(needThird ? 2 : 1)) return false;
-    RowBlock* second = TakeBlock();
+    if (!pool_.Reserve(needThird ? 2 : 1)) return false;
+    RowBlock* second = pool_.Take();
     LinkAfter(second, b);
     ++blockCount_;
     freeBytes_ += kBlockPayload;
@@ -235,7 +195,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
       placedBlock = second;
       placedOffset = 0;
     } else {
-      RowBlock* third = TakeBlock();
+      RowBlock* third = pool_.Take();
       LinkAfter(third, second);
       ++blockCount_;
       freeBytes_ += kBlockPayload;
@@ -427,7 +387,7 @@ restart:
         uint32_t unused = kBlockPayload - b->used;
         if (freeBytes_ >= unused) freeBytes_ -= unused;
         Unlink(b);
-        GiveBlock(b, freeBlocks);
+        pool_.Give(b, freeBlocks);
         --blockCount_;
         DropRowIndex();
       }
@@ -476,12 +436,12 @@ void CellStore::Compact() {
   wb->next = nullptr;
   while (rest != nullptr) {
     RowBlock* next = rest->next;
-    GiveBlock(rest, freeBlockCount_ >= kFreeListKeep);
+    pool_.Give(rest, pool_.count() >= kFreeListKeep);
     --blockCount_;
     rest = next;
   }
   if (head_->used == 0) {
-    GiveBlock(head_, freeBlockCount_ >= kFreeListKeep);
+    pool_.Give(head_, pool_.count() >= kFreeListKeep);
     head_ = nullptr;
     blockCount_ = 0;
   }
@@ -603,7 +563,7 @@ void CellStore::DeleteColumn(uint16_t column) {
 }
 
 void CellStore::Reset(bool freeBlocks) {
-  FreeChain(head_, freeBlocks);
+  pool_.GiveChain(head_, freeBlocks);
   head_ = nullptr;
   blockCount_ = 0;
   freeBytes_ = 0;
@@ -622,7 +582,7 @@ RowBlock* CellStore::DetachChain(bool forget) {
 }
 
 void CellStore::AdoptChain(RowBlock* head) {
-  FreeChain(head_, false);
+  pool_.GiveChain(head_, false);
   head_ = head;
   blockCount_ = 0;
   freeBytes_ = 0;

@@ -107,9 +107,9 @@ class CellStore {
   bool BuildRowIndex(uint32_t firstRow, uint32_t lastRow);
 
   RowBlock* head() const { return head_; }
-  RowBlock* freeList() const { return freeList_; }
+  RowBlock* freeList() const { return pool_.list(); }
   uint32_t blockCount() const { return blockCount_; }
-  uint32_t freeBlockCount() const { return freeBlockCount_; }
+  uint32_t freeBlockCount() const { return pool_.count(); }
   uint32_t freeBytes() const { return freeBytes_; }
 
  private:
@@ -122,9 +122,6 @@ class CellStore {
     uint32_t offset;
   };
 
-  RowBlock* TakeBlock();
-  void GiveBlock(RowBlock* block, bool toHeap);
-  bool ReserveBlocks(uint32_t count);
   Position Locate(uint64_t key, const CellCursor* cursor);
   // A live block at or near the first record of `row`, from the row index; nullptr if the index
   // has nothing for that part of the sheet.
@@ -136,12 +133,11 @@ class CellStore {
   void InvalidateFrom(uint32_t row, const RowBlock* lastTouched);
   // Blocks left the chain: no page may be used even as a hint.
   void DropRowIndex();
-  void FreeChain(RowBlock* head, bool toHeap);
   void Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColumn, int32_t columnDelta);
   const uint8_t* LastRecord() const;
 
   RowBlock* head_ = nullptr;
-  RowBlock* freeList_ = nullptr;
+  BlockPool pool_;
   // Bit 0: the page is exact (every entry is the first record of its row). Bit 1: every entry
   // is a live block of the chain at or before its row's records, which stays true across writes
   // because records only move forward into later blocks until a block is freed.
@@ -154,7 +150,6 @@ class CellStore {
   uint32_t validPageCount_ = 0;  // exact pages
   uint32_t hintPageCount_ = 0;
   uint32_t blockCount_ = 0;
-  uint32_t freeBlockCount_ = 0;
   uint32_t freeBytes_ = 0;
 };
 

@@ -22,8 +22,7 @@ bool SetColumnStyleAttribute(Workbook& workbook, Worksheet& sheet, uint16_t colu
   while (sheet.formats.NextRun(cursor, run)) {
     if (run.firstColumn > column || run.lastColumn < column) continue;
     StyleRun piece{column, column, run.row, 0};
-    if (!workbook.styles.DeriveStyle(run.styleId, kind, values, fontValues, piece.styleId,
-                                     error)) {
+    if (!workbook.styles.DeriveStyle(run.styleId, kind, values, fontValues, piece.styleId, error)) {
       workbook.errorCode = error != err::kNone ? error : err::kTooManyStyles;
       return false;
     }

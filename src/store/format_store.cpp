@@ -63,58 +63,12 @@ constexpr uint32_t kMaxWordBlocks =
 FormatStore::FormatStore() = default;
 
 FormatStore::~FormatStore() {
-  FreeChain(head_, true);
-  FreeChain(freeList_, true);
-  for (RowBlock* chain : {rowWordsHead_, rowWordsFree_}) {
-    while (chain != nullptr) {
-      RowBlock* next = chain->next;
-      ReleaseBlock(chain);
-      chain = next;
-    }
-  }
+  pool_.GiveChain(head_, true);
+  wordPool_.GiveChain(rowWordsHead_, true);
   std::free(blockTable_);
 }
 
 // --- the chain of runs ---------------------------------------------------------------------------
-
-RowBlock* FormatStore::TakeBlock() {
-  if (freeList_ == nullptr) return AllocateBlock();
-  RowBlock* block = freeList_;
-  freeList_ = block->next;
-  --freeBlockCount_;
-  block->next = nullptr;
-  block->prev = nullptr;
-  block->used = 0;
-  return block;
-}
-
-void FormatStore::GiveBlock(RowBlock* block, bool toHeap) {
-  if (toHeap) {
-    ReleaseBlock(block);
-    return;
-  }
-  block->next = freeList_;
-  block->prev = nullptr;
-  freeList_ = block;
-  ++freeBlockCount_;
-}
-
-bool FormatStore::ReserveBlocks(uint32_t count) {
-  while (freeBlockCount_ < count) {
-    RowBlock* block = AllocateBlock();
-    if (block == nullptr) return false;
-    GiveBlock(block, false);
-  }
-  return true;
-}
-
-void FormatStore::FreeChain(RowBlock* head, bool toHeap) {
-  while (head != nullptr) {
-    RowBlock* next = head->next;
-    GiveBlock(head, toHeap);
-    head = next;
-  }
-}
 
 void FormatStore::LinkAfter(RowBlock* block, RowBlock* after) {
   block->prev = after;
@@ -144,7 +98,7 @@ void FormatStore::DropBlock(RowBlock* block, uint32_t oldUsed, bool toHeap) {
   uint32_t unused = kBlockPayload - oldUsed;
   if (freeBytes_ >= unused) freeBytes_ -= unused;
   Unlink(block);
-  GiveBlock(block, toHeap);
+  pool_.Give(block, toHeap);
   --blockCount_;
 }
 
@@ -206,7 +160,7 @@ void FormatStore::InsertRecords(Position at, const uint8_t* records, uint32_t si
     b->used = static_cast<uint16_t>(b->used + size);
   } else {
     // The caller has reserved the block, so this cannot fail.
-    RowBlock* second = TakeBlock();
+    RowBlock* second = pool_.Take();
     LinkAfter(second, b);
     ++blockCount_;
     freeBytes_ += kBlockPayload;
@@ -254,7 +208,7 @@ bool FormatStore::ApplyStyleRun(const StyleRun& run) {
   StyleRun fresh{first, last, row, run.styleId};
 
   if (head_ == nullptr) {
-    RowBlock* block = TakeBlock();
+    RowBlock* block = pool_.Take();
     if (block == nullptr) return false;
     head_ = tail_ = block;
     ++blockCount_;
@@ -319,7 +273,7 @@ bool FormatStore::ApplyStyleRun(const StyleRun& run) {
   Position insertAt = hits == 0 ? start : afterHits;
   // A split needs one block at most; securing it first keeps a failure from changing anything.
   if (count > hits && insertAt.block->used + (count - hits) * kRunSize > kRunCapacity &&
-      !ReserveBlocks(1)) {
+      !pool_.Reserve(1)) {
     return false;
   }
 
@@ -361,7 +315,7 @@ bool FormatStore::ClearStyleRange(uint16_t firstColumn, uint16_t lastColumn, uin
       uint32_t splits = SplitsIn(b, from, firstColumn, lastColumn, firstRow, lastRow);
       if (b->used + splits * kRunSize > kRunCapacity) ++overflowing;
     }
-    if (overflowing > 0 && !ReserveBlocks(overflowing)) return false;
+    if (overflowing > 0 && !pool_.Reserve(overflowing)) return false;
   }
 
   // Room for a block's runs when every one of them is cut in two.
@@ -426,7 +380,7 @@ bool FormatStore::ClearStyleRange(uint16_t firstColumn, uint16_t lastColumn, uin
           next->used = static_cast<uint16_t>(next->used + overflow);
           freeBytes_ -= std::min(overflow, freeBytes_);
         } else {
-          RowBlock* extra = TakeBlock();  // reserved above
+          RowBlock* extra = pool_.Take();  // reserved above
           LinkAfter(extra, b);
           ++blockCount_;
           freeBytes_ += kBlockPayload - overflow;
@@ -552,7 +506,7 @@ void FormatStore::Compact() {
   tail_ = wb;
   while (rest != nullptr) {
     RowBlock* next = rest->next;
-    GiveBlock(rest, freeBlockCount_ >= kFreeListKeep);
+    pool_.Give(rest, pool_.count() >= kFreeListKeep);
     --blockCount_;
     rest = next;
   }
@@ -566,17 +520,9 @@ bool FormatStore::GrowRowWords(uint32_t count) {
   if (count <= rowCount_) return true;
   uint32_t blocks = (count + kWordsPerBlock - 1) / kWordsPerBlock;
   // Every block is secured before any is linked, so a failure changes nothing.
-  while (rowWordsFreeCount_ < blocks - rowWordsBlockCount_) {
-    RowBlock* block = AllocateBlock();
-    if (block == nullptr) return false;
-    block->next = rowWordsFree_;
-    rowWordsFree_ = block;
-    ++rowWordsFreeCount_;
-  }
+  if (!wordPool_.Reserve(blocks - rowWordsBlockCount_)) return false;
   while (rowWordsBlockCount_ < blocks) {
-    RowBlock* block = rowWordsFree_;
-    rowWordsFree_ = block->next;
-    --rowWordsFreeCount_;
+    RowBlock* block = wordPool_.Take();
     std::memset(block->data, 0, kBlockPayload);
     block->next = nullptr;
     block->prev = rowWordsLast_;
@@ -761,22 +707,13 @@ void FormatStore::DeleteColumn(uint16_t column) {
 }
 
 void FormatStore::Reset(bool freeBlocks) {
-  FreeChain(head_, freeBlocks);
+  pool_.GiveChain(head_, freeBlocks);
   head_ = nullptr;
   tail_ = nullptr;
   blockCount_ = 0;
   freeBytes_ = 0;
-  while (rowWordsHead_ != nullptr) {
-    RowBlock* next = rowWordsHead_->next;
-    if (freeBlocks) {
-      ReleaseBlock(rowWordsHead_);
-    } else {
-      rowWordsHead_->next = rowWordsFree_;
-      rowWordsFree_ = rowWordsHead_;
-      ++rowWordsFreeCount_;
-    }
-    rowWordsHead_ = next;
-  }
+  wordPool_.GiveChain(rowWordsHead_, freeBlocks);
+  rowWordsHead_ = nullptr;
   rowWordsLast_ = nullptr;
   rowWordsBlockCount_ = 0;
   rowCount_ = 0;

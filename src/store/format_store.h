@@ -115,13 +115,13 @@ class FormatStore {
   void Reset(bool freeBlocks);
 
   RowBlock* head() const { return head_; }
-  RowBlock* freeList() const { return freeList_; }
+  RowBlock* freeList() const { return pool_.list(); }
   uint32_t blockCount() const { return blockCount_; }
-  uint32_t freeBlockCount() const { return freeBlockCount_; }
+  uint32_t freeBlockCount() const { return pool_.count(); }
   uint32_t freeBytes() const { return freeBytes_; }
   RowBlock* rowWordsHead() const { return rowWordsHead_; }
   uint32_t rowWordsBlockCount() const { return rowWordsBlockCount_; }
-  uint32_t rowWordsFreeCount() const { return rowWordsFreeCount_; }
+  uint32_t rowWordsFreeCount() const { return wordPool_.count(); }
   uint32_t rowCount() const { return rowCount_; }
   bool blockTableValid() const { return blockTableValid_ != 0; }
 
@@ -135,10 +135,6 @@ class FormatStore {
     uint32_t index;
   };
 
-  RowBlock* TakeBlock();
-  void GiveBlock(RowBlock* block, bool toHeap);
-  bool ReserveBlocks(uint32_t count);
-  void FreeChain(RowBlock* head, bool toHeap);
   void LinkAfter(RowBlock* block, RowBlock* after);
   void Unlink(RowBlock* block);
   void DropBlock(RowBlock* block, uint32_t oldUsed, bool toHeap);
@@ -158,23 +154,21 @@ class FormatStore {
   void MaskWords(uint32_t first, uint32_t count);
 
   RowBlock* head_ = nullptr;
-  RowBlock* freeList_ = nullptr;
+  BlockPool pool_;
   // The last block, so that runs added in order (as loaders do) skip the walk from the head.
   RowBlock* tail_ = nullptr;
   uint32_t blockCount_ = 0;
-  uint32_t freeBlockCount_ = 0;
   uint32_t freeBytes_ = 0;
 
   ColumnFormat columns_[kColumnLimit];
 
   RowBlock* rowWordsHead_ = nullptr;
-  RowBlock* rowWordsFree_ = nullptr;
+  BlockPool wordPool_;  // spare row-word blocks
   RowBlock* rowWordsLast_ = nullptr;
   uint16_t** blockTable_ = nullptr;
   uint32_t blockTableCapacity_ = 0;
   uint8_t blockTableValid_ = 0;
   uint32_t rowWordsBlockCount_ = 0;
-  uint32_t rowWordsFreeCount_ = 0;
   uint32_t rowCount_ = 0;
 };
 

@@ -23,6 +23,45 @@ void ReleaseBlock(RowBlock* block) {
   std::free(block);
 }
 
+RowBlock* BlockPool::Take() {
+  if (list_ == nullptr) return AllocateBlock();
+  RowBlock* block = list_;
+  list_ = block->next;
+  --count_;
+  block->next = nullptr;
+  block->prev = nullptr;
+  block->used = 0;
+  return block;
+}
+
+void BlockPool::Give(RowBlock* block, bool toHeap) {
+  if (toHeap) {
+    ReleaseBlock(block);
+    return;
+  }
+  block->next = list_;
+  block->prev = nullptr;
+  list_ = block;
+  ++count_;
+}
+
+void BlockPool::GiveChain(RowBlock* head, bool toHeap) {
+  while (head != nullptr) {
+    RowBlock* next = head->next;
+    Give(head, toHeap);
+    head = next;
+  }
+}
+
+bool BlockPool::Reserve(uint32_t count) {
+  while (count_ < count) {
+    RowBlock* block = AllocateBlock();
+    if (block == nullptr) return false;
+    Give(block, false);
+  }
+  return true;
+}
+
 void SetBlockAllocationBudget(long count) {
   allocationBudget = count;
 }

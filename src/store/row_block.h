@@ -22,6 +22,31 @@ struct RowBlock {
 RowBlock* AllocateBlock();
 void ReleaseBlock(RowBlock* block);
 
+// The spare blocks of one chain, reused before the heap is asked again.
+class BlockPool {
+ public:
+  BlockPool() = default;
+  ~BlockPool() { GiveChain(list_, true); }
+  BlockPool(const BlockPool&) = delete;
+  BlockPool& operator=(const BlockPool&) = delete;
+
+  // A block with its header cleared, spare or new; nullptr when memory is exhausted.
+  RowBlock* Take();
+  // Keeps the block as a spare, or returns it to the heap.
+  void Give(RowBlock* block, bool toHeap);
+  // Gives every block of a chain linked through `next`.
+  void GiveChain(RowBlock* head, bool toHeap);
+  // Makes sure `count` spares wait, so that a later Take cannot fail.
+  bool Reserve(uint32_t count);
+
+  RowBlock* list() const { return list_; }
+  uint32_t count() const { return count_; }
+
+ private:
+  RowBlock* list_ = nullptr;
+  uint32_t count_ = 0;
+};
+
 // Fault injection for tests: after `count` more successful allocations every allocation fails,
 // until the budget is set again; a negative count removes the limit.
 void SetBlockAllocationBudget(long count);
