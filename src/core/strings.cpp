@@ -48,9 +48,9 @@ bool IsDigit(char c) {
 
 // Formats one argument with a printf conversion taken from the pattern. Only the conversion
 // letters that make sense for the argument's kind are honoured; anything else prints it plainly.
-void AppendFormatted(std::string& out, std::string_view spec, const MessageArg& arg) {
-  char conversion = spec.empty() ? 's' : spec.back();
-  std::string flags(spec.substr(0, spec.empty() ? 0 : spec.size() - 1));
+void AppendFormatted(std::string& out, std::string_view format, const MessageArg& arg) {
+  char conversion = format.empty() ? 's' : format.back();
+  std::string flags(format.substr(0, format.empty() ? 0 : format.size() - 1));
   for (char c : flags) {
     bool allowed = IsDigit(c) || c == '-' || c == '+' || c == ' ' || c == '#' || c == '.';
     if (!allowed) {
@@ -133,16 +133,16 @@ std::string FormatMessageText(std::string_view pattern, std::initializer_list<Me
       number = number * 10 + (pattern[j] - '0');
       ++j;
     }
-    std::string_view spec = "s";
+    std::string_view format = "s";
     if (j < pattern.size() && pattern[j] == '!') {
       size_t close = pattern.find('!', j + 1);
       if (close != std::string_view::npos) {
-        spec = pattern.substr(j + 1, close - j - 1);
+        format = pattern.substr(j + 1, close - j - 1);
         j = close + 1;
       }
     }
     if (number >= 1 && static_cast<size_t>(number) <= args.size()) {
-      AppendFormatted(out, spec, args.begin()[number - 1]);
+      AppendFormatted(out, format, args.begin()[number - 1]);
     }
     i = j;
   }

@@ -21,12 +21,12 @@ bool BeginsWith(std::string_view title, char lower) {
 }
 
 // The first column of the views: "Table", behind the key columns.
-uint16_t FirstViewColumn(const TableSpec& spec) {
-  return static_cast<uint16_t>(catalogue::kFirstKeyColumn + KeyCount(spec));
+uint16_t FirstViewColumn(const TableSpec& table) {
+  return static_cast<uint16_t>(catalogue::kFirstKeyColumn + KeyCount(table));
 }
 
-bool IsMarked(const TableSpec& spec, uint16_t column) {
-  return spec.workbook->styles.IsSelectionStyle(spec.catalogue->formats.ColumnStyle(column));
+bool IsMarked(const TableSpec& table, uint16_t column) {
+  return table.workbook->styles.IsSelectionStyle(table.catalogue->formats.ColumnStyle(column));
 }
 
 bool PutTitle(Worksheet& sheet, uint16_t column, std::string_view title, CellCursor& cursor) {
@@ -37,69 +37,69 @@ bool PutTitle(Worksheet& sheet, uint16_t column, std::string_view title, CellCur
 
 }  // namespace
 
-bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& spec) {
-  spec.workbook = &workbook;
-  spec.catalogue = workbook.FindCatalogue(table);
-  spec.data = workbook.FindTable(table);
-  if (spec.catalogue == nullptr || spec.data == nullptr) {
+bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& out) {
+  out.workbook = &workbook;
+  out.catalogue = workbook.FindCatalogue(table);
+  out.data = workbook.FindTable(table);
+  if (out.catalogue == nullptr || out.data == nullptr) {
     workbook.errorCode = err::kInvalidNodePath;
     return false;
   }
   return true;
 }
 
-uint16_t KeyCount(const TableSpec& spec) {
+uint16_t KeyCount(const TableSpec& table) {
   uint16_t count = 0;
   for (uint16_t column = catalogue::kFirstKeyColumn; column <= kLastColumn; ++column) {
-    if (!BeginsWith(TitleAt(*spec.catalogue, column), 'k')) break;
+    if (!BeginsWith(TitleAt(*table.catalogue, column), 'k')) break;
     ++count;
   }
   return count;
 }
 
-uint16_t FormCount(const TableSpec& spec) {
+uint16_t FormCount(const TableSpec& table) {
   uint16_t count = 0;
   // "Table" and "Std. Form{...}" always stand behind the keys; the user's forms follow them.
-  for (uint32_t column = FirstViewColumn(spec) + 2u; column <= kLastColumn; ++column) {
-    if (!BeginsWith(TitleAt(*spec.catalogue, static_cast<uint16_t>(column)), 'f')) break;
+  for (uint32_t column = FirstViewColumn(table) + 2u; column <= kLastColumn; ++column) {
+    if (!BeginsWith(TitleAt(*table.catalogue, static_cast<uint16_t>(column)), 'f')) break;
     ++count;
   }
   return count;
 }
 
-uint16_t CurrentKey(const TableSpec& spec) {
-  uint16_t keys = KeyCount(spec);
+uint16_t CurrentKey(const TableSpec& table) {
+  uint16_t keys = KeyCount(table);
   for (uint16_t i = 0; i < keys; ++i) {
-    if (IsMarked(spec, static_cast<uint16_t>(catalogue::kFirstKeyColumn + i))) return i;
+    if (IsMarked(table, static_cast<uint16_t>(catalogue::kFirstKeyColumn + i))) return i;
   }
   return 0;
 }
 
-uint16_t CurrentForm(const TableSpec& spec) {
-  uint16_t first = FirstViewColumn(spec);
-  uint16_t views = static_cast<uint16_t>(FormCount(spec) + 2);
+uint16_t CurrentForm(const TableSpec& table) {
+  uint16_t first = FirstViewColumn(table);
+  uint16_t views = static_cast<uint16_t>(FormCount(table) + 2);
   for (uint16_t i = 0; i < views && first + i <= kLastColumn; ++i) {
-    if (IsMarked(spec, static_cast<uint16_t>(first + i))) return i;
+    if (IsMarked(table, static_cast<uint16_t>(first + i))) return i;
   }
   return 0;
 }
 
-uint16_t SelectKey(const TableSpec& spec, uint16_t index) {
-  if (index >= KeyCount(spec)) return CurrentKey(spec);
-  uint16_t old = CurrentKey(spec);
-  Workbook& wb = *spec.workbook;
-  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(catalogue::kFirstKeyColumn + old), false);
-  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(catalogue::kFirstKeyColumn + index), true);
+uint16_t SelectKey(const TableSpec& table, uint16_t index) {
+  if (index >= KeyCount(table)) return CurrentKey(table);
+  uint16_t old = CurrentKey(table);
+  Workbook& wb = *table.workbook;
+  MarkColumn(wb, *table.catalogue, static_cast<uint16_t>(catalogue::kFirstKeyColumn + old), false);
+  MarkColumn(wb, *table.catalogue, static_cast<uint16_t>(catalogue::kFirstKeyColumn + index), true);
   return index;
 }
 
-uint16_t SelectForm(const TableSpec& spec, uint16_t index) {
-  if (index >= FormCount(spec) + 2) return 0;
-  uint16_t first = FirstViewColumn(spec);
-  uint16_t old = CurrentForm(spec);
-  Workbook& wb = *spec.workbook;
-  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(first + old), false);
-  MarkColumn(wb, *spec.catalogue, static_cast<uint16_t>(first + index), true);
+uint16_t SelectForm(const TableSpec& table, uint16_t index) {
+  if (index >= FormCount(table) + 2) return 0;
+  uint16_t first = FirstViewColumn(table);
+  uint16_t old = CurrentForm(table);
+  Workbook& wb = *table.workbook;
+  MarkColumn(wb, *table.catalogue, static_cast<uint16_t>(first + old), false);
+  MarkColumn(wb, *table.catalogue, static_cast<uint16_t>(first + index), true);
   return index;
 }
 

@@ -27,19 +27,19 @@ struct TableSpec {
 };
 
 // Both sheets of a table; false with code 23 in the workbook when either is missing.
-bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& spec);
+bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& out);
 
 // Search keys: the titles from column 4 on that begin with "k" or "K".
-uint16_t KeyCount(const TableSpec& spec);
+uint16_t KeyCount(const TableSpec& table);
 // User forms: the titles behind "Std. Form{...}" that begin with "f" or "F".
-uint16_t FormCount(const TableSpec& spec);
-uint16_t CurrentKey(const TableSpec& spec);
+uint16_t FormCount(const TableSpec& table);
+uint16_t CurrentKey(const TableSpec& table);
 // Moves the mark to key `index`; an index past the keys leaves it. Returns the key now marked.
-uint16_t SelectKey(const TableSpec& spec, uint16_t index);
+uint16_t SelectKey(const TableSpec& table, uint16_t index);
 // Views: 0 the table, 1 the standard form, 2 onward the user's forms.
-uint16_t CurrentForm(const TableSpec& spec);
+uint16_t CurrentForm(const TableSpec& table);
 // Moves the mark to view `index`; an index past the views does nothing and returns 0.
-uint16_t SelectForm(const TableSpec& spec, uint16_t index);
+uint16_t SelectForm(const TableSpec& table, uint16_t index);
 
 // Title formats of catalogue row 0.
 std::string KeyTitle(std::string_view name);                          // "Key{%s}"

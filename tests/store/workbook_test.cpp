@@ -99,33 +99,33 @@ TEST_F(WorkbookTest, OverlongPathsAreSkipped) {
 }
 
 TEST_F(WorkbookTest, CatalogueScansKeysAndFormsByTheirFirstLetter) {
-  TableSpec spec;
-  ASSERT_TRUE(MakeTableSpec(*book_, "orders", spec));
-  EXPECT_EQ(KeyCount(spec), 1);
-  EXPECT_EQ(FormCount(spec), 0);
-  EXPECT_EQ(CurrentKey(spec), 0);
-  EXPECT_EQ(CurrentForm(spec), 0);
+  TableSpec table;
+  ASSERT_TRUE(MakeTableSpec(*book_, "orders", table));
+  EXPECT_EQ(KeyCount(table), 1);
+  EXPECT_EQ(FormCount(table), 0);
+  EXPECT_EQ(CurrentKey(table), 0);
+  EXPECT_EQ(CurrentForm(table), 0);
 
-  Worksheet& c = *spec.catalogue;
+  Worksheet& c = *table.catalogue;
   PutTitle(c, 5, "key{Cheap}");
   PutTitle(c, 6, "Table");
   PutTitle(c, 7, "Std. Form{1,1,50}");
   PutTitle(c, 8, "Form{2,3,Entry}");
   PutTitle(c, 9, "form{1,1,Other}");
   // The marks were set on columns 4 and 5 when there was one key; move them to the new layout.
-  EXPECT_EQ(KeyCount(spec), 2);
-  EXPECT_EQ(FormCount(spec), 2);
-  EXPECT_EQ(SelectKey(spec, 1), 1);
-  EXPECT_EQ(CurrentKey(spec), 1);
-  EXPECT_EQ(SelectKey(spec, 7), 1);  // past the keys: the mark stands
-  EXPECT_EQ(SelectForm(spec, 3), 3);
-  EXPECT_EQ(CurrentForm(spec), 3);
-  EXPECT_EQ(SelectForm(spec, 4), 0);  // past the views: nothing happens
-  EXPECT_EQ(CurrentForm(spec), 3);
+  EXPECT_EQ(KeyCount(table), 2);
+  EXPECT_EQ(FormCount(table), 2);
+  EXPECT_EQ(SelectKey(table, 1), 1);
+  EXPECT_EQ(CurrentKey(table), 1);
+  EXPECT_EQ(SelectKey(table, 7), 1);  // past the keys: the mark stands
+  EXPECT_EQ(SelectForm(table, 3), 3);
+  EXPECT_EQ(CurrentForm(table), 3);
+  EXPECT_EQ(SelectForm(table, 4), 0);  // past the views: nothing happens
+  EXPECT_EQ(CurrentForm(table), 3);
 
   // A gap in row 0 ends the scan.
   c.cells.DeleteRange(5, 5, 0, 0);
-  EXPECT_EQ(KeyCount(spec), 1);
+  EXPECT_EQ(KeyCount(table), 1);
 
   TableSpec missing;
   EXPECT_FALSE(MakeTableSpec(*book_, "Nope", missing));
