@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "store/catalogue.h"
+#include "store/column_style.h"
 #include "store/workbook.h"
 
 namespace kelpdex {
@@ -236,6 +237,33 @@ TEST(Worksheet, RowsAndColumnsThatWouldFallOffAreRefused) {
   sheet.DeleteRow(kLastRow);
   EXPECT_TRUE(sheet.InsertRows(2, 2, error));
   EXPECT_NE(sheet.cells.GetCell(4, kLastColumn), nullptr);
+}
+
+TEST(ColumnStyle, RunsCrossingTheColumnKeepTheirOtherAttributes) {
+  Workbook book;
+  Worksheet sheet("t");
+  StyleRecord boldValues{};
+  FontRecord bold{};
+  bold.bytes[font::kWeightAt] = 7;
+  uint16_t boldStyle = 0;
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(book.styles.DeriveStyle(0, style::kFontWeight, boldValues, &bold, boldStyle, error));
+  ASSERT_TRUE(sheet.formats.ApplyStyleRun({2, 5, 3, boldStyle}));
+
+  StyleRecord fill{};
+  fill.bytes[style::kFillAt] = style::kSolidFill;
+  StoreU32(fill.bytes + style::kFillColourAt, 0x0000FF);
+  ASSERT_TRUE(SetColumnStyleAttribute(book, sheet, 4, style::kFill, fill, nullptr));
+
+  const StyleRecord& crossed = book.styles.Style(sheet.formats.StyleAt(3, 4));
+  EXPECT_EQ(crossed.bytes[style::kFillAt], style::kSolidFill);
+  EXPECT_EQ(book.styles.Font(crossed.bytes[style::kFontIndexAt]).bytes[font::kWeightAt], 7);
+  EXPECT_EQ(sheet.formats.StyleAt(3, 3), boldStyle);
+  EXPECT_EQ(sheet.formats.StyleAt(3, 5), boldStyle);
+  // Other rows of the column take the column's own new style, which has no bold.
+  const StyleRecord& plain = book.styles.Style(sheet.formats.StyleAt(9, 4));
+  EXPECT_EQ(plain.bytes[style::kFillAt], style::kSolidFill);
+  EXPECT_EQ(plain.bytes[style::kFontIndexAt], 0);
 }
 
 }  // namespace
