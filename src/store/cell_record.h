@@ -12,6 +12,7 @@
 //            then (flags bit 0) u16 cachedStringLength and the string    size 35 + ...
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -62,6 +63,9 @@ inline const uint8_t* Bytes(const CellRecord* r) {
 inline uint8_t* Bytes(CellRecord* r) {
   return reinterpret_cast<uint8_t*>(r);
 }
+inline const uint8_t* Bytes(const uint8_t* r) {
+  return r;
+}
 inline const CellRecord* At(const uint8_t* p) {
   return reinterpret_cast<const CellRecord*>(p);
 }
@@ -69,126 +73,97 @@ inline CellRecord* At(uint8_t* p) {
   return reinterpret_cast<CellRecord*>(p);
 }
 
-inline uint8_t Tag(const uint8_t* r) {
-  return r[0];
-}
-inline uint16_t Column(const uint8_t* r) {
-  return LoadU16(r + 1);
-}
-inline uint32_t Row(const uint8_t* r) {
-  return LoadU32(r + 3);
-}
-inline bool IsText(const uint8_t* r) {
-  return (r[0] & kText) != 0;
-}
-inline bool IsNumber(const uint8_t* r) {
-  return (r[0] & (kText | kNumber)) == kNumber;
-}
-inline bool IsFormula(const uint8_t* r) {
-  return (r[0] & (kText | kNumber)) == 0;
-}
-inline bool IsAuto(const uint8_t* r) {
-  return (r[0] & kAuto) != 0;
-}
-inline uint8_t ErrorNibble(const uint8_t* r) {
-  return r[0] & kErrorMask;
-}
+// The readers take a record either as raw block bytes (the store's own walks) or as a
+// CellRecord* (everyone else).
+template <typename T>
+concept RecordPointee = std::same_as<T, uint8_t> || std::same_as<T, CellRecord>;
 
-inline uint16_t TextLength(const uint8_t* r) {
-  return LoadU16(r + 7);
+template <RecordPointee T>
+inline uint8_t Tag(const T* r) {
+  return Bytes(r)[0];
 }
-inline std::string_view Text(const uint8_t* r) {
-  return std::string_view(reinterpret_cast<const char*>(r + kTextHeader), TextLength(r));
+template <RecordPointee T>
+inline uint16_t Column(const T* r) {
+  return LoadU16(Bytes(r) + 1);
 }
-inline double Number(const uint8_t* r) {
-  return LoadF64(r + 7);
+template <RecordPointee T>
+inline uint32_t Row(const T* r) {
+  return LoadU32(Bytes(r) + 3);
 }
-
-inline uint8_t FormulaFlags(const uint8_t* r) {
-  return r[kFlagsAt];
+template <RecordPointee T>
+inline bool IsText(const T* r) {
+  return (Tag(r) & kText) != 0;
 }
-inline uint16_t ArrayColumns(const uint8_t* r) {
-  return LoadU16(r + kArrayColumnsAt);
+template <RecordPointee T>
+inline bool IsNumber(const T* r) {
+  return (Tag(r) & (kText | kNumber)) == kNumber;
 }
-inline uint32_t ArrayRows(const uint8_t* r) {
-  return LoadU32(r + kArrayRowsAt);
+template <RecordPointee T>
+inline bool IsFormula(const T* r) {
+  return (Tag(r) & (kText | kNumber)) == 0;
 }
-inline double CachedNumber(const uint8_t* r) {
-  return LoadF64(r + kCachedNumberAt);
+template <RecordPointee T>
+inline bool IsAuto(const T* r) {
+  return (Tag(r) & kAuto) != 0;
 }
-inline uint16_t FormulaLength(const uint8_t* r) {
-  return LoadU16(r + kFormulaLengthAt);
+template <RecordPointee T>
+inline uint8_t ErrorNibble(const T* r) {
+  return Tag(r) & kErrorMask;
 }
-inline std::string_view FormulaText(const uint8_t* r) {
-  return std::string_view(reinterpret_cast<const char*>(r + kFormulaHeader), FormulaLength(r));
+template <RecordPointee T>
+inline uint16_t TextLength(const T* r) {
+  return LoadU16(Bytes(r) + 7);
 }
-inline std::string_view CachedString(const uint8_t* r) {
-  if ((r[kFlagsAt] & kCachedString) == 0) return std::string_view();
-  const uint8_t* at = r + kFormulaHeader + FormulaLength(r);
+template <RecordPointee T>
+inline std::string_view Text(const T* r) {
+  return std::string_view(reinterpret_cast<const char*>(Bytes(r) + kTextHeader), TextLength(r));
+}
+template <RecordPointee T>
+inline double Number(const T* r) {
+  return LoadF64(Bytes(r) + 7);
+}
+template <RecordPointee T>
+inline uint8_t FormulaFlags(const T* r) {
+  return Bytes(r)[kFlagsAt];
+}
+template <RecordPointee T>
+inline uint16_t ArrayColumns(const T* r) {
+  return LoadU16(Bytes(r) + kArrayColumnsAt);
+}
+template <RecordPointee T>
+inline uint32_t ArrayRows(const T* r) {
+  return LoadU32(Bytes(r) + kArrayRowsAt);
+}
+template <RecordPointee T>
+inline double CachedNumber(const T* r) {
+  return LoadF64(Bytes(r) + kCachedNumberAt);
+}
+template <RecordPointee T>
+inline uint16_t FormulaLength(const T* r) {
+  return LoadU16(Bytes(r) + kFormulaLengthAt);
+}
+template <RecordPointee T>
+inline std::string_view FormulaText(const T* r) {
+  return std::string_view(reinterpret_cast<const char*>(Bytes(r) + kFormulaHeader),
+                          FormulaLength(r));
+}
+template <RecordPointee T>
+inline std::string_view CachedString(const T* r) {
+  if ((FormulaFlags(r) & kCachedString) == 0) return std::string_view();
+  const uint8_t* at = Bytes(r) + kFormulaHeader + FormulaLength(r);
   return std::string_view(reinterpret_cast<const char*>(at + 2), LoadU16(at));
 }
 
 // The size of a record, derived from its tag: it is stored nowhere.
-inline uint32_t Size(const uint8_t* r) {
+template <RecordPointee T>
+inline uint32_t Size(const T* record) {
+  const uint8_t* r = Bytes(record);
   uint8_t tag = r[0];
   if (tag & kText) return kTextHeader + LoadU16(r + 7);
   if (tag & kNumber) return kNumberSize;
   uint32_t size = kFormulaHeader + LoadU16(r + kFormulaLengthAt);
   if (r[kFlagsAt] & kCachedString) size += 2 + LoadU16(r + size);
   return size;
-}
-
-// Typed-pointer overloads for callers holding a CellRecord*.
-inline uint8_t Tag(const CellRecord* r) {
-  return Tag(Bytes(r));
-}
-inline uint16_t Column(const CellRecord* r) {
-  return Column(Bytes(r));
-}
-inline uint32_t Row(const CellRecord* r) {
-  return Row(Bytes(r));
-}
-inline bool IsText(const CellRecord* r) {
-  return IsText(Bytes(r));
-}
-inline bool IsNumber(const CellRecord* r) {
-  return IsNumber(Bytes(r));
-}
-inline bool IsFormula(const CellRecord* r) {
-  return IsFormula(Bytes(r));
-}
-inline bool IsAuto(const CellRecord* r) {
-  return IsAuto(Bytes(r));
-}
-inline uint8_t ErrorNibble(const CellRecord* r) {
-  return ErrorNibble(Bytes(r));
-}
-inline std::string_view Text(const CellRecord* r) {
-  return Text(Bytes(r));
-}
-inline double Number(const CellRecord* r) {
-  return Number(Bytes(r));
-}
-inline std::string_view FormulaText(const CellRecord* r) {
-  return FormulaText(Bytes(r));
-}
-inline std::string_view CachedString(const CellRecord* r) {
-  return CachedString(Bytes(r));
-}
-inline double CachedNumber(const CellRecord* r) {
-  return CachedNumber(Bytes(r));
-}
-inline uint8_t FormulaFlags(const CellRecord* r) {
-  return FormulaFlags(Bytes(r));
-}
-inline uint16_t ArrayColumns(const CellRecord* r) {
-  return ArrayColumns(Bytes(r));
-}
-inline uint32_t ArrayRows(const CellRecord* r) {
-  return ArrayRows(Bytes(r));
-}
-inline uint32_t Size(const CellRecord* r) {
-  return Size(Bytes(r));
 }
 
 // Encoders into a caller's buffer, which must hold the returned size (at most 8182 for a record
