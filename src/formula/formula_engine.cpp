@@ -1,0 +1,311 @@
+#include "formula/formula_engine.h"
+
+#include <cstring>
+
+#include "core/locale_settings.h"
+#include "format/number_text.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+namespace {
+
+bool IsOperandToken(uint16_t k) {
+  return k == kind::kNumber || k == kind::kString || k == kind::kReference || k == kind::kArray ||
+         k == kind::kEmpty;
+}
+
+}  // namespace
+
+FormulaEngine::FormulaEngine(Workbook* workbook, Worksheet* sheet, const FunctionTable* functions)
+    : workbook_(workbook), sheet_(sheet), functions_(functions) {
+  std::memset(precedence_, 0, sizeof precedence_);
+  for (uint16_t op = kind::kEqual; op <= kind::kNotEqual; ++op) precedence_[op] = 1;
+  precedence_[kind::kAdd] = precedence_[kind::kSubtract] = precedence_[kind::kConcatenate] = 2;
+  precedence_[kind::kMultiply] = precedence_[kind::kDivide] = 3;
+  precedence_[kind::kPower] = 4;
+  precedence_[kind::kNegate] = precedence_[kind::kPercent] = 5;
+  precedence_[kind::kIntersection] = precedence_[kind::kSheet] = 6;
+  precedence_[kind::kRange] = 7;
+  poolStarts_[0] = 0;
+}
+
+FormulaEngine::~FormulaEngine() = default;
+
+void FormulaEngine::SetFields(FormulaField* fields, uint16_t count) {
+  fields_ = fields;
+  fieldCount_ = fields != nullptr ? count : 0;
+}
+
+bool FormulaEngine::PushString(std::string_view text) {
+  if (stringCount_ >= kPoolStrings) return false;
+  size_t start = poolStarts_[stringCount_];
+  // Each string keeps its terminator's byte, as the pool's budget counts them.
+  if (start + text.size() + 1 > kPoolBytes) return false;
+  std::memcpy(pool_ + start, text.data(), text.size());
+  pool_[start + text.size()] = '\0';
+  ++stringCount_;
+  poolStarts_[stringCount_] = static_cast<uint16_t>(start + text.size() + 1);
+  return true;
+}
+
+std::string_view FormulaEngine::TopString() const {
+  if (stringCount_ == 0) return std::string_view();
+  size_t start = poolStarts_[stringCount_ - 1];
+  return std::string_view(pool_ + start, poolStarts_[stringCount_] - start - 1);
+}
+
+void FormulaEngine::PopString() {
+  if (stringCount_ > 0) --stringCount_;
+}
+
+CellStore* FormulaEngine::PushArray() {
+  if (arrayCount_ >= kArraySlots) return nullptr;
+  std::unique_ptr<CellStore>& slot = arrays_[arrayCount_];
+  if (slot == nullptr) {
+    slot = std::make_unique<CellStore>();
+  } else {
+    slot->Reset(false);  // its blocks wait in the slot's pool for the next array
+  }
+  ++arrayCount_;
+  return slot.get();
+}
+
+void FormulaEngine::PopArray() {
+  if (arrayCount_ > 0) arrays_[--arrayCount_]->Reset(false);
+}
+
+void FormulaEngine::Release(FormulaValue& value) {
+  if (value.kind == kind::kString) PopString();
+  if (value.kind == kind::kArray) PopArray();
+  value.kind = kind::kEmpty;
+}
+
+void FormulaEngine::LoadReference(FormulaValue& value) {
+  if (value.kind != kind::kReference) return;
+  uint8_t error = value.errorCode;
+  if (error != 0) {
+    value = FormulaValue::Empty(error);
+    return;
+  }
+  CellRecord* r =
+      value.sheet != nullptr ? value.sheet->cells.GetCellFast(value.row, value.column) : nullptr;
+  if (r == nullptr) {
+    value = FormulaValue::Empty();
+    return;
+  }
+  uint8_t nibble = cell::ErrorNibble(r);
+  if (cell::IsText(r)) {
+    bool pushed = PushString(cell::Text(r));
+    value = pushed ? FormulaValue() : FormulaValue::Empty(ferr::kValue);
+    if (pushed) value.kind = kind::kString;
+  } else if (cell::IsNumber(r)) {
+    value = FormulaValue::Number(cell::Number(r));
+  } else {
+    // A formula cell: its cached result. One not yet calculated in this pass holds up the
+    // field that reads it.
+    if ((cell::FormulaFlags(r) & 0x10) == 0) {
+      pendingColumn_ = value.column;
+      pendingRow_ = value.row;
+      pendingFlags_ = value.flags;
+      pendingSheet_ = value.sheet;
+    }
+    if (cell::FormulaFlags(r) & cell::kCachedString) {
+      bool pushed = PushString(cell::CachedString(r));
+      value = pushed ? FormulaValue() : FormulaValue::Empty(ferr::kValue);
+      if (pushed) value.kind = kind::kString;
+    } else {
+      value = FormulaValue::Number(cell::CachedNumber(r));
+    }
+  }
+  value.errorCode = LargerError(value.errorCode, nibble);
+}
+
+void FormulaEngine::Reset(uint16_t fieldIndex, uint32_t row) {
+  depth_ = 0;
+  operatorDepth_ = 0;
+  stringCount_ = 0;
+  while (arrayCount_ > 0) PopArray();
+  syntax_ = 0;
+  currentField_ = fieldIndex;
+  currentRow_ = row;
+  pendingFlags_ = 0;
+}
+
+bool FormulaEngine::MoveOperatorToOperands() {
+  if (depth_ + 1 >= kStackSize) {
+    SetSyntaxError();
+    return false;
+  }
+  operands_[++depth_] = operators_[operatorDepth_--];
+  return ApplyTop();
+}
+
+uint16_t FormulaEngine::RunDriver(std::string_view text) {
+  const char* cursor = text.data() + 1;  // the "=" or "+" is no operator
+  const char* end = text.data() + text.size();
+  uint16_t prev = kind::kOpen;
+  FormulaValue token;
+  while (!syntax_) {
+    uint16_t t = NextToken(cursor, end, token, true);
+    if (syntax_) break;
+    if (t == kind::kInvalid) {
+      SetSyntaxError();
+      break;
+    }
+    if (IsOperandToken(t)) {
+      if (IsOperandToken(prev) || prev == kind::kClose || prev == kind::kPercent) {
+        SetSyntaxError();
+        break;
+      }
+      if (t == kind::kReference && (token.flags & rflag::kAbsolute) != rflag::kAbsolute) {
+        // A reference without its row or column stands for the whole column or row.
+        bool hasRow = token.flags & rflag::kRow;
+        token.kind = kind::kRangeReference;
+        token.column1 = hasRow ? 0 : token.column;
+        token.column2 = hasRow ? kLastColumn : token.column;
+        token.row1 = hasRow ? token.row : 0;
+        token.row2 = hasRow ? token.row : kLastRow;
+        token.flags1 = token.flags2 = rflag::kAbsolute;
+      }
+      if (depth_ + 1 >= kStackSize) {
+        SetSyntaxError();
+        break;
+      }
+      operands_[++depth_] = token;
+    } else if (t == kind::kOpen) {
+      operators_[++operatorDepth_] = token;
+    } else if (t <= kind::kLastOperator) {
+      bool operandBefore = IsOperandToken(prev) || prev == kind::kClose ||
+                           (prev == kind::kPercent && t != kind::kPercent);
+      if (!operandBefore) {
+        if (t != kind::kSubtract || prev == kind::kNegate) {
+          SetSyntaxError();
+          break;
+        }
+        t = token.kind = kind::kNegate;
+      }
+      // Every operator is left associative.
+      while (operatorDepth_ > 0 && operators_[operatorDepth_].kind <= kind::kLastOperator &&
+             precedence_[operators_[operatorDepth_].kind] >= precedence_[t]) {
+        if (!MoveOperatorToOperands()) break;
+      }
+      if (syntax_) break;
+      operators_[++operatorDepth_] = token;
+    } else if (t == kind::kFunction) {
+      FormulaValue marker;
+      marker.kind = kind::kOpen;
+      operators_[++operatorDepth_] = marker;
+      token.argumentBase = static_cast<uint16_t>(depth_ + 1);
+      operators_[++operatorDepth_] = token;
+    } else if (t == kind::kListSeparator) {
+      if (prev == kind::kListSeparator || prev == kind::kFunction) {
+        operands_[++depth_] = FormulaValue::Empty();
+      } else {
+        while (operatorDepth_ > 0 && operators_[operatorDepth_].kind != kind::kFunction) {
+          if (!MoveOperatorToOperands()) break;
+        }
+        if (!syntax_ && operatorDepth_ == 0) SetSyntaxError();
+      }
+    } else if (t == kind::kClose) {
+      if (prev <= kind::kLastOperator && prev != kind::kPercent && prev != kind::kInvalid) {
+        SetSyntaxError();
+        break;
+      }
+      if (prev == kind::kListSeparator) operands_[++depth_] = FormulaValue::Empty();
+      while (!syntax_ && operatorDepth_ > 0 && operators_[operatorDepth_].kind != kind::kOpen) {
+        MoveOperatorToOperands();
+      }
+      if (syntax_) break;
+      if (operatorDepth_ == 0) {
+        SetSyntaxError();
+        break;
+      }
+      --operatorDepth_;
+    } else if (t == kind::kEnd) {
+      while (!syntax_ && operatorDepth_ > 0) MoveOperatorToOperands();
+      break;
+    }
+    if (depth_ + operatorDepth_ + 2 > kStackSize) SetSyntaxError();
+    prev = t;
+  }
+  if (!syntax_ && (depth_ != 1 || operatorDepth_ != 0)) SetSyntaxError();
+  return syntax_ ? 0 : FinishResult();
+}
+
+void FormulaEngine::RangeToArray(FormulaValue& value) {
+  // The cells of the range, copied into an array with corners from (0, 0).
+  Worksheet* sheet = value.sheet;
+  CellStore* cells = PushArray();
+  FormulaValue result;
+  result.kind = kind::kArray;
+  result.column2 = static_cast<uint16_t>(value.column2 - value.column1);
+  result.row2 = value.row2 - value.row1;
+  result.flags1 = result.flags2 = rflag::kAbsolute;
+  if (cells == nullptr) {
+    value = FormulaValue::Empty(ferr::kMemory);
+    return;
+  }
+  if (sheet != nullptr) {
+    CellCursor read;
+    CellCursor write;
+    uint8_t record[kBlockPayload];
+    CellRecord* r = sheet->cells.GetCell(value.row1, value.column1, &read);
+    if (r == nullptr) r = sheet->cells.NextCell(read);
+    for (; r != nullptr; r = sheet->cells.NextCell(read)) {
+      uint32_t row = cell::Row(r);
+      uint16_t column = cell::Column(r);
+      if (row > value.row2) break;
+      if (column < value.column1 || column > value.column2) continue;
+      uint32_t size = cell::Size(r);
+      std::memcpy(record, cell::Bytes(r), size);
+      cell::SetRow(record, row - value.row1);
+      cell::SetColumn(record, static_cast<uint16_t>(column - value.column1));
+      if (!cells->PutCell(record, &write)) result.errorCode = ferr::kMemory;
+    }
+  }
+  value = result;
+}
+
+uint16_t FormulaEngine::FinishResult() {
+  FormulaValue& result = operands_[1];
+  if (result.kind == kind::kReference) LoadReference(result);
+  if (result.kind == kind::kRangeReference) RangeToArray(result);
+  switch (result.kind) {
+    case kind::kString:
+      return kind::kString;
+    case kind::kArray:
+      return kind::kArray;
+    default:
+      return kind::kNumber;
+  }
+}
+
+uint16_t FormulaEngine::EvaluateFormula(std::string_view text, uint16_t fieldIndex, uint32_t row) {
+  Reset(fieldIndex, row);
+  operands_[1] = FormulaValue::Empty(ferr::kSyntax);
+  if (text.empty() || (text[0] != '=' && text[0] != '+')) return 0;
+  uint16_t result = RunDriver(text);
+  if (result == 0) {
+    depth_ = 1;
+    operands_[1] = FormulaValue::Empty(ferr::kSyntax);
+  }
+  return result;
+}
+
+std::string FormulaEngine::ResultDisplay() {
+  const FormulaValue& v = operands_[1];
+  if (v.errorCode != 0) return std::string(ErrorLiteral(v.errorCode));
+  if (v.kind == kind::kString) return std::string(TopString());
+  if (v.kind == kind::kNumber) return NumberToGeneral(v.number);
+  if (v.kind == kind::kArray && arrayCount_ > 0) {
+    CellRecord* r = TopArray().GetCell(0, 0);
+    if (r == nullptr) return std::string();
+    if (cell::ErrorNibble(r) != 0) return std::string(ErrorLiteral(cell::ErrorNibble(r)));
+    if (cell::IsText(r)) return std::string(cell::Text(r));
+    return NumberToGeneral(cell::Number(r));
+  }
+  return std::string();
+}
+
+}  // namespace kelpdex

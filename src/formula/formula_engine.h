@@ -1,0 +1,183 @@
+// Evaluates formula text directly, in one pass: the driver pushes operands and applies each
+// operator or function as soon as its operands are complete. There is no syntax tree and no
+// compiled form. Stacks and the string pool are fixed arrays, so an evaluation allocates nothing
+// but array blocks.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "formula/formula_value.h"
+#include "store/cell_store.h"
+
+namespace kelpdex {
+
+class FormulaEngine;
+class Workbook;
+class Worksheet;
+
+// One built-in function: its handler and its upper-case name with "(" behind it.
+struct FunctionEntry {
+  void (*handler)(FormulaEngine& engine);
+  const char* name;
+};
+
+// The functions a formula can call, sorted by the bytes of their names.
+struct FunctionTable {
+  const FunctionEntry* entries = nullptr;
+  uint16_t count = 0;
+};
+
+// A field of the table as formulas see it.
+struct FormulaField {
+  uint8_t type = 0;  // 1 text, 2 number; other types cannot be named
+  std::string name;
+  std::string formula;  // stored notation; empty when the field is not calculated
+  uint8_t flags = 0;    // kFieldCalculated, kFieldInProgress, plus 0xA0 once found circular
+  uint16_t link = 0;
+  uint16_t visits = 0;
+};
+
+constexpr uint8_t kFieldText = 1;
+constexpr uint8_t kFieldNumber = 2;
+constexpr uint8_t kFieldCalculated = 1;
+constexpr uint8_t kFieldInProgress = 2;
+
+class FormulaEngine {
+ public:
+  static constexpr int kStackSize = 50;
+  static constexpr int kPoolBytes = 3072;
+  static constexpr int kPoolStrings = 50;
+  static constexpr int kArraySlots = 50;
+  static constexpr size_t kMaxConcatenation = 1024;
+  static constexpr uint16_t kMaxFields = 2047;
+
+  FormulaEngine(Workbook* workbook, Worksheet* sheet, const FunctionTable* functions);
+  ~FormulaEngine();
+  FormulaEngine(const FormulaEngine&) = delete;
+  FormulaEngine& operator=(const FormulaEngine&) = delete;
+
+  // The table's fields (at most 2047 are searched by name); null for none.
+  void SetFields(FormulaField* fields, uint16_t count);
+  void SetSheet(Worksheet* sheet) { sheet_ = sheet; }
+
+  // Evaluates one formula for a record. Returns the class of the result, which stands at operand
+  // 1: kind::kNumber (number or error), kind::kString (text on the pool), kind::kArray, or 0 (not
+  // a formula, or "#SYNTAX!").
+  uint16_t EvaluateFormula(std::string_view text, uint16_t fieldIndex, uint32_t row);
+  // Computes every calculated field of a record into its cell. False when a cell could not be
+  // stored.
+  bool RecalculateRow(uint32_t row);
+
+  // The result of EvaluateFormula.
+  const FormulaValue& Result() const { return operands_[1]; }
+  std::string_view ResultText() const { return TopString(); }
+  // The result as the grid would show it (text, "General" number or error literal); arrays show
+  // their first cell.
+  std::string ResultDisplay();
+
+  // --- the calling frame of function handlers ---------------------------------------------
+  FormulaValue& Operand(int slot) { return operands_[slot]; }
+  int depth() const { return depth_; }
+  void SetDepth(int depth) { depth_ = depth; }
+  bool syntaxError() const { return syntax_ != 0; }
+  void SetSyntaxError() { syntax_ = ferr::kSyntax; }
+
+  // The string pool: a stack in step with the string operands.
+  bool PushString(std::string_view text);
+  std::string_view TopString() const;
+  // The pool entry at `index`, counted from the bottom.
+  std::string_view StringAt(int index) const;
+  void PopString();
+  int stringCount() const { return stringCount_; }
+
+  // The array list: a stack of cell chains in step with the array operands.
+  CellStore* PushArray();
+  CellStore& TopArray() { return *arrays_[arrayCount_ - 1]; }
+  void PopArray();
+  int arrayCount() const { return arrayCount_; }
+
+  // Turns a reference into its cell's value in place.
+  void LoadReference(FormulaValue& value);
+  // Drops what a value owns on the pool or the array list; the value must be the top one of its
+  // kind.
+  void Release(FormulaValue& value);
+  // Applies the operator or function on top of the operand stack. False once the syntax flag is
+  // set.
+  bool ApplyTop();
+  // Broadcasts the operator or function on top over the arrays and ranges among its operands,
+  // which start at `base`; `isArray` flags them.
+  void ApplyOverArray(const bool* isArray, int base);
+  // Coerces a slot to a number as arithmetic does: strings are parsed, blanks allowed.
+  void CoerceToNumber(FormulaValue& value);
+  // The text of a scalar for "&": strings as they are, numbers in "General", errors literally.
+  void ScalarText(const FormulaValue& value, std::string_view poolText, char* buffer,
+                  std::string_view& text) const;
+
+  Worksheet* sheet() const { return sheet_; }
+  Workbook* workbook() const { return workbook_; }
+  uint32_t currentRow() const { return currentRow_; }
+  uint16_t currentField() const { return currentField_; }
+  const FunctionTable* functions() const { return functions_; }
+
+  // --- tokenizer -------------------------------------------------------------------------
+  // Reads one token at `cursor` and advances past it. `fixedNotation` reads the stored notation.
+  uint16_t NextToken(const char*& cursor, const char* end, FormulaValue& token, bool fixedNotation);
+  // The index of the function named at `text` (with its "("), or -1; `length` gets the name's
+  // length including "(".
+  int LookupFunction(std::string_view text, size_t& length) const;
+
+ private:
+  void Reset(uint16_t fieldIndex, uint32_t row);
+  uint16_t RunDriver(std::string_view text);
+  uint16_t FinishResult();
+  bool MoveOperatorToOperands();
+  void ApplyArithmetic(uint16_t op);
+  void ApplyConcatenate();
+  void ApplyComparison(uint16_t op);
+  void ApplyRange();
+  void ApplyIntersection();
+  void ApplySheet();
+  void ApplyUnary(uint16_t op);
+  // Loads the two operands of a binary operator and finds their texts; `owned` is how many pool
+  // entries, all on top, belong to them.
+  void LoadPair(FormulaValue& a, FormulaValue& b, std::string_view& ta, std::string_view& tb,
+                int& owned);
+  void CoerceText(FormulaValue& value, std::string_view text);
+  bool ParseArrayLiteral(const char*& cursor, const char* end, bool fixedNotation,
+                         FormulaValue& token);
+  bool StoreResultCell(const FormulaField& field, uint16_t fieldIndex, uint16_t resultKind);
+  void RangeToArray(FormulaValue& value);
+
+  Workbook* workbook_;
+  Worksheet* sheet_;
+  const FunctionTable* functions_;
+  FormulaField* fields_ = nullptr;
+  uint16_t fieldCount_ = 0;
+
+  FormulaValue operands_[kStackSize];
+  int depth_ = 0;  // index of the top operand; slot 0 stays unused
+  FormulaValue operators_[kStackSize];
+  int operatorDepth_ = 0;
+
+  char pool_[kPoolBytes];
+  uint16_t poolStarts_[kPoolStrings + 1];
+  int stringCount_ = 0;
+
+  std::unique_ptr<CellStore> arrays_[kArraySlots];
+  int arrayCount_ = 0;
+
+  uint8_t syntax_ = 0;
+  uint8_t precedence_[kind::kLastOperator + 1];
+  uint16_t currentField_ = 0;
+  uint32_t currentRow_ = 0;
+  // A formula cell read before it was calculated; flags 0 means none.
+  uint16_t pendingColumn_ = 0;
+  uint32_t pendingRow_ = 0;
+  uint8_t pendingFlags_ = 0;
+  Worksheet* pendingSheet_ = nullptr;
+};
+
+}  // namespace kelpdex

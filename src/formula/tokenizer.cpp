@@ -1,0 +1,342 @@
+// The tokenizer: one token at a time, straight from the formula text.
+#include <cstring>
+
+#include "core/locale_settings.h"
+#include "format/number_text.h"
+#include "formula/formula_engine.h"
+#include "text/code_page.h"
+
+namespace kelpdex {
+
+namespace {
+
+bool IsBlank(char c) {
+  return c == ' ' || c == '\r' || c == '\n';
+}
+
+bool StartsWithNoCase(const char* p, const char* end, std::string_view word) {
+  return static_cast<size_t>(end - p) >= word.size() &&
+         text::EqualNoCase(std::string_view(p, word.size()), word);
+}
+
+// The twelve error literals, in code order.
+uint8_t MatchErrorLiteral(const char* p, const char* end, size_t& length) {
+  for (uint8_t code = ferr::kDivZero; code <= ferr::kSyntax; code += 0x10) {
+    std::string_view literal = ErrorLiteral(code);
+    if (StartsWithNoCase(p, end, literal)) {
+      length = literal.size();
+      return code;
+    }
+  }
+  return 0;
+}
+
+// TRUE and FALSE match as prefixes: what follows them is the next token's business.
+bool MatchBoolean(const char* p, const char* end, double& value, size_t& length) {
+  if (StartsWithNoCase(p, end, "FALSE")) {
+    value = 0;
+    length = 5;
+    return true;
+  }
+  if (StartsWithNoCase(p, end, "TRUE")) {
+    value = 1;
+    length = 4;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int FormulaEngine::LookupFunction(std::string_view text, size_t& length) const {
+  if (functions_ == nullptr) return -1;
+  int low = 0;
+  int high = static_cast<int>(functions_->count) - 1;
+  while (low <= high) {
+    int mid = (low + high) / 2;
+    std::string_view name = functions_->entries[mid].name;
+    std::string_view head = text.substr(0, name.size());
+    int order = text::CompareNoCase(head, name);
+    if (order == 0 && head.size() == name.size()) {
+      length = name.size();
+      return mid;
+    }
+    if (order < 0 || (order == 0 && head.size() < name.size())) {
+      high = mid - 1;
+    } else {
+      low = mid + 1;
+    }
+  }
+  return -1;
+}
+
+uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaValue& token,
+                                  bool fixedNotation) {
+  token = FormulaValue();
+  const LocaleSettings& notation = fixedNotation ? genericLocale : currentLocale;
+  while (cursor < end && IsBlank(*cursor)) ++cursor;
+  if (cursor == end || *cursor == '\0') return token.kind = kind::kEnd;
+  char c = *cursor;
+
+  if ((c >= '0' && c <= '9') || c == notation.decimalSeparator) {
+    double value = 0;
+    size_t used =
+        ScanNumber(std::string_view(cursor, end - cursor), notation.decimalSeparator, false, value);
+    if (used == 0) return token.kind = kind::kInvalid;
+    cursor += used;
+    token.kind = kind::kNumber;
+    token.number = value;
+    if (IsBadNumber(value)) token.errorCode = ferr::kNum;
+    return token.kind;
+  }
+
+  if (c == '"' || c == '\'') {
+    const char* start = cursor + 1;
+    const char* close = static_cast<const char*>(std::memchr(start, c, end - start));
+    const char* stop = close != nullptr ? close : end;
+    cursor = close != nullptr ? close + 1 : end;
+    if (!PushString(std::string_view(start, stop - start))) {
+      // No room: an error value instead, so that every string operand owns a pool entry.
+      token.kind = kind::kEmpty;
+      token.errorCode = ferr::kName;
+      return token.kind;
+    }
+    return token.kind = kind::kString;
+  }
+
+  if (c == '{') {
+    ++cursor;
+    if (!ParseArrayLiteral(cursor, end, fixedNotation, token)) {
+      SetSyntaxError();
+      return token.kind = kind::kInvalid;
+    }
+    return token.kind;
+  }
+
+  if (c == notation.listSeparator) {
+    ++cursor;
+    return token.kind = kind::kListSeparator;
+  }
+
+  if (text::IsCharAlpha(c) || c == '$' || c == '#' || c == '\\') {
+    std::string_view rest(cursor, end - cursor);
+    // Fields first, in field order: the first whose name matches and is not followed by more
+    // of a word.
+    uint16_t searched = fieldCount_ < kMaxFields ? fieldCount_ : kMaxFields;
+    for (uint16_t i = 0; i < searched; ++i) {
+      const FormulaField& field = fields_[i];
+      if ((field.type != kFieldText && field.type != kFieldNumber) || field.name.empty()) continue;
+      size_t n = field.name.size();
+      if (n > rest.size() || !text::EqualNoCase(rest.substr(0, n), field.name)) continue;
+      if (n < rest.size() && text::IsCharAlphaNumeric(rest[n])) continue;
+      cursor += n;
+      token.kind = kind::kReference;
+      token.column = i;
+      token.row = currentRow_;
+      token.flags = rflag::kAbsolute;
+      token.sheet = sheet_;
+      return token.kind;
+    }
+    size_t length = 0;
+    int function = LookupFunction(rest, length);
+    if (function >= 0) {
+      cursor += length;
+      token.kind = kind::kFunction;
+      token.functionIndex = static_cast<uint16_t>(function);
+      return token.kind;
+    }
+    double value = 0;
+    if (MatchBoolean(cursor, end, value, length)) {
+      cursor += length;
+      token.kind = kind::kNumber;
+      token.number = value;
+      return token.kind;
+    }
+    if (c == '#') {
+      uint8_t code = MatchErrorLiteral(cursor, end, length);
+      if (code != 0) {
+        cursor += length;
+        token.kind = kind::kNumber;
+        token.errorCode = code;
+        return token.kind;
+      }
+    }
+    // An unknown name: a string that is "#NAME?" when used as a value, and a path before "!".
+    const char* stop = cursor;
+    while (stop < end && (text::IsCharAlphaNumeric(*stop) || *stop == '_' || *stop == '\\')) {
+      ++stop;
+    }
+    if (stop == cursor) ++stop;
+    std::string_view name(cursor, stop - cursor);
+    cursor = stop;
+    if (!PushString(name)) {
+      token.kind = kind::kEmpty;
+      token.errorCode = ferr::kValue;
+      return token.kind;
+    }
+    token.kind = kind::kString;
+    token.errorCode = ferr::kName;
+    return token.kind;
+  }
+
+  uint16_t op = kind::kInvalid;
+  switch (c) {
+    case '=':
+      op = kind::kEqual;
+      break;
+    case '<':
+      op = kind::kLess;
+      if (cursor + 1 < end && cursor[1] == '=') {
+        op = kind::kLessEqual;
+        ++cursor;
+      } else if (cursor + 1 < end && cursor[1] == '>') {
+        op = kind::kNotEqual;
+        ++cursor;
+      }
+      break;
+    case '>':
+      op = kind::kGreater;
+      if (cursor + 1 < end && cursor[1] == '=') {
+        op = kind::kGreaterEqual;
+        ++cursor;
+      }
+      break;
+    case '+':
+      op = kind::kAdd;
+      break;
+    case '-':
+      op = kind::kSubtract;
+      break;
+    case '&':
+      op = kind::kConcatenate;
+      break;
+    case '*':
+      op = kind::kMultiply;
+      break;
+    case '/':
+      op = kind::kDivide;
+      break;
+    case '^':
+      op = kind::kPower;
+      break;
+    case '%':
+      op = kind::kPercent;
+      break;
+    case '_':
+      op = kind::kIntersection;
+      break;
+    case '!':
+      op = kind::kSheet;
+      break;
+    case ':':
+      op = kind::kRange;
+      break;
+    case '(':
+      op = kind::kOpen;
+      break;
+    case ')':
+      op = kind::kClose;
+      break;
+    default:
+      // Tabs and every other character: the cursor stays on it.
+      return token.kind = kind::kInvalid;
+  }
+  ++cursor;
+  return token.kind = op;
+}
+
+bool FormulaEngine::ParseArrayLiteral(const char*& cursor, const char* end, bool fixedNotation,
+                                      FormulaValue& token) {
+  const LocaleSettings& notation = fixedNotation ? genericLocale : currentLocale;
+  CellStore* cells = PushArray();
+  if (cells == nullptr) return false;
+  token.kind = kind::kArray;
+  token.flags1 = token.flags2 = rflag::kAbsolute;
+  CellCursor write;
+  uint32_t row = 0;
+  uint16_t column = 0;
+  uint16_t widest = 0;
+  uint8_t record[kBlockPayload];
+  for (;;) {
+    while (cursor < end && IsBlank(*cursor)) ++cursor;
+    if (cursor == end) return true;  // the end of the text after a separator
+    char c = *cursor;
+    uint32_t size = 0;
+    if ((c >= '0' && c <= '9') || c == '-' || c == notation.decimalSeparator) {
+      const char* p = cursor;
+      bool negative = false;
+      if (*p == '-') {
+        negative = true;
+        ++p;
+        while (p < end && *p == ' ') ++p;
+      }
+      double value = 0;
+      size_t used =
+          ScanNumber(std::string_view(p, end - p), notation.decimalSeparator, false, value);
+      if (used == 0) return false;
+      cursor = p + used;
+      if (negative) value = -value;
+      size = cell::EncodeNumber(record, row, column, value,
+                                IsBadNumber(value) ? ferr::kNum : uint8_t{0});
+    } else if (c == '#') {
+      size_t length = 0;
+      uint8_t code = MatchErrorLiteral(cursor, end, length);
+      if (code == 0) return false;
+      cursor += length;
+      size = cell::EncodeNumber(record, row, column, 0, code);
+    } else if (c == '"' || c == '\'') {
+      const char* start = cursor + 1;
+      const char* close = static_cast<const char*>(std::memchr(start, c, end - start));
+      const char* stop = close != nullptr ? close : end;
+      cursor = close != nullptr ? close + 1 : end;
+      size_t length = static_cast<size_t>(stop - start);
+      if (length > kBlockPayload - cell::kTextHeader) length = kBlockPayload - cell::kTextHeader;
+      size = cell::EncodeText(record, row, column, std::string_view(start, length));
+    } else if (c != notation.listSeparator && c != notation.rowSeparator && c != '}') {
+      double value = 0;
+      size_t length = 0;
+      if (MatchBoolean(cursor, end, value, length)) {
+        cursor += length;
+        size = cell::EncodeNumber(record, row, column, value);
+      } else {
+        const char* stop = cursor;
+        while (stop < end && std::strchr(".,;()+-*:/!&=$#%{}", *stop) == nullptr) ++stop;
+        const char* last = stop;
+        while (last > cursor && IsBlank(last[-1])) --last;
+        size_t length = static_cast<size_t>(last - cursor);
+        if (length > kBlockPayload - cell::kTextHeader) length = kBlockPayload - cell::kTextHeader;
+        if (length > 0) {
+          size =
+              cell::EncodeText(record, row, column, std::string_view(cursor, length), ferr::kName);
+        }
+        cursor = stop;
+      }
+    }
+    if (size > 0) {
+      if (!cells->PutCell(record, &write)) token.errorCode = ferr::kMemory;
+      if (column > widest) widest = column;
+    }
+    while (cursor < end && IsBlank(*cursor)) ++cursor;
+    if (cursor == end) return false;
+    c = *cursor++;
+    if (c == notation.listSeparator) {
+      if (column >= kLastColumn) return false;
+      ++column;
+    } else if (c == notation.rowSeparator) {
+      if (row >= kLastRow) return false;
+      column = 0;
+      ++row;
+    } else if (c == '}') {
+      break;
+    } else {
+      return false;
+    }
+    token.column2 = widest;
+    token.row2 = row;
+  }
+  token.column2 = widest;
+  token.row2 = row;
+  return true;
+}
+
+}  // namespace kelpdex

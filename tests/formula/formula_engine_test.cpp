@@ -1,0 +1,249 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "format/number_text.h"
+#include "formula/formula_engine.h"
+#include "store/catalogue.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+namespace {
+
+// Two small functions stand in for the library: ARGC counts its arguments, SUM adds scalars.
+void Argc(FormulaEngine& e) {
+  int base = e.Operand(e.depth()).argumentBase;
+  int count = e.depth() - base;
+  for (int slot = e.depth() - 1; slot >= base; --slot) e.Release(e.Operand(slot));
+  e.SetDepth(base);
+  e.Operand(base) = FormulaValue::Number(count);
+}
+
+void Sum(FormulaEngine& e) {
+  int base = e.Operand(e.depth()).argumentBase;
+  double total = 0;
+  uint8_t error = 0;
+  for (int slot = e.depth() - 1; slot >= base; --slot) {
+    FormulaValue& v = e.Operand(slot);
+    e.CoerceToNumber(v);
+    error = LargerError(error, v.errorCode);
+    if (v.kind == kind::kNumber) total += v.number;
+    e.Release(v);
+  }
+  e.SetDepth(base);
+  e.Operand(base) = FormulaValue::Number(total, error);
+}
+
+const FunctionEntry kEntries[] = {{Argc, "ARGC("}, {Sum, "SUM("}};
+const FunctionTable kFunctions = {kEntries, 2};
+
+class FormulaTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(CreateTable(book_, "T"));
+    sheet_ = book_.FindTable("T");
+    fields_.resize(5);
+    const char* names[] = {"Price", "Name", "Qty", "Empty", "Price Net"};
+    uint8_t types[] = {kFieldNumber, kFieldText, kFieldNumber, kFieldNumber, kFieldNumber};
+    for (int i = 0; i < 5; ++i) {
+      fields_[i].name = names[i];
+      fields_[i].type = types[i];
+    }
+    uint8_t rec[64];
+    cell::EncodeNumber(rec, 0, 0, 12.5);
+    sheet_->cells.PutCell(rec);
+    cell::EncodeText(rec, 0, 1, "Bob");
+    sheet_->cells.PutCell(rec);
+    cell::EncodeNumber(rec, 0, 2, 4);
+    sheet_->cells.PutCell(rec);
+    engine_ = std::make_unique<FormulaEngine>(&book_, sheet_, &kFunctions);
+    engine_->SetFields(fields_.data(), static_cast<uint16_t>(fields_.size()));
+  }
+
+  std::string Eval(const std::string& formula) {
+    engine_->EvaluateFormula(formula, 0, 0);
+    return engine_->ResultDisplay();
+  }
+
+  Workbook book_;
+  Worksheet* sheet_ = nullptr;
+  std::vector<FormulaField> fields_;
+  std::unique_ptr<FormulaEngine> engine_;
+};
+
+struct Case {
+  const char* formula;
+  const char* shown;
+};
+
+// One row per case: the formula and what the grid would show for it.
+const Case kCases[] = {
+    // Precedence and associativity.
+    {"=2+3*4", "14"},
+    {"=(2+3)*4", "20"},
+    {"=2^3^2", "64"},
+    {"=-2^2", "4"},
+    {"=2^-1", "0.5"},
+    {"=1&2+3", "15"},
+    {"=1<2=1", "1"},
+    {"=5%", "0.05"},
+    {"=5%+1", "1.05"},
+    {"+7", "7"},
+    {"=+7", "#SYNTAX!"},
+    {"= 1 +\r\n 2", "3"},
+    // Syntax failures.
+    {"=", "#SYNTAX!"},
+    {"=1 2", "#SYNTAX!"},
+    {"=(1)2", "#SYNTAX!"},
+    {"=5%%", "#SYNTAX!"},
+    {"=--2", "#SYNTAX!"},
+    {"=1+*2", "#SYNTAX!"},
+    {"=SUM (1)", "#SYNTAX!"},
+    {"=1,2", "#SYNTAX!"},
+    {"=(1+2", "#SYNTAX!"},
+    {"=1+2)", "#SYNTAX!"},
+    {"='it''s'", "#SYNTAX!"},
+    {"=1\t+2", "#SYNTAX!"},
+    {"=TRUEX", "#SYNTAX!"},
+    // Literals.
+    {"=TRUE", "1"},
+    {"=false", "0"},
+    {"=#div/0!", "#DIV/0!"},
+    {"=Nosuchname", "#NAME?"},
+    {"='Nosuchname'", "Nosuchname"},
+    {"=\"say 'hi'\"", "say 'hi'"},
+    {"=1.5E3", "1500"},
+    {"=.25", "0.25"},
+    // Calls and omitted arguments.
+    {"=ARGC(1,,2)", "3"},
+    {"=ARGC(1,)", "2"},
+    {"=ARGC()", "0"},
+    {"=SUM(1,SUM(2,3),4)", "10"},
+    {"=SUM(1,\"x\")", "#NUM!"},
+    // Coercion and comparison.
+    {"=Empty+1", "1"},
+    {"=\"abc\"+1", "#NUM!"},
+    {"=\" 12 \"+1", "13"},
+    {"=\"a\"=\"A\"", "1"},
+    {"=\"ab\"<\"abc\"", "1"},
+    {"=1=\"1\"", "#VALUE!"},
+    {"=Empty=\"\"", "1"},
+    {"=Empty=0", "1"},
+    {"=Empty&\"x\"", "x"},
+    {"=Nosuchname&\"x\"", "#NAME?"},
+    // Number range.
+    {"=1/0", "#DIV/0!"},
+    {"=1E308*10", "#NUM!"},
+    {"=1E-307/1E10", "#NUM!"},
+    {"=(-8)^(1/3)", "#NUM!"},
+    {"=0^0", "1"},
+    {"=1E309", "#NUM!"},
+    // Fields of the current record.
+    {"=Price*Qty", "50"},
+    {"=price * qty", "50"},
+    {"=Name&\"!\"", "Bob!"},
+    {"=Price>=10", "1"},
+    {"=Price Net", "#SYNTAX!"},  // "Price" stands first and captures the name
+    // Arrays and broadcasting.
+    {"={1,2}+{1,2,3}", "#VALUE!"},
+    {"={1,2}+1", "2"},
+    {"={\"a\",2;3}", "a"},
+    {"={1,2", "#SYNTAX!"},
+    {"={1 2}", "#SYNTAX!"},
+    // Ranges and sheets.
+    {"=Price:Qty", "12.5"},
+    {"=Qty:Price", "#REF!"},
+    {"=\\system\\T!Price", "Field"},
+    {"=system\\T!Name", "Type"},
+    {"=nowhere!Price", "#NAME?"},
+    {"='[other.kpx]Sheet'!Price", "#REF!"},
+    {"=5!Price", "#VALUE!"},
+};
+
+TEST_F(FormulaTest, TableOfFormulas) {
+  for (const Case& c : kCases) {
+    EXPECT_EQ(Eval(c.formula), c.shown) << c.formula;
+  }
+}
+
+TEST_F(FormulaTest, ResultClasses) {
+  EXPECT_EQ(engine_->EvaluateFormula("=1+1", 0, 0), kind::kNumber);
+  EXPECT_EQ(engine_->EvaluateFormula("=\"a\"&\"b\"", 0, 0), kind::kString);
+  EXPECT_EQ(engine_->ResultText(), "ab");
+  EXPECT_EQ(engine_->EvaluateFormula("={1;2}", 0, 0), kind::kArray);
+  EXPECT_EQ(engine_->EvaluateFormula("plain text", 0, 0), 0);
+  EXPECT_EQ(engine_->EvaluateFormula("=1+", 0, 0), 0);
+  EXPECT_EQ(engine_->Result().errorCode, ferr::kSyntax);
+}
+
+TEST_F(FormulaTest, BroadcastingVisitsEveryPositionWithAScalar) {
+  ASSERT_EQ(engine_->EvaluateFormula("={1,,3;4}*2", 0, 0), kind::kArray);
+  const FormulaValue& v = engine_->Result();
+  EXPECT_EQ(v.column2, 2);
+  EXPECT_EQ(v.row2, 1u);
+  CellStore& cells = engine_->TopArray();
+  std::string shown;
+  CellCursor cursor;
+  while (CellRecord* r = cells.NextCell(cursor)) {
+    shown += std::to_string(cell::Row(r)) + std::to_string(cell::Column(r)) + "=" +
+             NumberToGeneral(cell::Number(r)) + " ";
+  }
+  // The gaps are visited too: an empty element counts as 0.
+  EXPECT_EQ(shown, "00=2 01=0 02=6 10=8 11=0 12=0 ");
+  // Two arrays alone: only where a cell exists.
+  ASSERT_EQ(engine_->EvaluateFormula("={1,,3}+{1,,1}", 0, 0), kind::kArray);
+  int count = 0;
+  CellCursor c2;
+  while (engine_->TopArray().NextCell(c2) != nullptr) ++count;
+  EXPECT_EQ(count, 2);
+}
+
+TEST_F(FormulaTest, LimitsOfStacksAndPool) {
+  std::string nested = "=" + std::string(20, '(') + "1" + std::string(20, ')');
+  EXPECT_EQ(Eval(nested), "1");
+  nested = "=" + std::string(50, '(') + "1" + std::string(50, ')');
+  EXPECT_EQ(Eval(nested), "#SYNTAX!");
+
+  std::string six(600, 'x');
+  EXPECT_EQ(Eval("=\"" + six + "\"&\"" + six + "\""), "#VALUE!");
+  EXPECT_EQ(Eval("=\"" + six + "\"&\"" + std::string(424, 'y') + "\""),
+            six + std::string(424, 'y'));
+
+  // The pool holds 3072 bytes: a fourth string of a thousand characters does not fit and becomes
+  // an error value, while the three before it count.
+  std::string padded = "\"1" + std::string(999, ' ') + "\"";
+  EXPECT_EQ(Eval("=SUM(" + padded + "," + padded + "," + padded + ")"), "3");
+  EXPECT_EQ(Eval("=SUM(" + padded + "," + padded + "," + padded + "," + padded + ")"), "#NAME?");
+  EXPECT_EQ(Eval("=ARGC(" + padded + "," + padded + "," + padded + "," + padded + ")"), "4");
+}
+
+TEST(NumberToGeneral, FifteenDigitsAndTheExponentForm) {
+  EXPECT_EQ(NumberToGeneral(1234567890.12345), "1234567890.12345");
+  EXPECT_EQ(NumberToGeneral(0.1 + 0.2), "0.3");
+  EXPECT_EQ(NumberToGeneral(-2.5), "-2.5");
+  EXPECT_EQ(NumberToGeneral(0), "0");
+  EXPECT_EQ(NumberToGeneral(1e15), "1e+15");
+  EXPECT_EQ(NumberToGeneral(1e-15), "1e-15");
+  EXPECT_EQ(NumberToGeneral(999999999999999.0), "999999999999999");
+  LocaleSettings comma = genericLocale;
+  comma.decimalSeparator = ',';
+  EXPECT_EQ(NumberToGeneral(2.5, &comma), "2,5");
+}
+
+TEST(ScanNumber, NotationAndMalformedForms) {
+  double x = 0;
+  EXPECT_EQ(ScanNumber("1,5;2", ',', false, x), 3u);
+  EXPECT_EQ(x, 1.5);
+  EXPECT_EQ(ScanNumber("2e", '.', false, x), 0u);
+  EXPECT_EQ(ScanNumber("..5", '.', false, x), 0u);
+  EXPECT_EQ(ScanNumber("-3", '.', true, x), 2u);
+  EXPECT_EQ(x, -3);
+  EXPECT_TRUE(TextToNumber("  12  ", '.', x));
+  EXPECT_FALSE(TextToNumber("12 a", '.', x));
+  EXPECT_EQ(ScanNumber("1e400", '.', false, x), 5u);
+  EXPECT_TRUE(IsBadNumber(x));
+}
+
+}  // namespace
+}  // namespace kelpdex
