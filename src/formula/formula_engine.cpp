@@ -121,6 +121,22 @@ void FormulaEngine::LoadReference(FormulaValue& value) {
   value.errorCode = LargerError(value.errorCode, nibble);
 }
 
+CellRecord* FormulaEngine::ReadCell(Worksheet* sheet, uint32_t row, uint16_t column) {
+  if (sheet == nullptr) return nullptr;
+  if (inPass_ && sheet == sheet_) return sheet->cells.GetCell(row, column, &passCursor_);
+  return sheet->cells.GetCellFast(row, column);
+}
+
+void FormulaEngine::StartPass() {
+  passCursor_.Clear();
+  inPass_ = true;
+}
+
+void FormulaEngine::EndPass() {
+  passCursor_.Clear();
+  inPass_ = false;
+}
+
 void FormulaEngine::Reset(uint16_t fieldIndex, uint32_t row) {
   depth_ = 0;
   operatorDepth_ = 0;

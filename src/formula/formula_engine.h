@@ -42,8 +42,10 @@ struct FormulaField {
 
 constexpr uint8_t kFieldText = 1;
 constexpr uint8_t kFieldNumber = 2;
-constexpr uint8_t kFieldCalculated = 1;
-constexpr uint8_t kFieldInProgress = 2;
+constexpr uint8_t kFieldCalculated = 0x10;
+constexpr uint8_t kFieldInProgress = 0x20;
+// Added to a field's flags when it turns out to be part of a circle of references.
+constexpr uint8_t kFieldCircular = 0xA0;
 
 class FormulaEngine {
  public:
@@ -70,6 +72,16 @@ class FormulaEngine {
   // Computes every calculated field of a record into its cell. False when a cell could not be
   // stored.
   bool RecalculateRow(uint32_t row);
+  // Recalculates the given records in ascending row order, after clearing the calculation marks
+  // of the sheet's formula cells. False (the caller reports out of memory) when a cell could not
+  // be stored.
+  bool RecalculateRows(const uint32_t* rows, size_t count);
+
+  // A pass: successive evaluations over ascending rows share one cursor into the sheet, so no read
+  // or write searches from the start. Between StartPass and EndPass the sheet must change only
+  // through this engine.
+  void StartPass();
+  void EndPass();
 
   // The result of EvaluateFormula.
   const FormulaValue& Result() const { return operands_[1]; }
@@ -148,7 +160,10 @@ class FormulaEngine {
   void CoerceText(FormulaValue& value, std::string_view text);
   bool ParseArrayLiteral(const char*& cursor, const char* end, bool fixedNotation,
                          FormulaValue& token);
-  bool StoreResultCell(const FormulaField& field, uint16_t fieldIndex, uint16_t resultKind);
+  bool StoreResultCell(const FormulaField& field, uint16_t fieldIndex, bool syntaxFailure);
+  // Evaluates one field's formula for the current row; false on a syntax failure.
+  bool EvaluateField(uint16_t fieldIndex);
+  CellRecord* ReadCell(Worksheet* sheet, uint32_t row, uint16_t column);
   void RangeToArray(FormulaValue& value);
 
   Workbook* workbook_;
@@ -178,6 +193,8 @@ class FormulaEngine {
   uint32_t pendingRow_ = 0;
   uint8_t pendingFlags_ = 0;
   Worksheet* pendingSheet_ = nullptr;
+  CellCursor passCursor_;
+  bool inPass_ = false;
 };
 
 }  // namespace kelpdex

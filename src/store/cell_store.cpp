@@ -151,6 +151,12 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
 
   if (off < b->used && KeyOf(b->data + off) == key) {
     uint32_t old = cell::Size(b->data + off);
+    if (old == size) {
+      // A replacement of the same size, the common case of recalculation, moves nothing.
+      std::memcpy(b->data + off, record, size);
+      LeaveCursor(cursor, b, off + size, key);
+      return true;
+    }
     // Secure the blocks a split may need before the old record goes, so that failure leaves
     // the cell as it was.
     if (b->used - old + size > kBlockPayload && !pool_.Reserve(size > kSplitOffset ? 2 : 1)) {

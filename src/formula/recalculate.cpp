@@ -1,0 +1,143 @@
+// Calculated fields: every formula field of a record computed into the record's cell.
+#include <algorithm>
+#include <vector>
+
+#include "core/locale_settings.h"
+#include "format/number_text.h"
+#include "formula/formula_engine.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+bool FormulaEngine::EvaluateField(uint16_t fieldIndex) {
+  const std::string& text = fields_[fieldIndex].formula;
+  Reset(fieldIndex, currentRow_);
+  if (text.empty() || (text[0] != '=' && text[0] != '+')) return false;
+  return RunDriver(text) != 0;
+}
+
+bool FormulaEngine::StoreResultCell(const FormulaField& field, uint16_t fieldIndex,
+                                    bool syntaxFailure) {
+  uint8_t record[kBlockPayload];
+  uint32_t row = currentRow_;
+  // The cell's kind follows the field, not the value.
+  if (field.type == kFieldText) {
+    uint8_t error = ferr::kNone;
+    char number[32];
+    std::string_view text;
+    if (syntaxFailure) {
+      error = ferr::kSyntax;
+    } else {
+      FormulaValue& v = operands_[1];
+      error = v.errorCode;
+      if (v.kind == kind::kArray) {
+        error = ferr::kValue;
+      } else if (error != 0) {
+        text = ErrorLiteral(error);
+      } else if (v.kind == kind::kString) {
+        text = TopString();
+      } else if (v.kind == kind::kNumber) {
+        text = std::string_view(number, NumberToGeneral(v.number, number));
+      }
+    }
+    if (text.size() > kBlockPayload - cell::kTextHeader) {
+      text = text.substr(0, kBlockPayload - cell::kTextHeader);
+    }
+    cell::EncodeText(record, row, fieldIndex, text, static_cast<uint8_t>(cell::kAuto | error));
+  } else {
+    double x = 0;
+    uint8_t error = ferr::kSyntax;
+    if (!syntaxFailure) {
+      FormulaValue& v = operands_[1];
+      error = v.errorCode;
+      if (v.kind == kind::kString && error == 0) {
+        CoerceText(v, TopString());
+        error = v.errorCode;
+      }
+      if (v.kind == kind::kNumber) x = v.number;
+    }
+    cell::EncodeNumber(record, row, fieldIndex, error == 0 ? x : 0,
+                       static_cast<uint8_t>(cell::kAuto | error));
+  }
+  bool stored =
+      inPass_ ? sheet_->cells.PutCell(record, &passCursor_) : sheet_->cells.PutCell(record);
+  return stored;
+}
+
+bool FormulaEngine::RecalculateRow(uint32_t row) {
+  if (fields_ == nullptr || sheet_ == nullptr) return true;
+  if (!inPass_) passCursor_.Clear();
+  for (uint16_t i = 0; i < fieldCount_; ++i) {
+    fields_[i].flags &= static_cast<uint8_t>(~(kFieldCalculated | kFieldInProgress | 0x80));
+    fields_[i].visits = 0;
+  }
+  currentRow_ = row;
+  // Fields wait for the fields whose unfinished cells they read; a small stack of waiting fields
+  // replaces recursion.
+  uint16_t waiting[kMaxFields];
+  for (uint16_t f = 0; f < fieldCount_; ++f) {
+    if (fields_[f].formula.empty() || (fields_[f].flags & kFieldCalculated)) continue;
+    int top = 0;
+    waiting[top++] = f;
+    while (top > 0) {
+      uint16_t g = waiting[top - 1];
+      FormulaField& field = fields_[g];
+      if (field.flags & kFieldCalculated) {
+        --top;
+        continue;
+      }
+      currentRow_ = row;
+      bool ok = EvaluateField(g);
+      uint16_t asked = pendingColumn_;
+      bool pending = ok && pendingFlags_ != 0 && pendingSheet_ == sheet_ && pendingRow_ == row &&
+                     asked < fieldCount_ && !fields_[asked].formula.empty() &&
+                     !(fields_[asked].flags & kFieldCalculated);
+      if (pending) {
+        field.link = asked;
+        field.flags |= kFieldInProgress;
+        FormulaField& other = fields_[asked];
+        if (++other.visits > 1 || (other.flags & kFieldInProgress)) {
+          // A circle: the field asked for keeps its cell as it is, and the one asking goes on
+          // with the value it read.
+          other.flags = static_cast<uint8_t>(other.flags | kFieldCalculated);
+          other.flags = static_cast<uint8_t>(other.flags + kFieldCircular);
+        } else {
+          if (top >= kMaxFields) return false;
+          waiting[top++] = asked;
+          continue;
+        }
+      }
+      if (!StoreResultCell(field, g, !ok)) return false;
+      field.flags = static_cast<uint8_t>((field.flags | kFieldCalculated) & ~kFieldInProgress);
+      --top;
+    }
+  }
+  return true;
+}
+
+bool FormulaEngine::RecalculateRows(const uint32_t* rows, size_t count) {
+  if (sheet_ == nullptr) return true;
+  // Formula cells lose their marks of the last calculation.
+  CellCursor scan;
+  while (CellRecord* r = sheet_->cells.NextCell(scan)) {
+    if (!cell::IsFormula(r)) continue;
+    uint8_t* bytes = cell::Bytes(r);
+    bytes[cell::kFlagsAt] &= static_cast<uint8_t>(~cell::kEvaluationMarks);
+    bytes[cell::kCalcStateAt] = 0;
+  }
+  sheet_->cells.InvalidateRowIndex();
+  std::vector<uint32_t> ordered(rows, rows + count);
+  std::sort(ordered.begin(), ordered.end());
+  StartPass();
+  bool ok = true;
+  for (uint32_t row : ordered) {
+    if (!RecalculateRow(row)) {
+      ok = false;
+      break;
+    }
+  }
+  EndPass();
+  return ok;
+}
+
+}  // namespace kelpdex
