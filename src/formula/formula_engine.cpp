@@ -63,7 +63,7 @@ CellStore* FormulaEngine::PushArray() {
   if (arrayCount_ >= kArraySlots) return nullptr;
   std::unique_ptr<CellStore>& slot = arrays_[arrayCount_];
   if (slot == nullptr) {
-    slot = std::make_unique<CellStore>();
+    slot = std::make_unique<CellStore>(&arrayBlocks_);
   } else {
     slot->Reset(false);  // its blocks wait in the slot's pool for the next array
   }

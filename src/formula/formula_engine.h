@@ -134,6 +134,12 @@ class FormulaEngine {
   uint16_t currentField() const { return currentField_; }
   const FunctionTable* functions() const { return functions_; }
 
+  // Converts a formula between the stored notation and the current one (toStored false: stored
+  // to shown). Names, operators and blanks stay as typed; numbers, separators, strings and array
+  // literals take the target's notation. False, with the text left alone, when the result would
+  // pass 1024 characters or the text is no formula.
+  bool RewriteFormula(std::string& text, bool toStored);
+
   // --- tokenizer -------------------------------------------------------------------------
   // Reads one token at `cursor` and advances past it. `fixedNotation` reads the stored notation.
   uint16_t NextToken(const char*& cursor, const char* end, FormulaValue& token, bool fixedNotation);
@@ -181,6 +187,8 @@ class FormulaEngine {
   uint16_t poolStarts_[kPoolStrings + 1];
   int stringCount_ = 0;
 
+  // One free list for every array slot: a result chain moves between slots.
+  BlockPool arrayBlocks_;
   std::unique_ptr<CellStore> arrays_[kArraySlots];
   int arrayCount_ = 0;
 

@@ -34,10 +34,11 @@ void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t 
 
 }  // namespace
 
-CellStore::CellStore() = default;
+CellStore::CellStore(BlockPool* sharedPool)
+    : pool_(sharedPool != nullptr ? sharedPool : &ownPool_) {}
 
 CellStore::~CellStore() {
-  pool_.GiveChain(head_, true);
+  pool_->GiveChain(head_, true);
   for (RowIndexEntry* page : rowIndexPages_) std::free(page);
 }
 
@@ -137,7 +138,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
   if (size > kBlockPayload) return false;
   uint64_t key = KeyOf(record);
   if (head_ == nullptr) {
-    RowBlock* block = pool_.Take();
+    RowBlock* block = pool_->Take();
     if (block == nullptr) return false;
     head_ = block;
     ++blockCount_;
@@ -159,7 +160,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     }
     // Secure the blocks a split may need before the old record goes, so that failure leaves
     // the cell as it was.
-    if (b->used - old + size > kBlockPayload && !pool_.Reserve(size > kSplitOffset ? 2 : 1)) {
+    if (b->used - old + size > kBlockPayload && !pool_->Reserve(size > kSplitOffset ? 2 : 1)) {
       return false;
     }
     std::memmove(b->data + off, b->data + off + old, b->used - off - old);
@@ -183,8 +184,8 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     uint32_t tail = b->used - off;
     bool intoFirst = off < kSplitOffset && off + size <= kBlockPayload;
     bool needThird = !intoFirst && size + tail > kBlockPayload && tail > 0;
-    if (!pool_.Reserve(needThird ? 2 : 1)) return false;
-    RowBlock* second = pool_.Take();
+    if (!pool_->Reserve(needThird ? 2 : 1)) return false;
+    RowBlock* second = pool_->Take();
     LinkAfter(second, b);
     ++blockCount_;
     freeBytes_ += kBlockPayload;
@@ -201,7 +202,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
       placedBlock = second;
       placedOffset = 0;
     } else {
-      RowBlock* third = pool_.Take();
+      RowBlock* third = pool_->Take();
       LinkAfter(third, second);
       ++blockCount_;
       freeBytes_ += kBlockPayload;
@@ -393,7 +394,7 @@ restart:
         uint32_t unused = kBlockPayload - b->used;
         if (freeBytes_ >= unused) freeBytes_ -= unused;
         Unlink(b);
-        pool_.Give(b, freeBlocks);
+        pool_->Give(b, freeBlocks);
         --blockCount_;
         DropRowIndex();
       }
@@ -442,12 +443,12 @@ void CellStore::Compact() {
   wb->next = nullptr;
   while (rest != nullptr) {
     RowBlock* next = rest->next;
-    pool_.Give(rest, pool_.count() >= kFreeListKeep);
+    pool_->Give(rest, pool_->count() >= kFreeListKeep);
     --blockCount_;
     rest = next;
   }
   if (head_->used == 0) {
-    pool_.Give(head_, pool_.count() >= kFreeListKeep);
+    pool_->Give(head_, pool_->count() >= kFreeListKeep);
     head_ = nullptr;
     blockCount_ = 0;
   }
@@ -569,7 +570,7 @@ void CellStore::DeleteColumn(uint16_t column) {
 }
 
 void CellStore::Reset(bool freeBlocks) {
-  pool_.GiveChain(head_, freeBlocks);
+  pool_->GiveChain(head_, freeBlocks);
   head_ = nullptr;
   blockCount_ = 0;
   freeBytes_ = 0;
@@ -588,7 +589,7 @@ RowBlock* CellStore::DetachChain(bool forget) {
 }
 
 void CellStore::AdoptChain(RowBlock* head) {
-  pool_.GiveChain(head_, false);
+  pool_->GiveChain(head_, false);
   head_ = head;
   blockCount_ = 0;
   freeBytes_ = 0;

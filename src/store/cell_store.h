@@ -35,7 +35,8 @@ class CellStore {
   // Spare blocks kept after a compaction; the rest go back to the heap.
   static constexpr uint32_t kFreeListKeep = 64;
 
-  CellStore();
+  // `sharedPool` lets several stores recycle one set of spare blocks; it must outlive them.
+  explicit CellStore(BlockPool* sharedPool = nullptr);
   ~CellStore();
   CellStore(const CellStore&) = delete;
   CellStore& operator=(const CellStore&) = delete;
@@ -107,9 +108,9 @@ class CellStore {
   bool BuildRowIndex(uint32_t firstRow, uint32_t lastRow);
 
   RowBlock* head() const { return head_; }
-  RowBlock* freeList() const { return pool_.list(); }
+  RowBlock* freeList() const { return pool_->list(); }
   uint32_t blockCount() const { return blockCount_; }
-  uint32_t freeBlockCount() const { return pool_.count(); }
+  uint32_t freeBlockCount() const { return pool_->count(); }
   uint32_t freeBytes() const { return freeBytes_; }
 
  private:
@@ -137,7 +138,8 @@ class CellStore {
   const uint8_t* LastRecord() const;
 
   RowBlock* head_ = nullptr;
-  BlockPool pool_;
+  BlockPool ownPool_;
+  BlockPool* pool_;
   // Bit 0: the page is exact (every entry is the first record of its row). Bit 1: every entry
   // is a live block of the chain at or before its row's records, which stays true across writes
   // because records only move forward into later blocks until a block is freed.

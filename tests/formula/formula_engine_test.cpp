@@ -247,3 +247,65 @@ TEST(ScanNumber, NotationAndMalformedForms) {
 
 }  // namespace
 }  // namespace kelpdex
+
+namespace kelpdex {
+namespace {
+
+class RewriteTest : public FormulaTest {
+ protected:
+  void TearDown() override { currentLocale = genericLocale; }
+  void UseCommaDecimal() {
+    currentLocale = genericLocale;
+    currentLocale.decimalSeparator = ',';
+    currentLocale.thousandSeparator = '.';
+    currentLocale.listSeparator = ';';
+    currentLocale.rowSeparator = '\\';
+  }
+  std::string Stored(std::string typed) {
+    EXPECT_TRUE(engine_->RewriteFormula(typed, true)) << typed;
+    return typed;
+  }
+  std::string Shown(std::string stored) {
+    EXPECT_TRUE(engine_->RewriteFormula(stored, false)) << stored;
+    return stored;
+  }
+};
+
+TEST_F(RewriteTest, CommaDecimalNotationBothWays) {
+  UseCommaDecimal();
+  EXPECT_EQ(Stored("=SUM(1,5;2)"), "=SUM(1.5,2)");
+  EXPECT_EQ(Shown("=SUM(1.5,2)"), "=SUM(1,5;2)");
+  EXPECT_EQ(Stored("={1,5;2\\3;\"a\"}"), "={1.5,2;3,\"a\"}");
+  EXPECT_EQ(Shown("={1.5,2;3,\"a\"}"), "={1,5;2\\3;\"a\"}");
+  // Names, functions, blanks and the case of what was typed survive; so do long literals.
+  EXPECT_EQ(Stored("= price *  Qty + sum(0,1234567890123456789)"),
+            "= price *  Qty + sum(0.1234567890123456789)");
+  EXPECT_EQ(Stored("=Name&'say \"x\"'&\"y\""), "=Name&'say \"x\"'&\"y\"");
+  EXPECT_EQ(Stored("+1,5E3"), "=1.5E3");
+}
+
+TEST_F(RewriteTest, RoundTripKeepsTheValue) {
+  UseCommaDecimal();
+  for (std::string typed : {"=ARGC(1;;2)", "=2^-1*3,25", "={1;2\\3;4}+1", "=Nosuchname&#N/A!"}) {
+    std::string stored = Stored(typed);
+    currentLocale = genericLocale;
+    std::string value = Eval(stored);
+    UseCommaDecimal();
+    EXPECT_EQ(Shown(stored), typed);
+    EXPECT_NE(value, "#SYNTAX!") << stored;
+  }
+}
+
+TEST_F(RewriteTest, TooLongOrNotAFormulaLeavesTheTextAlone) {
+  UseCommaDecimal();
+  std::string longer = "=" + std::string(1030, '1');
+  std::string copy = longer;
+  EXPECT_FALSE(engine_->RewriteFormula(copy, true));
+  EXPECT_EQ(copy, longer);
+  std::string plain = "1,5";
+  EXPECT_FALSE(engine_->RewriteFormula(plain, true));
+  EXPECT_EQ(plain, "1,5");
+}
+
+}  // namespace
+}  // namespace kelpdex
