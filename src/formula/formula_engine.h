@@ -16,7 +16,19 @@ namespace kelpdex {
 
 class FormulaEngine;
 class Workbook;
+class WorkbookNode;
 class Worksheet;
+
+// Opens another document for a formula that names it ("[file]path!reference"). The persistence
+// layer provides it; without one, such references answer "#REF!" as an unreadable file does.
+class ExternalDocuments {
+ public:
+  virtual ~ExternalDocuments() = default;
+  // The document `file` (relative names are taken from the open document's folder), with the
+  // native extensions tried in turn; nullptr when it cannot be read.
+  virtual std::unique_ptr<Workbook> Open(const std::string& file) = 0;
+};
+void SetExternalDocuments(ExternalDocuments* documents);
 
 // One built-in function: its handler and its upper-case name with "(" behind it.
 struct FunctionEntry {
@@ -158,6 +170,9 @@ class FormulaEngine {
   void ApplyRange();
   void ApplyIntersection();
   void ApplySheet();
+  // Reads a reference or range of another document into a value of this engine.
+  FormulaValue ReadExternal(const std::string& path, const FormulaValue& target);
+  FormulaValue ReadTarget(Workbook& book, WorkbookNode* node, const FormulaValue& target);
   void ApplyUnary(uint16_t op);
   // Loads the two operands of a binary operator and finds their texts; `owned` is how many pool
   // entries, all on top, belong to them.

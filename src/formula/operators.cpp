@@ -423,9 +423,7 @@ void FormulaEngine::ApplySheet() {
   FormulaValue target = b;
   --depth_;
   if (!path.empty() && path[0] == '[') {
-    // Another document: its reader is not part of this engine yet, which answers as an
-    // unreadable file does.
-    operands_[depth_] = FormulaValue::Empty(ferr::kRef);
+    operands_[depth_] = ReadExternal(path, target);
     return;
   }
   if (path.empty() || path[0] != '\\') {
@@ -434,14 +432,48 @@ void FormulaEngine::ApplySheet() {
     path = folder + "\\" + path;
   }
   WorkbookNode* node = workbook_ != nullptr ? workbook_->FindNode(path) : nullptr;
-  if (node == nullptr) {
-    operands_[depth_] = FormulaValue::Empty(ferr::kName);
-    return;
+  operands_[depth_] =
+      node != nullptr ? ReadTarget(*workbook_, node, target) : FormulaValue::Empty(ferr::kName);
+}
+
+namespace {
+ExternalDocuments* externalDocuments = nullptr;
+}  // namespace
+
+void SetExternalDocuments(ExternalDocuments* documents) {
+  externalDocuments = documents;
+}
+
+FormulaValue FormulaEngine::ReadExternal(const std::string& path, const FormulaValue& target) {
+  // "[file]path": the file name in brackets, trailing blanks cut; the sheet path behind it.
+  size_t close = path.find(']');
+  if (close == std::string::npos) return FormulaValue::Empty(ferr::kRef);
+  std::string file = path.substr(1, close - 1);
+  while (!file.empty() && file.back() == ' ') file.pop_back();
+  std::string sheetPath = path.substr(close + 1);
+  if (file.empty() || sheetPath.size() > 256 || externalDocuments == nullptr) {
+    return FormulaValue::Empty(ferr::kRef);
   }
+  std::string folder;
+  if (workbook_ != nullptr && sheet_ != nullptr) workbook_->PathOfNode(sheet_, folder, false);
+  std::unique_ptr<Workbook> other = externalDocuments->Open(file);
+  if (other == nullptr) return FormulaValue::Empty(ferr::kRef);
+  if (sheetPath.empty() || sheetPath[0] != '\\') sheetPath = folder + "\\" + sheetPath;
+  WorkbookNode* node = other->FindNode(sheetPath);
+  if (node == nullptr) return FormulaValue::Empty(ferr::kRef);
+  // The value is copied into this engine before the other document goes; nothing is cached.
+  FormulaValue value = ReadTarget(*other, node, target);
+  if (value.kind == kind::kReference) LoadReference(value);
+  if (value.kind == kind::kRangeReference) RangeToArray(value);
+  return value;
+}
+
+FormulaValue FormulaEngine::ReadTarget(Workbook& /*book*/, WorkbookNode* node,
+                                       const FormulaValue& target) {
   if (node->IsWorksheet()) {
-    target.sheet = static_cast<Worksheet*>(node);
-    operands_[depth_] = target;
-    return;
+    FormulaValue moved = target;
+    moved.sheet = static_cast<Worksheet*>(node);
+    return moved;
   }
   // A folder: the same cells of every worksheet directly inside it, stacked into one array.
   FormulaValue range = target;
@@ -451,10 +483,7 @@ void FormulaEngine::ApplySheet() {
   }
   uint32_t rows = ExtentRows(range);
   CellStore* cells = PushArray();
-  if (cells == nullptr) {
-    operands_[depth_] = FormulaValue::Empty(ferr::kMemory);
-    return;
-  }
+  if (cells == nullptr) return FormulaValue::Empty(ferr::kMemory);
   FormulaValue result;
   result.kind = kind::kArray;
   result.flags1 = result.flags2 = rflag::kAbsolute;
@@ -484,7 +513,7 @@ void FormulaEngine::ApplySheet() {
     stacked += rows;
   }
   result.row2 = stacked > 0 ? stacked - 1 : 0;
-  operands_[depth_] = result;
+  return result;
 }
 
 void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {

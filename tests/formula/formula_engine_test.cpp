@@ -309,3 +309,41 @@ TEST_F(RewriteTest, TooLongOrNotAFormulaLeavesTheTextAlone) {
 
 }  // namespace
 }  // namespace kelpdex
+
+namespace kelpdex {
+namespace {
+
+class OtherDocuments : public ExternalDocuments {
+ public:
+  std::unique_ptr<Workbook> Open(const std::string& file) override {
+    ++opened;
+    if (file != "other.kpx") return nullptr;
+    auto book = std::make_unique<Workbook>();
+    auto* sheet = new Worksheet("Sheet");
+    book->AttachNode(sheet, nullptr);
+    uint8_t rec[64];
+    cell::EncodeNumber(rec, 0, 0, 42);
+    sheet->cells.PutCell(rec);
+    cell::EncodeText(rec, 0, 1, "far");
+    sheet->cells.PutCell(rec);
+    return book;
+  }
+  int opened = 0;
+};
+
+TEST_F(FormulaTest, ReferencesIntoAnotherDocument) {
+  OtherDocuments documents;
+  SetExternalDocuments(&documents);
+  EXPECT_EQ(Eval("='[other.kpx]Sheet'!Price"), "42");
+  EXPECT_EQ(Eval("=\"[other.kpx  ]\\Sheet\"!Name&\"!\""), "far!");
+  EXPECT_EQ(Eval("='[other.kpx]Sheet'!Price:Name"), "42");  // a range comes back as an array
+  EXPECT_EQ(Eval("='[missing.kpx]Sheet'!Price"), "#REF!");
+  EXPECT_EQ(Eval("='[other.kpx]Nope'!Price"), "#REF!");
+  EXPECT_EQ(Eval("='[other.kpx]" + std::string(257, 'p') + "'!Price"), "#REF!");
+  EXPECT_EQ(documents.opened, 5);  // nothing is cached; an overlong path is refused unopened
+  SetExternalDocuments(nullptr);
+  EXPECT_EQ(Eval("='[other.kpx]Sheet'!Price"), "#REF!");
+}
+
+}  // namespace
+}  // namespace kelpdex
