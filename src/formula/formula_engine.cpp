@@ -42,7 +42,7 @@ bool FormulaEngine::PushString(std::string_view text) {
   size_t start = poolStarts_[stringCount_];
   // Each string keeps its terminator's byte, as the pool's budget counts them.
   if (start + text.size() + 1 > kPoolBytes) return false;
-  std::memcpy(pool_ + start, text.data(), text.size());
+  if (!text.empty()) std::memcpy(pool_ + start, text.data(), text.size());
   pool_[start + text.size()] = '\0';
   ++stringCount_;
   poolStarts_[stringCount_] = static_cast<uint16_t>(start + text.size() + 1);

@@ -272,8 +272,9 @@ void FormulaEngine::ApplyConcatenate() {
     if (left.size() + right.size() > kMaxConcatenation) {
       error = ferr::kValue;
     } else {
-      std::memcpy(joined, left.data(), left.size());
-      std::memcpy(joined + left.size(), right.data(), right.size());
+      // An empty view may carry no pointer at all, which memcpy must not be given.
+      if (!left.empty()) std::memcpy(joined, left.data(), left.size());
+      if (!right.empty()) std::memcpy(joined + left.size(), right.data(), right.size());
       length = left.size() + right.size();
     }
   }
@@ -556,7 +557,7 @@ void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {
     scalars[i] = operands_[base + i];
     if (!isArray[i] && scalars[i].kind == kind::kString) {
       std::string_view t = StringAt(firstString + s++);
-      std::memcpy(scalarText + used, t.data(), t.size());
+      if (!t.empty()) std::memcpy(scalarText + used, t.data(), t.size());
       textStart[i] = used;
       textLength[i] = t.size();
       used += t.size();
