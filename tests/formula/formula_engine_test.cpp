@@ -154,6 +154,9 @@ const Case kCases[] = {
     // Ranges and sheets.
     {"=Price:Qty", "12.5"},
     {"=Qty:Price", "#REF!"},
+    {"=Price:Qty_Name:Name", "Bob"},
+    {"=Price:Price_Qty:Qty", "#NULL!"},
+    {"=7_8", "7"},  // not two ranges: the right operand is dropped
     {"=\\system\\T!Price", "Field"},
     {"=system\\T!Name", "Type"},
     {"=nowhere!Price", "#NAME?"},
