@@ -88,8 +88,7 @@ void FormulaEngine::LoadReference(FormulaValue& value) {
     value = FormulaValue::Empty(error);
     return;
   }
-  CellRecord* r =
-      value.sheet != nullptr ? value.sheet->cells.GetCellFast(value.row, value.column) : nullptr;
+  CellRecord* r = ReadCell(value.sheet, value.row, value.column);
   if (r == nullptr) {
     value = FormulaValue::Empty();
     return;
@@ -123,18 +122,37 @@ void FormulaEngine::LoadReference(FormulaValue& value) {
 
 CellRecord* FormulaEngine::ReadCell(Worksheet* sheet, uint32_t row, uint16_t column) {
   if (sheet == nullptr) return nullptr;
-  if (inPass_ && sheet == sheet_) return sheet->cells.GetCell(row, column, &passCursor_);
-  return sheet->cells.GetCellFast(row, column);
+  if (!inPass_ || sheet != sheet_) return sheet->cells.GetCellFast(row, column);
+  CellRecord* r = sheet->cells.GetCell(row, column, &passCursor_);
+  if (r == nullptr && passNew_.head() != nullptr)
+    r = passNew_.GetCell(row, column, &passNewCursor_);
+  return r;
 }
 
 void FormulaEngine::StartPass() {
   passCursor_.Clear();
+  passNewCursor_.Clear();
   inPass_ = true;
 }
 
-void FormulaEngine::EndPass() {
+bool FormulaEngine::EndPass() {
+  bool ok = true;
+  if (passNew_.head() != nullptr && !sheet_->cells.MergeFrom(passNew_)) {
+    // Not enough memory for the sweep: the cells go in one by one, as far as they can.
+    CellCursor read;
+    CellCursor write;
+    while (CellRecord* r = passNew_.NextCell(read)) {
+      if (!sheet_->cells.PutCell(cell::Bytes(r), &write)) {
+        ok = false;
+        break;
+      }
+    }
+    passNew_.Reset(true);
+  }
   passCursor_.Clear();
+  passNewCursor_.Clear();
   inPass_ = false;
+  return ok;
 }
 
 void FormulaEngine::Reset(uint16_t fieldIndex, uint32_t row) {

@@ -93,7 +93,9 @@ class FormulaEngine {
   // or write searches from the start. Between StartPass and EndPass the sheet must change only
   // through this engine.
   void StartPass();
-  void EndPass();
+  // Ends a pass; results for cells that did not exist yet are merged into the sheet here. False
+  // when memory ran out doing so.
+  bool EndPass();
 
   // The result of EvaluateFormula.
   const FormulaValue& Result() const { return operands_[1]; }
@@ -218,6 +220,9 @@ class FormulaEngine {
   Worksheet* pendingSheet_ = nullptr;
   CellCursor passCursor_;
   bool inPass_ = false;
+  // New cells of a pass wait here, in order, and join the sheet in one sweep when it ends.
+  CellStore passNew_;
+  CellCursor passNewCursor_;
 };
 
 }  // namespace kelpdex

@@ -59,9 +59,14 @@ bool FormulaEngine::StoreResultCell(const FormulaField& field, uint16_t fieldInd
     cell::EncodeNumber(record, row, fieldIndex, error == 0 ? x : 0,
                        static_cast<uint8_t>(cell::kAuto | error));
   }
-  bool stored =
-      inPass_ ? sheet_->cells.PutCell(record, &passCursor_) : sheet_->cells.PutCell(record);
-  return stored;
+  if (!inPass_) return sheet_->cells.PutCell(record);
+  // In a pass, a cell that exists is replaced where it stands; a new one waits for the sweep.
+  CellCursor before = passCursor_;  // still in front of the cell, so the write scans forward
+  if (sheet_->cells.GetCell(row, fieldIndex, &passCursor_) != nullptr) {
+    passCursor_ = before;
+    return sheet_->cells.PutCell(record, &passCursor_);
+  }
+  return passNew_.PutCell(record, &passNewCursor_);
 }
 
 bool FormulaEngine::RecalculateRow(uint32_t row) {
@@ -136,8 +141,8 @@ bool FormulaEngine::RecalculateRows(const uint32_t* rows, size_t count) {
       break;
     }
   }
-  EndPass();
-  return ok;
+  bool merged = EndPass();
+  return ok && merged;
 }
 
 }  // namespace kelpdex

@@ -21,7 +21,10 @@ inline uint64_t FirstKey(const RowBlock* b) {
   return KeyOf(b->data);
 }
 
-void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t key) {
+// Leaves the cursor at `offset`, behind a record with `key` that begins at `found` (or
+// CellCursor::kNoRecord when only records below `key` stand before it).
+void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t key,
+                 uint32_t found) {
   if (cursor == nullptr) return;
   if ((cursor->flags & kCursorFollow) == 0) {
     cursor->Clear();
@@ -30,6 +33,7 @@ void LeaveCursor(CellCursor* cursor, RowBlock* block, uint32_t offset, uint64_t 
   cursor->block = block;
   cursor->offset = static_cast<uint16_t>(offset);
   cursor->key = key;
+  cursor->found = static_cast<uint16_t>(found);
 }
 
 }  // namespace
@@ -86,6 +90,7 @@ CellStore::Position CellStore::Locate(uint64_t key, const CellCursor* cursor) {
   uint32_t off = 0;
   if (cursor != nullptr && cursor->block != nullptr) {
     b = cursor->block;
+    if (cursor->key == key && cursor->found != CellCursor::kNoRecord) return {b, cursor->found};
     if (cursor->key < key) off = cursor->offset;
   } else if (head_ != nullptr) {
     b = HintBlock(static_cast<uint32_t>(key >> 16));
@@ -155,7 +160,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     if (old == size) {
       // A replacement of the same size, the common case of recalculation, moves nothing.
       std::memcpy(b->data + off, record, size);
-      LeaveCursor(cursor, b, off + size, key);
+      LeaveCursor(cursor, b, off + size, key, off);
       return true;
     }
     // Secure the blocks a split may need before the old record goes, so that failure leaves
@@ -219,14 +224,14 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
   }
   freeBytes_ -= std::min(size, freeBytes_);
   InvalidateFrom(row, furthest);
-  LeaveCursor(cursor, placedBlock, placedOffset + size, key);
+  LeaveCursor(cursor, placedBlock, placedOffset + size, key, placedOffset);
 
   uint32_t blocksBefore = blockCount_;
   MaybeCompact();
   if (blockCount_ != blocksBefore && cursor != nullptr) {
     // Compaction rewrote every record; find the one just written again.
     Position again = Locate(key, nullptr);
-    LeaveCursor(cursor, again.block, again.offset + size, key);
+    LeaveCursor(cursor, again.block, again.offset + size, key, again.offset);
   }
   return true;
 }
@@ -237,12 +242,12 @@ CellRecord* CellStore::GetCell(uint32_t row, uint16_t column, CellCursor* cursor
   Position pos = Locate(key, cursor);
   uint8_t* r = pos.block->data + pos.offset;
   if (pos.offset < pos.block->used && KeyOf(r) == key) {
-    LeaveCursor(cursor, pos.block, pos.offset + cell::Size(r), key);
+    LeaveCursor(cursor, pos.block, pos.offset + cell::Size(r), key, pos.offset);
     return cell::At(r);
   }
   // Every record before the position is below the key, which keeps the cursor useful for the
   // next lookup further on.
-  if (key > 0) LeaveCursor(cursor, pos.block, pos.offset, key - 1);
+  if (key > 0) LeaveCursor(cursor, pos.block, pos.offset, key - 1, CellCursor::kNoRecord);
   return nullptr;
 }
 
@@ -531,6 +536,101 @@ void CellStore::Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColu
       }
     }
   }
+}
+
+namespace {
+
+// A reading position in a chain that is consumed front to back.
+struct ChainReader {
+  RowBlock* block;
+  uint32_t offset;
+  bool Done() const { return block == nullptr; }
+  const uint8_t* Record() const { return block->data + offset; }
+  // Steps past the current record; returns the block just finished, if any.
+  RowBlock* Advance(uint32_t size) {
+    offset += size;
+    if (offset < block->used) return nullptr;
+    RowBlock* finished = block;
+    block = block->next;
+    offset = 0;
+    return finished;
+  }
+};
+
+}  // namespace
+
+bool CellStore::MergeFrom(CellStore& other) {
+  if (other.head_ == nullptr) return true;
+  // A dry run of sizes alone finds how far the writer can run ahead of the blocks the readers
+  // hand back, so that every block the merge needs is secured before anything changes.
+  int64_t ahead = 0;
+  {
+    ChainReader mine{head_, 0};
+    ChainReader theirs{other.head_, 0};
+    uint32_t fill = kBlockPayload;
+    int64_t written = 0;
+    int64_t freed = 0;
+    while (!mine.Done() || !theirs.Done()) {
+      bool takeTheirs =
+          mine.Done() || (!theirs.Done() && KeyOf(theirs.Record()) <= KeyOf(mine.Record()));
+      if (takeTheirs && !mine.Done() && KeyOf(theirs.Record()) == KeyOf(mine.Record())) {
+        freed += mine.Advance(cell::Size(mine.Record())) != nullptr;
+      }
+      ChainReader& from = takeTheirs ? theirs : mine;
+      uint32_t size = cell::Size(from.Record());
+      if (fill + size > kBlockPayload) {
+        ++written;
+        fill = 0;
+      }
+      fill += size;
+      freed += from.Advance(size) != nullptr;
+      ahead = std::max(ahead, written - freed);
+    }
+  }
+  if (!pool_->Reserve(static_cast<uint32_t>(ahead) + 1)) return false;
+
+  ChainReader mine{head_, 0};
+  ChainReader theirs{other.head_, 0};
+  RowBlock* newHead = nullptr;
+  RowBlock* write = nullptr;
+  uint32_t used = 0;
+  uint32_t blocks = 0;
+  while (!mine.Done() || !theirs.Done()) {
+    bool takeTheirs =
+        mine.Done() || (!theirs.Done() && KeyOf(theirs.Record()) <= KeyOf(mine.Record()));
+    if (takeTheirs && !mine.Done() && KeyOf(theirs.Record()) == KeyOf(mine.Record())) {
+      if (RowBlock* done = mine.Advance(cell::Size(mine.Record()))) pool_->Give(done, false);
+    }
+    ChainReader& from = takeTheirs ? theirs : mine;
+    uint32_t size = cell::Size(from.Record());
+    if (write == nullptr || used + size > kBlockPayload) {
+      RowBlock* fresh = pool_->Take();  // secured by the dry run
+      if (write != nullptr) {
+        write->used = static_cast<uint16_t>(used);
+        LinkAfter(fresh, write);
+      } else {
+        newHead = fresh;
+      }
+      write = fresh;
+      used = 0;
+      ++blocks;
+    }
+    std::memcpy(write->data + used, from.Record(), size);
+    used += size;
+    if (RowBlock* done = from.Advance(size)) pool_->Give(done, false);
+  }
+  write->used = static_cast<uint16_t>(used);
+  head_ = newHead;
+  blockCount_ = blocks;
+  // Like a compaction, the sweep leaves no waste behind.
+  freeBytes_ = 0;
+  DropRowIndex();
+  other.head_ = nullptr;
+  other.blockCount_ = 0;
+  other.freeBytes_ = 0;
+  other.DropRowIndex();
+  pool_->Trim(kFreeListKeep);
+  return true;
 }
 
 bool CellStore::CanInsertRows(uint32_t firstRow, uint32_t lastRow) const {

@@ -19,11 +19,16 @@ struct CellCursor {
   RowBlock* block = nullptr;  // nullptr: from the start
   uint16_t offset = 0;
   uint64_t key = 0;  // (row << 16) | column of the record before `offset`
+  // Where that record begins when the cursor stands right behind it, so that asking for the
+  // same cell again costs nothing; kNoRecord otherwise.
+  static constexpr uint16_t kNoRecord = 0xFFFF;
+  uint16_t found = kNoRecord;
 
   void Clear() {
     block = nullptr;
     offset = 0;
     key = 0;
+    found = kNoRecord;
   }
 };
 
@@ -72,6 +77,7 @@ class CellStore {
       cursor.block = b;
       cursor.offset = static_cast<uint16_t>(off + cell::Size(r));
       cursor.key = (static_cast<uint64_t>(cell::Row(r)) << 16) | cell::Column(r);
+      cursor.found = static_cast<uint16_t>(off);
     }
     return cell::At(r);
   }
@@ -85,6 +91,12 @@ class CellStore {
   // Copies the records of a rectangle into another store; false on out of memory.
   bool CopyRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow, uint32_t lastRow,
                  CellStore& target, CellCursor* cursor = nullptr);
+
+  // Moves every record of `other` into this store in one sweep, replacing cells with the same
+  // row and column; `other` is left empty. Costs one copy of both chains, where record-by-record
+  // insertion would shift block tails once per record. False on out of memory with both stores
+  // unchanged.
+  bool MergeFrom(CellStore& other);
 
   // Row and column renumbering. The records keep their order, so no block is rewritten.
   bool CanInsertRows(uint32_t firstRow, uint32_t lastRow) const;

@@ -62,6 +62,15 @@ bool BlockPool::Reserve(uint32_t count) {
   return true;
 }
 
+void BlockPool::Trim(uint32_t keep) {
+  while (count_ > keep) {
+    RowBlock* block = list_;
+    list_ = block->next;
+    --count_;
+    ReleaseBlock(block);
+  }
+}
+
 void SetBlockAllocationBudget(long count) {
   allocationBudget = count;
 }

@@ -38,6 +38,8 @@ class BlockPool {
   void GiveChain(RowBlock* head, bool toHeap);
   // Makes sure `count` spares wait, so that a later Take cannot fail.
   bool Reserve(uint32_t count);
+  // Returns spares beyond `keep` to the heap.
+  void Trim(uint32_t keep);
 
   RowBlock* list() const { return list_; }
   uint32_t count() const { return count_; }

@@ -162,6 +162,12 @@ TEST(CellStore, CursorsStayCorrectWhenMovedBackwards) {
   ASSERT_TRUE(PutText(store, 1999, 3, "late", &cursor));
   ASSERT_TRUE(PutText(store, 0, 0, "start", &cursor));
   EXPECT_EQ(TextAt(store, 5, 1), "early");
+  // Asking for the cell the cursor stands behind answers at once, and a write there replaces it.
+  CellRecord* again = store.GetCell(700, 2, &cursor);
+  EXPECT_EQ(store.GetCell(700, 2, &cursor), again);
+  ASSERT_TRUE(PutText(store, 700, 2, "a longer text than before", &cursor));
+  EXPECT_EQ(TextAt(store, 700, 2), "a longer text than before");
+  EXPECT_EQ(std::string(cell::Text(store.GetCell(700, 2, &cursor))), "a longer text than before");
   EXPECT_NE(store.GetCell(1999, 2, &cursor), nullptr);
   EXPECT_NE(store.GetCell(3, 2, &cursor), nullptr);
   CellCursor scan;
@@ -376,6 +382,59 @@ TEST(CellStore, RandomOperationsMatchAReferenceModel) {
     if (::testing::Test::HasFatalFailure()) {
       FAIL() << "after step " << step << " (op " << op << ")";
     }
+  }
+}
+
+}  // namespace
+}  // namespace kelpdex
+
+namespace kelpdex {
+namespace {
+
+TEST(CellStore, MergeFromMatchesAModelAndFailsCleanly) {
+  std::mt19937 rng(99);
+  for (int round = 0; round < 20; ++round) {
+    CellStore target;
+    CellStore incoming;
+    Model model;
+    Model theirs;
+    int mineCount = round == 0 ? 0 : 3000;
+    for (int i = 0; i < mineCount; ++i) {
+      uint32_t row = rng() % 2000;
+      uint16_t column = static_cast<uint16_t>(rng() % 6);
+      std::string text(rng() % (i % 50 == 0 ? 3000 : 40), 'm');
+      PutText(target, row, column, text);
+      model[{row, column}] = text;
+    }
+    for (int i = 0; i < 1500; ++i) {
+      uint32_t row = rng() % 2000;
+      uint16_t column = static_cast<uint16_t>(rng() % 8);
+      std::string text = "t" + std::to_string(i) + std::string(rng() % 30, 't');
+      PutText(incoming, row, column, text);
+      theirs[{row, column}] = text;
+    }
+    if (round == 1) {
+      // No block to be had: nothing changes on either side.
+      SetBlockAllocationBudget(0);
+      uint32_t spare = target.freeBlockCount();
+      bool merged = target.MergeFrom(incoming);
+      SetBlockAllocationBudget(-1);
+      if (!merged) {
+        ExpectMatchesModel(target, model);
+        ExpectMatchesModel(incoming, theirs);
+      } else {
+        EXPECT_GT(spare, 0u);  // the spares alone were enough
+      }
+    }
+    for (auto& [key, text] : theirs) model[key] = text;
+    ASSERT_TRUE(target.MergeFrom(incoming));
+    ExpectMatchesModel(target, model);
+    EXPECT_EQ(incoming.head(), nullptr);
+    EXPECT_EQ(incoming.GetCell(0, 0), nullptr);
+    // The merged store goes on working as usual.
+    ASSERT_TRUE(PutText(target, 5, 3, "after"));
+    model[{5, 3}] = "after";
+    ExpectMatchesModel(target, model);
   }
 }
 
