@@ -160,6 +160,7 @@ const Case kCases[] = {
     {"=\\system\\T!Price", "Field"},
     {"=system\\T!Name", "Type"},
     {"=nowhere!Price", "#NAME?"},
+    {"=system!Price:Name", "Field"},  // a folder stacks the range of every sheet inside it
     {"='[other.kpx]Sheet'!Price", "#REF!"},
     {"=5!Price", "#VALUE!"},
 };
