@@ -58,6 +58,8 @@ int FormulaEngine::LookupFunction(std::string_view text, size_t& length) const {
     std::string_view head = text.substr(0, name.size());
     int order = text::CompareNoCase(head, name);
     if (order == 0 && head.size() == name.size()) {
+      // A name whose family is not built yet is no function.
+      if (functions_->entries[mid].handler == nullptr) return -1;
       length = name.size();
       return mid;
     }

@@ -1,0 +1,119 @@
+#include "functions/arguments.h"
+
+#include <cmath>
+
+#include "core/locale_settings.h"
+#include "format/number_text.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+uint8_t GetNumberArg(FormulaEngine& engine, int slot, double& out, double min, double max) {
+  // Slots are read from the top down, so a string's text is the top of the pool here.
+  FormulaValue& v = engine.Operand(slot);
+  engine.CoerceToNumber(v);
+  if (v.errorCode != 0) return v.errorCode;
+  if (v.kind == kind::kArray || v.kind == kind::kRangeReference) {
+    engine.Release(v);
+    return v.errorCode = ferr::kValue;
+  }
+  if (v.kind == kind::kNumber) {
+    if (v.number < min || v.number > max) return v.errorCode = ferr::kNum;
+    out = v.number;
+  }
+  return 0;
+}
+
+uint8_t GetIntegerArg(FormulaEngine& engine, int slot, int32_t& out, int32_t min, int32_t max) {
+  double x = out;
+  uint8_t error = GetNumberArg(engine, slot, x);
+  if (error != 0) return error;
+  if (engine.Operand(slot).kind != kind::kNumber) return 0;  // empty: the default stands
+  double rounded = x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+  if (std::fabs(rounded) > 2147483647.0 || rounded < min || rounded > max) {
+    return engine.Operand(slot).errorCode = ferr::kNum;
+  }
+  out = static_cast<int32_t>(rounded);
+  return 0;
+}
+
+bool HasArguments(FormulaEngine& engine, int count) {
+  int base = engine.Operand(engine.depth()).argumentBase;
+  if (engine.depth() < base + count) {
+    engine.SetSyntaxError();
+    return false;
+  }
+  return true;
+}
+
+bool BroadcastArrays(FormulaEngine& engine, int count) {
+  int first = engine.depth() - count;
+  bool isArray[FormulaEngine::kStackSize] = {};
+  bool any = false;
+  for (int i = 0; i < count; ++i) {
+    isArray[i] = (engine.Operand(first + i).kind & kind::kArrayOrRange) != 0;
+    any |= isArray[i];
+  }
+  if (!any) return false;
+  engine.ApplyOverArray(isArray, first);
+  return true;
+}
+
+void SetNumberResult(FormulaEngine& engine, int slot, double value, uint8_t error) {
+  if (error == 0 && IsBadNumber(value)) error = ferr::kNum;
+  engine.Operand(slot) = FormulaValue::Number(error == 0 ? value : 0, error);
+  engine.SetDepth(slot);
+}
+
+uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void* context,
+                      void (*visit)(void* context, double value)) {
+  uint8_t error = 0;
+  for (int slot = engine.depth() - 1; slot >= base; --slot) {
+    FormulaValue& v = engine.Operand(slot);
+    if (v.kind == kind::kArray || v.kind == kind::kRangeReference) {
+      error = LargerError(error, v.errorCode);
+      bool isArray = v.kind == kind::kArray;
+      CellStore* cells =
+          isArray ? &engine.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
+      uint32_t row1 = isArray ? 0 : v.row1, row2 = isArray ? v.row2 : v.row2;
+      uint16_t column1 = isArray ? 0 : v.column1, column2 = v.column2;
+      if (cells != nullptr) {
+        CellCursor cursor;
+        CellRecord* r = cells->GetCell(row1, column1, &cursor);
+        if (r == nullptr) r = cells->NextCell(cursor);
+        for (; r != nullptr; r = cells->NextCell(cursor)) {
+          if (cell::Row(r) > row2) break;
+          uint16_t column = cell::Column(r);
+          if (column < column1 || column > column2) continue;
+          uint8_t nibble = cell::ErrorNibble(r);
+          if (nibble != 0) {
+            error = LargerError(error, nibble);
+            continue;
+          }
+          double x = 0;
+          if (cell::IsText(r)) {
+            if (cell::Text(r).empty() && skipEmptyCells) continue;
+            if (!TextToNumber(cell::Text(r), currentLocale.decimalSeparator, x) || IsBadNumber(x)) {
+              error = LargerError(error, ferr::kNum);
+              continue;
+            }
+          } else {
+            x = cell::IsNumber(r) ? cell::Number(r) : cell::CachedNumber(r);
+          }
+          visit(context, x);
+        }
+      }
+      engine.Release(v);
+      continue;
+    }
+    double x = 0;
+    uint8_t e = GetNumberArg(engine, slot, x);
+    error = LargerError(error, e);
+    bool present = engine.Operand(slot).kind == kind::kNumber;
+    engine.Release(engine.Operand(slot));
+    if (e == 0 && present) visit(context, x);
+  }
+  return error;
+}
+
+}  // namespace kelpdex

@@ -1,0 +1,26 @@
+// The built-in functions: one row per name a formula can call, with its handler.
+#pragma once
+
+#include <cstdint>
+
+#include "formula/formula_engine.h"
+
+namespace kelpdex {
+
+struct FunctionRow {
+  const char* name;  // upper case, with its "(" behind it
+  void (*handler)(FormulaEngine& engine);
+};
+
+constexpr uint16_t kFunctionRowCount = 358;
+
+// The rows in their declared order, which groups them by family. A null handler marks a family
+// that is not built yet; the tokenizer does not offer such a name.
+const FunctionRow* FunctionRows();
+// The rows sorted by the bytes of their names, done once, for the tokenizer's bisection.
+const FunctionTable& BuiltinFunctions();
+
+// The common handler of the names that are declared but not implemented: "#IMPL!".
+void ImplementedNotHandler(FormulaEngine& engine);
+
+}  // namespace kelpdex
