@@ -66,7 +66,7 @@ void SetNumberResult(FormulaEngine& engine, int slot, double value, uint8_t erro
 }
 
 uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void* context,
-                      void (*visit)(void* context, double value)) {
+                      void (*visit)(void* context, double value), uint8_t textError) {
   uint8_t error = 0;
   for (int slot = engine.depth() - 1; slot >= base; --slot) {
     FormulaValue& v = engine.Operand(slot);
@@ -94,7 +94,7 @@ uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void
           if (cell::IsText(r)) {
             if (cell::Text(r).empty() && skipEmptyCells) continue;
             if (!TextToNumber(cell::Text(r), currentLocale.decimalSeparator, x) || IsBadNumber(x)) {
-              error = LargerError(error, ferr::kNum);
+              error = LargerError(error, textError);
               continue;
             }
           } else {
@@ -108,6 +108,8 @@ uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void
     }
     double x = 0;
     uint8_t e = GetNumberArg(engine, slot, x);
+    // A scalar text that is no number takes the caller's code too.
+    if (e == ferr::kNum && engine.Operand(slot).kind == kind::kEmpty) e = textError;
     error = LargerError(error, e);
     bool present = engine.Operand(slot).kind == kind::kNumber;
     engine.Release(engine.Operand(slot));

@@ -29,7 +29,8 @@ void SetNumberResult(FormulaEngine& engine, int slot, double value, uint8_t erro
 // Visits the numbers of an aggregate's arguments, last to first as the stack releases them:
 // scalars through GetNumberArg, arrays and ranges cell by cell with a forward cursor. Returns the
 // largest error met.
+// Text cells that are no number give `textError`.
 uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void* context,
-                      void (*visit)(void* context, double value));
+                      void (*visit)(void* context, double value), uint8_t textError = ferr::kNum);
 
 }  // namespace kelpdex
