@@ -122,6 +122,8 @@ class FormulaEngine {
   // The array list: a stack of cell chains in step with the array operands.
   CellStore* PushArray();
   CellStore& TopArray() { return *arrays_[arrayCount_ - 1]; }
+  // The array `fromTop` places below the top one (0 is the top).
+  CellStore& ArrayBelowTop(int fromTop) { return *arrays_[arrayCount_ - 1 - fromTop]; }
   void PopArray();
   int arrayCount() const { return arrayCount_; }
 
