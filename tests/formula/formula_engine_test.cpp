@@ -7,6 +7,7 @@
 #include "formula/formula_engine.h"
 #include "store/catalogue.h"
 #include "store/workbook.h"
+#include "support/formula_sheet.h"
 
 namespace kelpdex {
 namespace {
@@ -41,35 +42,19 @@ const FunctionTable kFunctions = {kEntries, 2};
 class FormulaTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(CreateTable(book_, "T"));
-    sheet_ = book_.FindTable("T");
-    fields_.resize(5);
-    const char* names[] = {"Price", "Name", "Qty", "Empty", "Price Net"};
-    uint8_t types[] = {kFieldNumber, kFieldText, kFieldNumber, kFieldNumber, kFieldNumber};
-    for (int i = 0; i < 5; ++i) {
-      fields_[i].name = names[i];
-      fields_[i].type = types[i];
-    }
-    uint8_t rec[64];
-    cell::EncodeNumber(rec, 0, 0, 12.5);
-    sheet_->cells.PutCell(rec);
-    cell::EncodeText(rec, 0, 1, "Bob");
-    sheet_->cells.PutCell(rec);
-    cell::EncodeNumber(rec, 0, 2, 4);
-    sheet_->cells.PutCell(rec);
-    engine_ = std::make_unique<FormulaEngine>(&book_, sheet_, &kFunctions);
-    engine_->SetFields(fields_.data(), static_cast<uint16_t>(fields_.size()));
+    t_.PutNumber(0, 0, 12.5);
+    t_.PutText(0, 1, "Bob");
+    t_.PutNumber(0, 2, 4);
   }
+  std::string Eval(const std::string& formula) { return t_.Eval(formula); }
 
-  std::string Eval(const std::string& formula) {
-    engine_->EvaluateFormula(formula, 0, 0);
-    return engine_->ResultDisplay();
-  }
-
-  Workbook book_;
-  Worksheet* sheet_ = nullptr;
-  std::vector<FormulaField> fields_;
-  std::unique_ptr<FormulaEngine> engine_;
+  testing::FormulaSheet t_{{{"Price", kFieldNumber},
+                            {"Name", kFieldText},
+                            {"Qty", kFieldNumber},
+                            {"Empty", kFieldNumber},
+                            {"Price Net", kFieldNumber}},
+                           &kFunctions};
+  std::unique_ptr<FormulaEngine>& engine_ = t_.engine;
 };
 
 struct Case {

@@ -6,6 +6,7 @@
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
 #include "store/workbook.h"
+#include "support/formula_sheet.h"
 
 namespace kelpdex {
 namespace {
@@ -13,33 +14,14 @@ namespace {
 class LogicalTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    sheet_ = new Worksheet("T");
-    book_.AttachNode(sheet_, nullptr);
-    const char* names[] = {"Num", "Text", "Blank", "Empty"};
-    uint8_t types[] = {kFieldNumber, kFieldText, kFieldText, kFieldNumber};
-    fields_.resize(4);
-    for (int i = 0; i < 4; ++i) {
-      fields_[i].name = names[i];
-      fields_[i].type = types[i];
-    }
-    uint8_t rec[32];
-    cell::EncodeNumber(rec, 0, 0, 3);
-    sheet_->cells.PutCell(rec);
-    cell::EncodeText(rec, 0, 1, "abc");
-    sheet_->cells.PutCell(rec);
-    cell::EncodeText(rec, 0, 2, "");
-    sheet_->cells.PutCell(rec);
-    engine_ = std::make_unique<FormulaEngine>(&book_, sheet_, &BuiltinFunctions());
-    engine_->SetFields(fields_.data(), 4);
+    t_.PutNumber(0, 0, 3);
+    t_.PutText(0, 1, "abc");
+    t_.PutText(0, 2, "");
   }
-  std::string Eval(const std::string& formula) {
-    engine_->EvaluateFormula(formula, 0, 0);
-    return engine_->ResultDisplay();
-  }
-  Workbook book_;
-  Worksheet* sheet_ = nullptr;
-  std::vector<FormulaField> fields_;
-  std::unique_ptr<FormulaEngine> engine_;
+  std::string Eval(const std::string& formula) { return t_.Eval(formula); }
+  testing::FormulaSheet t_{
+      {{"Num", kFieldNumber}, {"Text", kFieldText}, {"Blank", kFieldText}, {"Empty", kFieldNumber}},
+      &BuiltinFunctions()};
 };
 
 struct Case {

@@ -10,6 +10,7 @@
 #include "functions/function_table.h"
 #include "functions/random.h"
 #include "store/workbook.h"
+#include "support/formula_sheet.h"
 
 namespace kelpdex {
 namespace {
@@ -48,30 +49,12 @@ TEST(FunctionTable, RowsSortedOnceAndFoundByBisection) {
 class MathTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    sheet_ = new Worksheet("T");
-    book_.AttachNode(sheet_, nullptr);
-    fields_.resize(3);
-    const char* names[] = {"A", "B", "C"};
-    for (int i = 0; i < 3; ++i) {
-      fields_[i].name = names[i];
-      fields_[i].type = kFieldNumber;
-    }
-    uint8_t rec[32];
-    cell::EncodeNumber(rec, 0, 0, 2);
-    sheet_->cells.PutCell(rec);
-    cell::EncodeNumber(rec, 0, 2, 5);
-    sheet_->cells.PutCell(rec);
-    engine_ = std::make_unique<FormulaEngine>(&book_, sheet_, &BuiltinFunctions());
-    engine_->SetFields(fields_.data(), 3);
+    t_.PutNumber(0, 0, 2);
+    t_.PutNumber(0, 2, 5);
   }
-  std::string Eval(const std::string& formula) {
-    engine_->EvaluateFormula(formula, 0, 0);
-    return engine_->ResultDisplay();
-  }
-  Workbook book_;
-  Worksheet* sheet_ = nullptr;
-  std::vector<FormulaField> fields_;
-  std::unique_ptr<FormulaEngine> engine_;
+  std::string Eval(const std::string& formula) { return t_.Eval(formula); }
+  testing::FormulaSheet t_{{{"A", kFieldNumber}, {"B", kFieldNumber}, {"C", kFieldNumber}},
+                           &BuiltinFunctions()};
 };
 
 struct Case {
