@@ -4,6 +4,7 @@
 
 #include "core/locale_settings.h"
 #include "format/number_text.h"
+#include "store/range_cursor.h"
 #include "store/workbook.h"
 
 namespace kelpdex {
@@ -281,22 +282,9 @@ void FormulaEngine::RangeToArray(FormulaValue& value) {
     return;
   }
   if (sheet != nullptr) {
-    CellCursor read;
+    RangeCursor read(&sheet->cells, value.row1, value.row2, value.column1, value.column2);
     CellCursor write;
-    uint8_t record[kBlockPayload];
-    CellRecord* r = sheet->cells.GetCell(value.row1, value.column1, &read);
-    if (r == nullptr) r = sheet->cells.NextCell(read);
-    for (; r != nullptr; r = sheet->cells.NextCell(read)) {
-      uint32_t row = cell::Row(r);
-      uint16_t column = cell::Column(r);
-      if (row > value.row2) break;
-      if (column < value.column1 || column > value.column2) continue;
-      uint32_t size = cell::Size(r);
-      std::memcpy(record, cell::Bytes(r), size);
-      cell::SetRow(record, row - value.row1);
-      cell::SetColumn(record, static_cast<uint16_t>(column - value.column1));
-      if (!cells->PutCell(record, &write)) result.errorCode = ferr::kMemory;
-    }
+    if (!CopyRebased(read, *cells, write, 0)) result.errorCode = ferr::kMemory;
   }
   value = result;
 }

@@ -6,6 +6,7 @@
 #include "core/locale_settings.h"
 #include "format/number_text.h"
 #include "formula/formula_engine.h"
+#include "store/range_cursor.h"
 #include "store/workbook.h"
 #include "text/code_page.h"
 
@@ -26,51 +27,6 @@ uint32_t ExtentColumns(const FormulaValue& v) {
 uint32_t ExtentRows(const FormulaValue& v) {
   return v.row2 - v.row1 + 1;
 }
-
-// Reads the cells of an array or range operand in row-major order, visiting only cells that
-// exist, and reports them relative to the operand's first corner.
-struct ElementCursor {
-  CellStore* store = nullptr;
-  uint32_t row1 = 0, row2 = 0;
-  uint16_t column1 = 0, column2 = 0;
-  CellCursor cursor;
-  CellRecord* current = nullptr;
-  bool started = false;
-
-  void Advance() {
-    CellRecord* r = nullptr;
-    if (!started) {
-      started = true;
-      r = store->GetCell(row1, column1, &cursor);
-      if (r == nullptr) r = store->NextCell(cursor);
-    } else {
-      r = store->NextCell(cursor);
-    }
-    while (r != nullptr) {
-      uint32_t row = cell::Row(r);
-      uint16_t column = cell::Column(r);
-      if (row > row2) {
-        r = nullptr;
-        break;
-      }
-      if (row >= row1 && column >= column1 && column <= column2) break;
-      // Outside the columns: jump forward instead of walking the rest of the row.
-      if (column < column1) {
-        r = store->GetCell(row, column1, &cursor);
-      } else {
-        r = row + 1 > row2 ? nullptr : store->GetCell(row + 1, column1, &cursor);
-      }
-      if (r == nullptr && (column < column1 || row + 1 <= row2)) r = store->NextCell(cursor);
-    }
-    current = r;
-  }
-  // The position of the current cell, relative; false when done.
-  bool Position(uint64_t& key) const {
-    if (current == nullptr) return false;
-    key = (uint64_t(cell::Row(current) - row1) << 16) | (cell::Column(current) - column1);
-    return true;
-  }
-};
 
 }  // namespace
 
@@ -490,7 +446,6 @@ FormulaValue FormulaEngine::ReadTarget(Workbook& /*book*/, WorkbookNode* node,
   result.flags1 = result.flags2 = rflag::kAbsolute;
   result.column2 = static_cast<uint16_t>(ExtentColumns(range) - 1);
   CellCursor write;
-  uint8_t record[kBlockPayload];
   uint32_t stacked = 0;
   for (WorkbookNode* n = node->next; n != nullptr && n->level > node->level; n = n->next) {
     if (n->level != node->level + 1 || !n->IsWorksheet()) continue;
@@ -498,19 +453,9 @@ FormulaValue FormulaEngine::ReadTarget(Workbook& /*book*/, WorkbookNode* node,
       result.errorCode = ferr::kRef;
       break;
     }
-    ElementCursor read;
-    read.store = &static_cast<Worksheet*>(n)->cells;
-    read.row1 = range.row1;
-    read.row2 = range.row2;
-    read.column1 = range.column1;
-    read.column2 = range.column2;
-    for (read.Advance(); read.current != nullptr; read.Advance()) {
-      uint32_t size = cell::Size(read.current);
-      std::memcpy(record, cell::Bytes(read.current), size);
-      cell::SetRow(record, cell::Row(read.current) - range.row1 + stacked);
-      cell::SetColumn(record, static_cast<uint16_t>(cell::Column(read.current) - range.column1));
-      if (!cells->PutCell(record, &write)) result.errorCode = ferr::kMemory;
-    }
+    RangeCursor read(&static_cast<Worksheet*>(n)->cells, range.row1, range.row2, range.column1,
+                     range.column2);
+    if (!CopyRebased(read, *cells, write, stacked)) result.errorCode = ferr::kMemory;
     stacked += rows;
   }
   result.row2 = stacked > 0 ? stacked - 1 : 0;
@@ -566,26 +511,20 @@ void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {
   for (int i = 0; i < stringsOwned; ++i) PopString();
 
   // A cursor on each array or range; arrays are the top entries of the array list, in order.
-  ElementCursor cursors[kStackSize];
+  RangeCursor cursors[kStackSize];
   int arraysOwned = 0;
   for (int i = 0; i < count; ++i) arraysOwned += operands_[base + i].kind == kind::kArray;
   int firstArray = arrayCount_ - arraysOwned;
   for (int i = 0, k = 0; i < count; ++i) {
     if (!isArray[i]) continue;
     const FormulaValue& v = operands_[base + i];
-    ElementCursor& c = cursors[i];
-    if (v.kind == kind::kArray) {
-      c.store = arrays_[firstArray + k++].get();
-      c.row1 = 0;
-      c.column1 = 0;
-    } else {
-      c.store = v.sheet != nullptr ? &v.sheet->cells : nullptr;
-      c.row1 = v.row1;
-      c.column1 = v.column1;
-    }
-    c.row2 = c.row1 + rows - 1;
-    c.column2 = static_cast<uint16_t>(c.column1 + columns - 1);
-    if (c.store != nullptr) c.Advance();
+    CellStore* store = v.kind == kind::kArray ? arrays_[firstArray + k++].get()
+                                              : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
+    uint32_t row1 = v.kind == kind::kArray ? 0 : v.row1;
+    uint16_t column1 = v.kind == kind::kArray ? 0 : v.column1;
+    cursors[i].Open(store, row1, row1 + rows - 1, column1,
+                    static_cast<uint16_t>(column1 + columns - 1));
+    cursors[i].Next();
   }
 
   CellStore* out = PushArray();
@@ -601,8 +540,7 @@ void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {
       uint64_t smallest = 0;
       for (int i = 0; i < count; ++i) {
         uint64_t key;
-        if (isArray[i] && cursors[i].store != nullptr && cursors[i].Position(key) &&
-            (!found || key < smallest)) {
+        if (isArray[i] && cursors[i].Position(key) && (!found || key < smallest)) {
           smallest = key;
           found = true;
         }
@@ -622,8 +560,8 @@ void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {
             !PushString(std::string_view(scalarText + textStart[i], textLength[i]))) {
           element = FormulaValue::Empty(ferr::kValue);
         }
-      } else if (cursors[i].store != nullptr && cursors[i].Position(key) && key == position) {
-        CellRecord* r = cursors[i].current;
+      } else if (cursors[i].Position(key) && key == position) {
+        CellRecord* r = cursors[i].current();
         if (cell::IsText(r)) {
           element.kind = PushString(cell::Text(r)) ? kind::kString : kind::kEmpty;
           element.errorCode = element.kind == kind::kString ? 0 : ferr::kValue;
@@ -632,7 +570,7 @@ void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {
               FormulaValue::Number(cell::IsNumber(r) ? cell::Number(r) : cell::CachedNumber(r), 0);
         }
         element.errorCode = LargerError(element.errorCode, cell::ErrorNibble(r));
-        cursors[i].Advance();
+        cursors[i].Next();
       } else {
         element = FormulaValue::Empty();
       }

@@ -6,6 +6,7 @@
 #include "functions/arguments.h"
 #include "functions/criteria.h"
 #include "functions/random.h"
+#include "store/range_cursor.h"
 #include "store/workbook.h"
 
 namespace kelpdex::fn {
@@ -20,6 +21,12 @@ struct Grid {
   uint32_t rows = 0;
   uint16_t columns = 0;
   CellCursor cursor;
+
+  // All the cells of the rectangle, in order.
+  RangeCursor Cells() {
+    return RangeCursor(store, row1, row1 + rows - 1, column1,
+                       static_cast<uint16_t>(column1 + columns - 1));
+  }
 
   // The number at a relative position, read forward; false for no number there.
   bool NumberAt(uint32_t row, uint16_t column, double& x, uint8_t& error) {
@@ -259,16 +266,10 @@ void CountIf(FormulaEngine& e) {
   e.SetDepth(base + 1);
   Grid grid;
   double count = 0;
-  if (GridOf(e, base, 0, grid) && grid.store != nullptr) {
-    CellCursor cursor;
-    CellRecord* r = grid.store->GetCell(grid.row1, grid.column1, &cursor);
-    if (r == nullptr) r = grid.store->NextCell(cursor);
-    for (; r != nullptr && cell::Row(r) < grid.row1 + grid.rows; r = grid.store->NextCell(cursor)) {
-      uint16_t column = cell::Column(r);
-      if (column < grid.column1 || column >= grid.column1 + grid.columns) continue;
-      count += criteria.Matches(r);
-    }
-  } else if (!GridOf(e, base, 0, grid)) {
+  if (GridOf(e, base, 0, grid)) {
+    RangeCursor read = grid.Cells();
+    while (CellRecord* r = read.Next()) count += criteria.Matches(r);
+  } else {
     error = ferr::kValue;
   }
   e.Release(e.Operand(base));
@@ -301,16 +302,12 @@ void SumIf(FormulaEngine& e) {
   double total = 0;
   if (!GridOf(e, base, sumsOnTopAreArray ? 1 : 0, search) || (count == 3 && !separateSums)) {
     error = ferr::kValue;
-  } else if (search.store != nullptr) {
+  } else {
     Grid& from = separateSums ? sums : search;
-    CellCursor cursor;
-    CellRecord* r = search.store->GetCell(search.row1, search.column1, &cursor);
-    if (r == nullptr) r = search.store->NextCell(cursor);
-    for (; r != nullptr && cell::Row(r) < search.row1 + search.rows;
-         r = search.store->NextCell(cursor)) {
-      uint16_t column = cell::Column(r);
-      if (column < search.column1 || column >= search.column1 + search.columns) continue;
+    RangeCursor read = search.Cells();
+    while (CellRecord* r = read.Next()) {
       if (!criteria.Matches(r)) continue;
+      uint16_t column = cell::Column(r);
       double x = 0;
       if (from.NumberAt(cell::Row(r) - search.row1, static_cast<uint16_t>(column - search.column1),
                         x, error)) {

@@ -4,6 +4,7 @@
 
 #include "core/locale_settings.h"
 #include "format/number_text.h"
+#include "store/range_cursor.h"
 #include "store/workbook.h"
 
 namespace kelpdex {
@@ -29,7 +30,7 @@ uint8_t GetIntegerArg(FormulaEngine& engine, int slot, int32_t& out, int32_t min
   uint8_t error = GetNumberArg(engine, slot, x);
   if (error != 0) return error;
   if (engine.Operand(slot).kind != kind::kNumber) return 0;  // empty: the default stands
-  double rounded = x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+  double rounded = RoundHalfAway(x);
   if (std::fabs(rounded) > 2147483647.0 || rounded < min || rounded > max) {
     return engine.Operand(slot).errorCode = ferr::kNum;
   }
@@ -77,31 +78,24 @@ uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void
           isArray ? &engine.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
       uint32_t row1 = isArray ? 0 : v.row1, row2 = isArray ? v.row2 : v.row2;
       uint16_t column1 = isArray ? 0 : v.column1, column2 = v.column2;
-      if (cells != nullptr) {
-        CellCursor cursor;
-        CellRecord* r = cells->GetCell(row1, column1, &cursor);
-        if (r == nullptr) r = cells->NextCell(cursor);
-        for (; r != nullptr; r = cells->NextCell(cursor)) {
-          if (cell::Row(r) > row2) break;
-          uint16_t column = cell::Column(r);
-          if (column < column1 || column > column2) continue;
-          uint8_t nibble = cell::ErrorNibble(r);
-          if (nibble != 0) {
-            error = LargerError(error, nibble);
+      RangeCursor read(cells, row1, row2, column1, column2);
+      while (CellRecord* r = read.Next()) {
+        uint8_t nibble = cell::ErrorNibble(r);
+        if (nibble != 0) {
+          error = LargerError(error, nibble);
+          continue;
+        }
+        double x = 0;
+        if (cell::IsText(r)) {
+          if (cell::Text(r).empty() && skipEmptyCells) continue;
+          if (!TextToNumber(cell::Text(r), currentLocale.decimalSeparator, x) || IsBadNumber(x)) {
+            error = LargerError(error, textError);
             continue;
           }
-          double x = 0;
-          if (cell::IsText(r)) {
-            if (cell::Text(r).empty() && skipEmptyCells) continue;
-            if (!TextToNumber(cell::Text(r), currentLocale.decimalSeparator, x) || IsBadNumber(x)) {
-              error = LargerError(error, textError);
-              continue;
-            }
-          } else {
-            x = cell::IsNumber(r) ? cell::Number(r) : cell::CachedNumber(r);
-          }
-          visit(context, x);
+        } else {
+          x = cell::IsNumber(r) ? cell::Number(r) : cell::CachedNumber(r);
         }
+        visit(context, x);
       }
       engine.Release(v);
       continue;

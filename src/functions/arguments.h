@@ -2,6 +2,7 @@
 // returns the slot's error code (0 for none).
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "formula/formula_engine.h"
@@ -17,6 +18,11 @@ uint8_t GetNumberArg(FormulaEngine& engine, int slot, double& out, double min = 
 // The same, rounded half away from zero to a whole number within [min, max].
 uint8_t GetIntegerArg(FormulaEngine& engine, int slot, int32_t& out, int32_t min = 0,
                       int32_t max = 0x7FFFFFFF);
+
+// Rounds half away from zero, the rounding of every whole-number argument.
+inline double RoundHalfAway(double x) {
+  return x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+}
 
 // Too few arguments stop the formula with "#SYNTAX!"; returns true when there are enough.
 bool HasArguments(FormulaEngine& engine, int count);

@@ -7,6 +7,7 @@
 #include "core/locale_settings.h"
 #include "format/number_text.h"
 #include "functions/arguments.h"
+#include "store/range_cursor.h"
 #include "store/workbook.h"
 
 namespace kelpdex::fn {
@@ -23,7 +24,7 @@ struct Truth {
 
 void VisitTruth(void* context, double x) {
   auto* t = static_cast<Truth*>(context);
-  double rounded = x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+  double rounded = RoundHalfAway(x);
   if (rounded < 0) {
     t->error = LargerError(t->error, ferr::kValue);
     return;
@@ -80,7 +81,7 @@ void RunParity(FormulaEngine& e, bool wantEven) {
   int slot = e.depth() - 1;
   double x = 0;
   uint8_t error = GetNumberArg(e, slot, x);
-  double rounded = x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+  double rounded = RoundHalfAway(x);
   bool even = std::fmod(rounded, 2) == 0;
   SetNumberResult(e, slot, even == wantEven ? 1 : 0, error);
 }
@@ -99,7 +100,7 @@ void Not(FormulaEngine& e) {
   int slot = e.depth() - 1;
   double x = 0;
   uint8_t error = GetNumberArg(e, slot, x);
-  double rounded = x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+  double rounded = RoundHalfAway(x);
   if (error == 0 && rounded < 0) error = ferr::kValue;
   SetNumberResult(e, slot, rounded == 0 ? 1 : 0, error);
 }
@@ -150,7 +151,7 @@ void If(FormulaEngine& e) {
   }
   uint8_t error = test.errorCode;
   double x = test.kind == kind::kNumber ? test.number : 0;
-  double rounded = x >= 0 ? std::trunc(x + 0.5) : std::trunc(x - 0.5);
+  double rounded = RoundHalfAway(x);
   if (error == 0 && (rounded < 0 || rounded > 2147483647.0)) error = ferr::kNum;
   bool pickA = rounded > 0;
   FormulaValue chosen = pickA ? a : b;
@@ -206,16 +207,8 @@ void CountBlank(FormulaEngine& e) {
       // Every position of the rectangle, less the cells that hold something.
       double positions = double(row2 - row1 + 1) * double(column2 - column1 + 1);
       double filled = 0;
-      if (cells != nullptr) {
-        CellCursor cursor;
-        CellRecord* r = cells->GetCell(row1, column1, &cursor);
-        if (r == nullptr) r = cells->NextCell(cursor);
-        for (; r != nullptr && cell::Row(r) <= row2; r = cells->NextCell(cursor)) {
-          uint16_t column = cell::Column(r);
-          if (column < column1 || column > column2) continue;
-          filled += !(cell::IsText(r) && cell::Text(r).empty());
-        }
-      }
+      RangeCursor read(cells, row1, row2, column1, column2);
+      while (CellRecord* r = read.Next()) filled += !(cell::IsText(r) && cell::Text(r).empty());
       blanks += positions - filled;
       e.Release(v);
       continue;
