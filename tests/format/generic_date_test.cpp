@@ -15,6 +15,24 @@ DateTimeRecord Date(std::string_view text) {
   return r;
 }
 
+PeriodRecord Period(std::string_view text) {
+  PeriodRecord p;
+  EXPECT_TRUE(ParseGenericPeriod(text, p)) << text;
+  return p;
+}
+
+std::string Add(std::string_view date, std::string_view period) {
+  DateTimeRecord result;
+  if (!AddPeriod(Date(date), Period(period), result)) return "failed";
+  return FormatGenericDate(result);
+}
+
+std::string Between(std::string_view from, std::string_view to) {
+  PeriodRecord p;
+  if (!PeriodBetween(Date(from), Date(to), p)) return "failed";
+  return FormatGenericPeriod(p);
+}
+
 TEST(GenericDate, ParsesFieldsAndDerivedDays) {
   DateTimeRecord r = Date("2006-01-31T13:10:55.123+02:00");
   EXPECT_TRUE(r.hasDate && r.hasTime);
@@ -133,6 +151,89 @@ TEST(GenericDate, CalendarAgreesWithStdChrono) {
   DateTimeRecord r;
   EXPECT_FALSE(DateFromDayNumber(-1, r));
   EXPECT_FALSE(DateFromDayNumber(DayNumber(50000, 12, 31) + 1, r));
+}
+
+TEST(GenericPeriod, ParsesFormatsAndRoundTrips) {
+  const PeriodRecord p = Period("P1Y2M3DT10H30M50S.250");
+  EXPECT_EQ((PeriodRecord{false, 1, 2, 3, 10, 30, 50, 250}), p);
+  EXPECT_EQ(FormatGenericPeriod(p), "P1Y2M3DT10H30M50.250S");
+  EXPECT_EQ(Period("PT50.25S"), Period("PT50S.250"));
+  EXPECT_EQ(FormatGenericPeriod(Period("P1Y2M3DT10H30M50S.000")), "P1Y2M3DT10H30M50S");
+  for (std::string_view text : {"-P120D", "PT63H", "P2M", "PT2M", "P1DT1S", "PT0.001S",
+                                "-P999999999Y", "P1Y1D", "PT1H1S"}) {
+    EXPECT_EQ(FormatGenericPeriod(Period(text)), text);
+  }
+  EXPECT_EQ(FormatGenericPeriod(PeriodRecord{}), "PT0S");
+  EXPECT_EQ(Period("-P0D"), PeriodRecord{});
+  EXPECT_EQ(FormatGenericPeriod(PeriodRecord{true, 0, 0, 0, 0, 0, 0, 0}), "PT0S");
+  EXPECT_EQ(FormatGenericPeriod(PeriodRecord{false, 0, 0, 0, 0, 0, 0, 1000}), "");
+  EXPECT_EQ(FormatGenericPeriod(PeriodRecord{false, 0, -1, 0, 0, 0, 0, 0}), "");
+
+  PeriodRecord r;
+  for (std::string_view bad :
+       {"",      "P",      "PT",        "P1DT",   "1D",         "P1",
+        "P1X",   "P1D1Y",  "P1M1M",     "PT1S1H", "P1H",        "PT1D",
+        "P1.5D", "PT1.5H", "PT1.1234S", "PT1S.",  "PT1.5S.500", "P1234567890D",
+        "+P1D",  "p1d",    "P 1D",      "P1D x",  "--P1D"}) {
+    EXPECT_FALSE(ParseGenericPeriod(bad, r)) << bad;
+  }
+  size_t end = 0;
+  ASSERT_TRUE(ParseGenericPeriod("-PT1H, 3", r, &end));
+  EXPECT_EQ(end, 5u);
+}
+
+TEST(PeriodArithmetic, AddsCalendarValuesFirstThenTheClock) {
+  const char* const cases[][3] = {
+      {"2005-02-01", "P30D", "2005-03-03"},
+      {"2005-03-03", "-P30D", "2005-02-01"},
+      {"2005-02-15", "P4M", "2005-06-15"},
+      {"2005-01-30", "P1M", "2005-02-28"},
+      {"2004-02-29", "P1Y", "2005-02-28"},
+      {"2005-03-31", "-P1M1D", "2005-02-27"},
+      {"2005-01-31", "P13M", "2006-02-28"},
+      {"2004-12-31", "P1D", "2005-01-01"},
+      {"2005-03-01", "-P1D", "2005-02-28"},
+      {"2005-12-31T23:30:00+01:00", "PT1H", "2006-01-01T00:30:00+01:00"},
+      {"2005-01-01T00:00:00.250", "-PT0.5S", "2004-12-31T23:59:59.750"},
+      {"2005-01-01", "PT1H", "2005-01-01T01:00:00"},
+      {"2005-01-01", "-PT24H", "2004-12-31T00:00:00"},
+      {"23:30:00", "PT1H", "00:30:00"},
+      {"00:30:00", "-PT1H", "23:30:00"},
+      {"10:00:00", "P1Y1DT49H", "11:00:00"},
+      {"0001-01-01", "-P1D", "failed"},
+      {"0001-02-01", "-P1M1D", "failed"},
+      {"50000-12-31T23:00:00", "PT1H", "failed"},
+      {"2005-01-01", "P999999999Y", "failed"},
+      {"2005-01-01", "P999999999D", "failed"},
+  };
+  for (const auto& [date, period, expected] : cases) {
+    EXPECT_EQ(Add(date, period), expected) << date << " + " << period;
+  }
+}
+
+TEST(PeriodArithmetic, DifferenceCountsDaysAndClockAndAddsBack) {
+  EXPECT_EQ(Between("2005-01-01", "2005-12-31"), "P364D");
+  EXPECT_EQ(Between("2005-01-01T18:15:10", "2005-01-04T12:10:00"), "P2DT17H54M50S");
+  EXPECT_EQ(Between("2005-01-04T12:10:00", "2005-01-01T18:15:10"), "-P2DT17H54M50S");
+  EXPECT_EQ(Between("2005-01-01", "2005-01-01T00:00:00"), "PT0S");
+  EXPECT_EQ(Between("2005-01-01T10:00:00+02:00", "2005-01-01T10:00:00"), "PT2H");
+  EXPECT_EQ(Between("10:00:00.5", "09:00:00"), "-PT1H0.500S");
+  EXPECT_EQ(Between("2005-01-01", "10:00:00"), "failed");
+
+  const DateTimeRecord from = Date("1999-03-31T22:45:10.125");
+  for (int64_t step = -400000; step <= 400000; step += 7919) {
+    DateTimeRecord to;
+    ASSERT_TRUE(DateFromDayNumber(DayNumber(1999, 3, 31) + step, to));
+    to.hasTime = true;
+    to.hour = static_cast<int32_t>((step / 7919 + 50) % 24);
+    to.millisecond = static_cast<int32_t>(step % 1000 + 1000) % 1000;
+    PeriodRecord p;
+    ASSERT_TRUE(PeriodBetween(from, to, p));
+    EXPECT_EQ(p.negative, step < 0);
+    DateTimeRecord back;
+    ASSERT_TRUE(AddPeriod(from, p, back));
+    EXPECT_EQ(back, to) << FormatGenericPeriod(p);
+  }
 }
 
 }  // namespace
