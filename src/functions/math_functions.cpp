@@ -222,8 +222,11 @@ void Log(FormulaEngine& e) {
   RunBinary(
       e,
       [](double x, double y, uint8_t& err) {
-        if (x <= 0 || y <= 0 || y == 1) return Fail(err, ferr::kNum);
-        return std::log(x) / std::log(y);
+        if (x <= 0 || y <= 0) return Fail(err, ferr::kNum);
+        // ln 1 is exactly 0, so a base of 1 is a division by zero, not a bad number.
+        double lnBase = std::log(y);
+        if (lnBase == 0) return Fail(err, ferr::kDivZero);
+        return std::log(x) / lnBase;
       },
       true, 10);
 }

@@ -1,0 +1,288 @@
+#include "functions/help_table.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "formula/formula_engine.h"
+#include "functions/function_table.h"
+#include "store/cell_record.h"
+#include "support/formula_sheet.h"
+#include "text/code_page.h"
+
+namespace kelpdex {
+namespace {
+
+// Functions whose examples show one draw among many: their formulas only have to give a number.
+const std::set<std::string_view> kDrawn = {"rand", "randBetween"};
+// Entries whose name the function table does not know: the statistical entry kept its old
+// spelling.
+const std::set<std::string_view> kUnknownNames = {"treamMean"};
+// Entries whose syntax line deliberately differs from their name and arguments.
+const std::set<std::string_view> kOddSyntax = {"degrees"};
+
+// The lines of a help text; false unless every line, the last included, ends with CR LF.
+bool SplitLines(std::string_view text, std::vector<std::string_view>& lines) {
+  while (!text.empty()) {
+    size_t end = text.find_first_of("\r\n");
+    if (end == std::string_view::npos || text.substr(end, 2) != "\r\n") return false;
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(end + 2);
+  }
+  return !lines.empty();
+}
+
+// The example lines: those after the description that show "=formula returns value".
+std::vector<std::string_view> Examples(const HelpEntry& entry) {
+  std::vector<std::string_view> lines, examples;
+  if (!SplitLines(entry.help, lines)) return examples;
+  size_t i = 2;
+  while (i < lines.size() && !lines[i].empty()) ++i;
+  for (++i; i < lines.size(); ++i) {
+    if (lines[i].starts_with("=") && lines[i].find(" returns ") != std::string_view::npos) {
+      examples.push_back(lines[i]);
+    }
+  }
+  return examples;
+}
+
+// A value as an example writes it and as a result holds it: a number, or a text (an error as
+// its literal).
+struct Value {
+  bool isNumber = false;
+  double number = 0;
+  std::string text;
+};
+
+void SkipBlanks(std::string_view& p) {
+  while (!p.empty() && p.front() == ' ') p.remove_prefix(1);
+}
+
+// One value at the start of `p`: "quoted text", an error literal or a number.
+bool ReadValue(std::string_view& p, Value& out) {
+  SkipBlanks(p);
+  if (p.starts_with("\"")) {
+    size_t close = p.find('"', 1);
+    if (close == std::string_view::npos) return false;
+    out.text = p.substr(1, close - 1);
+    p.remove_prefix(close + 1);
+    return true;
+  }
+  if (p.starts_with("#")) {
+    size_t end = p.find_first_of(" ,;}");
+    out.text = p.substr(0, end);
+    p.remove_prefix(end == std::string_view::npos ? p.size() : end);
+    return true;
+  }
+  std::string digits(p.substr(0, 40));
+  char* end = nullptr;
+  out.number = std::strtod(digits.c_str(), &end);
+  // A number runs up to a blank or the array's punctuation: "3o" is a typo, not 3.
+  if (end == digits.c_str() || (*end != '\0' && std::strchr(" ,;}", *end) == nullptr)) {
+    return false;
+  }
+  out.isNumber = true;
+  p.remove_prefix(end - digits.c_str());
+  return true;
+}
+
+// What an example says: one value, or the rows of an array "{a, b; c, d}".
+bool ReadExpected(std::string_view p, std::vector<std::vector<Value>>& rows, bool& isArray) {
+  SkipBlanks(p);
+  isArray = p.starts_with("{");
+  rows.assign(1, {});
+  if (!isArray) {
+    rows[0].emplace_back();
+    return ReadValue(p, rows[0][0]);
+  }
+  p.remove_prefix(1);
+  while (true) {
+    rows.back().emplace_back();
+    if (!ReadValue(p, rows.back().back())) return false;
+    SkipBlanks(p);
+    if (p.starts_with("}")) return true;
+    if (p.starts_with(";")) rows.emplace_back();
+    if (!p.starts_with(";") && !p.starts_with(",")) return false;
+    p.remove_prefix(1);
+  }
+}
+
+// A cell of an array result; an empty cell reads as an empty text.
+Value CellValue(const CellRecord* r) {
+  Value v;
+  if (r == nullptr) return v;
+  if (cell::ErrorNibble(r) != 0) {
+    v.text = ErrorLiteral(cell::ErrorNibble(r));
+  } else if (cell::IsText(r)) {
+    v.text = cell::Text(r);
+  } else {
+    v.isNumber = true;
+    v.number = cell::Number(r);
+  }
+  return v;
+}
+
+Value ResultValue(FormulaEngine& engine) {
+  const FormulaValue& result = engine.Result();
+  Value v;
+  if (result.errorCode != 0) {
+    v.text = ErrorLiteral(result.errorCode);
+  } else if (result.kind == kind::kString) {
+    v.text = engine.ResultText();
+  } else if (result.kind == kind::kNumber) {
+    v.isNumber = true;
+    v.number = result.number;
+  }
+  return v;
+}
+
+std::string Shown(const Value& v) {
+  if (!v.isNumber) return "\"" + v.text + "\"";
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.17g", v.number);
+  return buffer;
+}
+
+// Examples print about fifteen digits, so numbers agree to a relative tolerance.
+::testing::AssertionResult Agrees(const Value& want, const Value& got) {
+  bool same = want.isNumber == got.isNumber &&
+              (want.isNumber ? std::fabs(got.number - want.number) <=
+                                   (want.number == 0 ? 1e-15 : 1e-11 * std::fabs(want.number))
+                             : want.text == got.text);
+  if (same) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "expected " << Shown(want) << ", got " << Shown(got);
+}
+
+void CheckExample(testing::FormulaSheet& sheet, const HelpEntry& entry, std::string_view line) {
+  SCOPED_TRACE(line);
+  size_t at = line.find(" returns ");
+  sheet.Eval(std::string(line.substr(0, at)));
+  Value got = ResultValue(*sheet.engine);
+  if (kDrawn.contains(entry.name)) {
+    EXPECT_TRUE(got.isNumber) << "got " << Shown(got);
+    return;
+  }
+  std::vector<std::vector<Value>> rows;
+  bool isArray = false;
+  ASSERT_TRUE(ReadExpected(line.substr(at + 9), rows, isArray)) << "unreadable result";
+  if (!isArray) {
+    EXPECT_TRUE(Agrees(rows[0][0], got));
+    return;
+  }
+  const FormulaValue& result = sheet.engine->Result();
+  ASSERT_EQ(result.kind, kind::kArray) << "got " << Shown(got);
+  ASSERT_EQ(result.row2 + 1, rows.size());
+  for (uint32_t r = 0; r < rows.size(); ++r) {
+    ASSERT_EQ(result.column2 + 1u, rows[r].size()) << "row " << r;
+    for (uint16_t c = 0; c < rows[r].size(); ++c) {
+      Value cell = CellValue(sheet.engine->TopArray().GetCell(r, c));
+      EXPECT_TRUE(Agrees(rows[r][c], cell)) << "at row " << r << ", column " << c;
+    }
+  }
+}
+
+TEST(HelpTable, EveryExampleGivesItsResult) {
+  testing::FormulaSheet sheet({}, &BuiltinFunctions());
+  ASSERT_FALSE(HelpEntries().empty());
+  for (const HelpEntry* entry : HelpEntries()) {
+    std::vector<std::string_view> examples = Examples(*entry);
+    EXPECT_FALSE(examples.empty()) << entry->name << " shows no example";
+    for (std::string_view line : examples) CheckExample(sheet, *entry, line);
+  }
+}
+
+void CheckEntry(const HelpEntry& entry, const FormulaEngine& engine) {
+  std::string_view name = entry.name;
+  SCOPED_TRACE(name);
+  // The code's count is the number of required arguments, unless the list runs on with "...".
+  std::vector<std::string_view> arguments = HelpArgumentNames(entry);
+  bool variable = !arguments.empty() && arguments.back() == "...";
+  size_t listed = arguments.size() - (variable ? 1 : 0);
+  uint32_t required = 0;
+  for (size_t i = 0; i < listed; ++i) {
+    EXPECT_FALSE(arguments[i].empty());
+    required += !arguments[i].starts_with("[");
+  }
+  EXPECT_EQ(HelpArgumentCount(entry), variable ? kVariableArguments : required);
+  std::string_view flags = entry.flags;
+  EXPECT_EQ(flags.size(), listed) << "flags \"" << flags << "\"";
+  EXPECT_EQ(flags.find_first_not_of("01"), std::string_view::npos) << flags;
+
+  if (!kUnknownNames.contains(name)) {
+    size_t length = 0;
+    EXPECT_GE(engine.LookupFunction(std::string(name) + "(", length), 0) << "no such function";
+    EXPECT_EQ(length, name.size() + 1);
+  }
+
+  // Syntax line, blank line, description, blank line, examples.
+  std::vector<std::string_view> lines;
+  ASSERT_TRUE(SplitLines(entry.help, lines)) << "lines must end with CR LF";
+  ASSERT_GE(lines.size(), 5u);
+  EXPECT_TRUE(lines[1].empty());
+  EXPECT_FALSE(lines[2].empty());
+  size_t blank = 3;
+  while (blank < lines.size() && !lines[blank].empty()) ++blank;
+  ASSERT_LT(blank + 1, lines.size()) << "no examples after the description";
+  for (size_t i = blank + 1; i < lines.size(); ++i) EXPECT_FALSE(lines[i].empty());
+
+  std::string syntax(name);
+  syntax += "(";
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    syntax += i == 0 ? "" : ", ";
+    syntax += arguments[i];
+  }
+  syntax += ")";
+  // An odd syntax line stays odd on purpose; one that was put right should leave the list.
+  EXPECT_EQ(lines[0] == syntax, !kOddSyntax.contains(name)) << lines[0] << " against " << syntax;
+}
+
+TEST(HelpTable, EntriesAreWellFormed) {
+  FormulaEngine engine(nullptr, nullptr, &BuiltinFunctions());
+  std::set<std::string> names;
+  int previousCategory = 0;
+  for (const HelpEntry* entry : HelpEntries()) {
+    int category = HelpCategory(*entry);
+    EXPECT_LT(category, help::kCategoryCount) << entry->name;
+    EXPECT_GE(category, previousCategory) << entry->name << ": categories are not grouped";
+    previousCategory = category;
+    std::string upper(entry->name);
+    for (char& c : upper) c = text::CharUpper(c);
+    EXPECT_TRUE(names.insert(upper).second) << entry->name << " is entered twice";
+    CheckEntry(*entry, engine);
+  }
+}
+
+TEST(HelpTable, FindsNamesAndListsCategories) {
+  const HelpEntry* entry = FindHelpEntry("SUMX2MY2");
+  ASSERT_NE(entry, nullptr);
+  EXPECT_STREQ(entry->name, "sumX2mY2");
+  EXPECT_EQ(FindHelpEntry("sumX"), nullptr);
+  EXPECT_EQ(FindHelpEntry("sumX2mY2("), nullptr);
+  EXPECT_EQ(FindHelpEntry(""), nullptr);
+
+  size_t listed = 0;
+  std::set<std::string_view> texts;
+  for (int category = 0; category < help::kCategoryCount; ++category) {
+    EXPECT_TRUE(texts.insert(HelpCategoryText(category)).second);
+    for (std::string_view name : HelpNamesOfCategory(category)) {
+      const HelpEntry* found = FindHelpEntry(name);
+      ASSERT_NE(found, nullptr) << name;
+      EXPECT_EQ(HelpCategory(*found), category) << name;
+      ++listed;
+    }
+  }
+  EXPECT_EQ(listed, HelpEntries().size());
+  EXPECT_EQ(texts.count(""), 0u);
+  EXPECT_EQ(HelpCategoryText(help::kCategoryCount), "");
+  EXPECT_EQ(HelpCategoryText(-1), "");
+}
+
+}  // namespace
+}  // namespace kelpdex
