@@ -110,16 +110,17 @@ TypedResult TextToCell(std::string_view text, NumberStyle& style, uint8_t* cell,
       // The column's own symbol, where it is not the locale's.
       LocaleSettings own = settings;
       std::memset(own.currencySymbol, 0, sizeof own.currencySymbol);
-      std::memcpy(own.currencySymbol, style.symbol,
-                  symbolLength < sizeof own.currencySymbol ? symbolLength
-                                                           : sizeof own.currencySymbol - 1);
+      std::memcpy(
+          own.currencySymbol, style.symbol,
+          symbolLength < sizeof own.currencySymbol ? symbolLength : sizeof own.currencySymbol - 1);
       parsed = style;
       ok = ParseNumberText(text, value, parsed, &own) == NumberParse::kNumber;
     }
-    bool fits = style.kind == format_kind::kCurrency
-                    ? accepts({format_kind::kCurrency, format_kind::kDefault, format_kind::kGeneral})
-                    : accepts({format_kind::kAccounting, format_kind::kCurrency,
-                               format_kind::kDefault, format_kind::kGeneral});
+    bool fits =
+        style.kind == format_kind::kCurrency
+            ? accepts({format_kind::kCurrency, format_kind::kDefault, format_kind::kGeneral})
+            : accepts({format_kind::kAccounting, format_kind::kCurrency, format_kind::kDefault,
+                       format_kind::kGeneral});
     if (ok && fits) return {TypedCell::kNumber, cell::EncodeNumber(cell, row, column, value)};
   }
   // 3. A date or time is kept as its generic string.
@@ -129,8 +130,7 @@ TypedResult TextToCell(std::string_view text, NumberStyle& style, uint8_t* cell,
     char generic[kGenericDateSize];
     size_t n = FormatGenericDate(date, generic);
     if (n > 0) {
-      return {TypedCell::kText,
-              cell::EncodeText(cell, row, column, std::string_view(generic, n))};
+      return {TypedCell::kText, cell::EncodeText(cell, row, column, std::string_view(generic, n))};
     }
   }
   // 4. A number in any notation; the notation becomes the style the caller may adopt.

@@ -11,8 +11,9 @@ namespace kelpdex {
 
 namespace {
 
-const char* const kMonths[12] = {"January", "February", "March",     "April",   "May",      "June",
-                                 "July",    "August",   "September", "October", "November", "December"};
+const char* const kMonths[12] = {"January",   "February", "March",    "April",
+                                 "May",       "June",     "July",     "August",
+                                 "September", "October",  "November", "December"};
 const char* const kDays[7] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                               "Thursday", "Friday", "Saturday"};
 
@@ -42,7 +43,8 @@ DateNames MakeEnglish() {
 template <size_t N>
 void Read(platform::LocaleProvider& provider, uint32_t lcid, uint32_t type, char (&out)[N]) {
   char buf[N];
-  if (provider.GetLocaleInfo(lcid, type, buf, static_cast<int>(N)) > 1) Copy(out, buf, std::strlen(buf));
+  if (provider.GetLocaleInfo(lcid, type, buf, static_cast<int>(N)) > 1)
+    Copy(out, buf, std::strlen(buf));
 }
 
 std::mutex gMutex;

@@ -279,6 +279,14 @@ class FormatParser {
       ++i;
       return true;
     }
+    // In a date picture the decimal character is punctuation ("d mmmm, yyyy" under a comma
+    // locale); only behind seconds does it start their fraction.
+    if (c == settings_.decimalSeparator && (s.kinds & item::kDateTokens) &&
+        !(s.kinds & item::kSecond) && !HasDigits()) {
+      AddLiteral(c);
+      ++i;
+      return true;
+    }
     if (c == settings_.decimalSeparator && !seenPoint_ && !seenExponent_ && !seenBar_) {
       seenPoint_ = true;
       runStart_ = -1;

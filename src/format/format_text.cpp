@@ -122,8 +122,8 @@ bool RenderSection(std::string_view text, const DateTimeRecord* record, const Co
 
 }  // namespace
 
-bool FormatDate(const DateTimeRecord& record, const CompiledFormat& format, int section,
-                char* out, size_t* length, const LocaleSettings* settings) {
+bool FormatDate(const DateTimeRecord& record, const CompiledFormat& format, int section, char* out,
+                size_t* length, const LocaleSettings* settings) {
   TextWriter w(out, kDisplayTextMax);
   if (length != nullptr) *length = 0;
   if (section < 0 || section >= format.sectionCount) return false;

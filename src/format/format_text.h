@@ -24,7 +24,7 @@ std::string FormatText(std::string_view text, std::string_view formatText,
 
 // A date record through a date section of a compiled format. False when the section shows a
 // date part the record lacks.
-bool FormatDate(const DateTimeRecord& record, const CompiledFormat& format, int section,
-                char* out, size_t* length = nullptr, const LocaleSettings* settings = nullptr);
+bool FormatDate(const DateTimeRecord& record, const CompiledFormat& format, int section, char* out,
+                size_t* length = nullptr, const LocaleSettings* settings = nullptr);
 
 }  // namespace kelpdex

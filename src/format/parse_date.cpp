@@ -231,14 +231,20 @@ bool TryPicture(std::string_view text, const char* picture, const LocaleSettings
   return true;
 }
 
-bool TryStyle(std::string_view text, const NumberStyle& style, const DateNames& names, int kind,
-              DateTimeRecord& record) {
+bool TryStyle(std::string_view text, const NumberStyle& style, const LocaleSettings& settings,
+              const DateNames& names, int kind, DateTimeRecord& record) {
   char picture[kBuiltFormatMax];
-  if (BuildFormatString(style, picture, &genericLocale) == 0) return false;
+  // The locale's date order with the fixed separators.
+  LocaleSettings fixed = settings;
+  fixed.decimalSeparator = genericLocale.decimalSeparator;
+  fixed.thousandSeparator = genericLocale.thousandSeparator;
+  fixed.dateSeparator = genericLocale.dateSeparator;
+  fixed.timeSeparator = genericLocale.timeSeparator;
+  if (BuildFormatString(style, picture, &fixed) == 0) return false;
   Fields fields;
   size_t at = 0;
   while (at < text.size() && text[at] == ' ') ++at;
-  if (!TryPicture(text, picture, genericLocale, names, fields, at, true)) return false;
+  if (!TryPicture(text, picture, fixed, names, fields, at, true)) return false;
   bool wantDate = kind != format_kind::kTime;
   bool wantTime = kind != format_kind::kDate;
   if (kind == format_kind::kDateTime && fields.hour < 0) wantTime = false;
@@ -308,8 +314,8 @@ bool ParseDateText(std::string_view text, DateTimeRecord& record, int kind,
     }
   }
   const DateNames& names = DateNamesFor(settings);
-  if (style != nullptr && style->kind >= format_kind::kDate && style->kind <= format_kind::kDateTime &&
-      TryStyle(text, *style, names, kind, record)) {
+  if (style != nullptr && style->kind >= format_kind::kDate &&
+      style->kind <= format_kind::kDateTime && TryStyle(text, *style, ls, names, kind, record)) {
     return true;
   }
   return TryIndexes(text, ls, names, kind, record);
