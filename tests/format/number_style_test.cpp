@@ -55,6 +55,13 @@ TEST(BuildFormatString, CurrencyKeepsItsLiteralCommaInEveryLocale) {
             "\"$\"#.##0,00;(\"$\"#.##0,00)");
   EXPECT_EQ(BuildFormatString(Currency("EUR", 3, negative::kBrackets, 0), &kGermanLocale),
             "#.##0\" EUR\";(#.##0\" EUR\")");
+  // Whatever groups the digits, the bracket section without decimals keeps its comma.
+  for (char group : {',', '.', ' ', '\''}) {
+    LocaleSettings locale = genericLocale;
+    locale.thousandSeparator = group;
+    std::string expected = std::string("\"$\"#") + group + "##0;(\"$\"#,##0)";
+    EXPECT_EQ(BuildFormatString(Currency("$", 0, negative::kBrackets, 0), &locale), expected);
+  }
   EXPECT_EQ(BuildFormatString(Currency("$", 1, negative::kRed, 2)),
             "\"$ \"#,##0.00;[red]\"$ \"#,##0.00");
   EXPECT_EQ(BuildFormatString(Currency("kr", 2, negative::kRedAndBrackets, 1)),

@@ -207,33 +207,6 @@ TEST_F(FormulaTest, LimitsOfStacksAndPool) {
   EXPECT_EQ(Eval("=ARGC(" + padded + "," + padded + "," + padded + "," + padded + ")"), "4");
 }
 
-TEST(NumberToGeneral, FifteenDigitsAndTheExponentForm) {
-  EXPECT_EQ(NumberToGeneral(1234567890.12345), "1234567890.12345");
-  EXPECT_EQ(NumberToGeneral(0.1 + 0.2), "0.3");
-  EXPECT_EQ(NumberToGeneral(-2.5), "-2.5");
-  EXPECT_EQ(NumberToGeneral(0), "0");
-  EXPECT_EQ(NumberToGeneral(1e15), "1e+15");
-  EXPECT_EQ(NumberToGeneral(1e-15), "1e-15");
-  EXPECT_EQ(NumberToGeneral(999999999999999.0), "999999999999999");
-  LocaleSettings comma = genericLocale;
-  comma.decimalSeparator = ',';
-  EXPECT_EQ(NumberToGeneral(2.5, &comma), "2,5");
-}
-
-TEST(ScanNumber, NotationAndMalformedForms) {
-  double x = 0;
-  EXPECT_EQ(ScanNumber("1,5;2", ',', false, x), 3u);
-  EXPECT_EQ(x, 1.5);
-  EXPECT_EQ(ScanNumber("2e", '.', false, x), 0u);
-  EXPECT_EQ(ScanNumber("..5", '.', false, x), 0u);
-  EXPECT_EQ(ScanNumber("-3", '.', true, x), 2u);
-  EXPECT_EQ(x, -3);
-  EXPECT_TRUE(TextToNumber("  12  ", '.', x));
-  EXPECT_FALSE(TextToNumber("12 a", '.', x));
-  EXPECT_EQ(ScanNumber("1e400", '.', false, x), 5u);
-  EXPECT_TRUE(IsBadNumber(x));
-}
-
 }  // namespace
 }  // namespace kelpdex
 
