@@ -76,6 +76,12 @@ void FormulaEngine::PopArray() {
   if (arrayCount_ > 0) arrays_[--arrayCount_]->Reset(false);
 }
 
+std::unique_ptr<CellStore> FormulaEngine::TakeTopArray() {
+  if (arrayCount_ == 0) return nullptr;
+  // The slot is left empty; PushArray makes a new store there when it is next needed.
+  return std::move(arrays_[--arrayCount_]);
+}
+
 void FormulaEngine::Release(FormulaValue& value) {
   if (value.kind == kind::kString) PopString();
   if (value.kind == kind::kArray) PopArray();

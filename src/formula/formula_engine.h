@@ -125,6 +125,9 @@ class FormulaEngine {
   // The array `fromTop` places below the top one (0 is the top).
   CellStore& ArrayBelowTop(int fromTop) { return *arrays_[arrayCount_ - 1 - fromTop]; }
   void PopArray();
+  // Pops the top array and hands its chain to the caller. The chain draws on the engine's block
+  // pool, so it must not outlive the engine.
+  std::unique_ptr<CellStore> TakeTopArray();
   int arrayCount() const { return arrayCount_; }
 
   // Turns a reference into its cell's value in place.

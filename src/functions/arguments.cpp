@@ -1,6 +1,7 @@
 #include "functions/arguments.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "core/locale_settings.h"
 #include "format/number_text.h"
@@ -36,6 +37,61 @@ uint8_t GetIntegerArg(FormulaEngine& engine, int slot, int32_t& out, int32_t min
   }
   out = static_cast<int32_t>(rounded);
   return 0;
+}
+
+uint8_t GetTextArg(FormulaEngine& engine, int slot, char* buffer, std::string_view& text) {
+  FormulaValue& v = engine.Operand(slot);
+  engine.LoadReference(v);
+  text = std::string_view();
+  buffer[0] = '\0';
+  if (v.kind == kind::kArray || v.kind == kind::kRangeReference) {
+    engine.Release(v);
+    return v.errorCode = ferr::kValue;
+  }
+  std::string_view source;
+  char number[32];
+  if (v.errorCode != 0) {
+    source = ErrorLiteral(v.errorCode);
+  } else if (v.kind == kind::kString) {
+    source = engine.TopString();
+  } else if (v.kind == kind::kNumber) {
+    source = std::string_view(number, NumberToGeneral(v.number, number));
+  }
+  size_t n = source.size() < kTextArgSize - 1 ? source.size() : kTextArgSize - 1;
+  std::memcpy(buffer, source.data(), n);
+  buffer[n] = '\0';
+  text = std::string_view(buffer, n);
+  if (v.kind == kind::kString) engine.PopString();
+  return v.errorCode;
+}
+
+uint8_t GetRangeArg(FormulaEngine& engine, int slot, RangeArg& out) {
+  FormulaValue& v = engine.Operand(slot);
+  engine.LoadReference(v);
+  if (v.errorCode != 0) return v.errorCode;
+  if (v.kind == kind::kRangeReference) {
+    if (v.sheet == nullptr) return v.errorCode = ferr::kRef;
+    out.owned.reset();
+    out.cells = &v.sheet->cells;
+    out.firstRow = v.row1;
+    out.lastRow = v.row2;
+    out.firstColumn = v.column1;
+    out.lastColumn = v.column2;
+    return 0;
+  }
+  if (v.kind == kind::kArray) {
+    // An array's cells count from 0; its value keeps the last row and column.
+    out.firstRow = 0;
+    out.lastRow = v.row2;
+    out.firstColumn = 0;
+    out.lastColumn = v.column2;
+    out.owned = engine.TakeTopArray();
+    out.cells = out.owned.get();
+    v.kind = kind::kEmpty;
+    return 0;
+  }
+  engine.Release(v);
+  return v.errorCode = ferr::kValue;
 }
 
 bool HasArguments(FormulaEngine& engine, int count) {

@@ -3,7 +3,10 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <string_view>
 
 #include "formula/formula_engine.h"
 
@@ -18,6 +21,31 @@ uint8_t GetNumberArg(FormulaEngine& engine, int slot, double& out, double min = 
 // The same, rounded half away from zero to a whole number within [min, max].
 uint8_t GetIntegerArg(FormulaEngine& engine, int slot, int32_t& out, int32_t min = 0,
                       int32_t max = 0x7FFFFFFF);
+
+// Room for any text argument: the pool cannot hold a longer string.
+constexpr size_t kTextArgSize = FormulaEngine::kPoolBytes + 1;
+
+// The text of an argument, copied into `buffer` (kTextArgSize bytes) and popped from the pool: a
+// number in its "General" form, an error as its literal (the code is returned as well), an empty
+// value as "". An array or range gives "#VALUE!".
+uint8_t GetTextArg(FormulaEngine& engine, int slot, char* buffer, std::string_view& text);
+
+// A rectangle of cells: a range of a worksheet, or an array whose chain the caller now owns.
+struct RangeArg {
+  CellStore* cells = nullptr;        // the worksheet's chain, or owned.get()
+  std::unique_ptr<CellStore> owned;  // an array's chain; must not outlive the engine
+  uint32_t firstRow = 0;
+  uint32_t lastRow = 0;
+  uint16_t firstColumn = 0;
+  uint16_t lastColumn = 0;
+
+  uint32_t rows() const { return lastRow - firstRow + 1; }
+  uint32_t columns() const { return static_cast<uint32_t>(lastColumn - firstColumn) + 1; }
+};
+
+// A range or array argument. Any other kind gives "#VALUE!" (a string is released); an error on
+// the slot is returned with `out` untouched.
+uint8_t GetRangeArg(FormulaEngine& engine, int slot, RangeArg& out);
 
 // Rounds half away from zero, the rounding of every whole-number argument.
 inline double RoundHalfAway(double x) {
