@@ -650,6 +650,54 @@ void CellStore::DeleteRow(uint32_t row) {
   Renumber(row + 1, -1, 0, 0);
 }
 
+void CellStore::RemoveRows(const uint32_t* rows, size_t count) {
+  if (count == 0) return;
+  CellCursor cursor;
+  for (size_t i = 0; i < count; ++i) {
+    DeleteRange(0, kLastColumn, rows[i], rows[i], &cursor, false);
+  }
+  // Storage order is row order, so the count of removed rows below a record only grows.
+  InvalidateRowIndex();
+  const uint32_t* end = rows + count;
+  const uint32_t* below = rows;
+  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+    for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
+      uint8_t* r = b->data + off;
+      uint32_t row = cell::Row(r);
+      while (below != end && *below < row) ++below;
+      if (below != rows) cell::SetRow(r, row - static_cast<uint32_t>(below - rows));
+    }
+  }
+}
+
+void CellStore::InsertRowsBefore(const uint32_t* rows, size_t count) {
+  if (count == 0) return;
+  InvalidateRowIndex();
+  const uint32_t* end = rows + count;
+  const uint32_t* atOrBelow = rows;
+  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+    for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
+      uint8_t* r = b->data + off;
+      uint32_t row = cell::Row(r);
+      while (atOrBelow != end && *atOrBelow <= row) ++atOrBelow;
+      if (atOrBelow != rows) cell::SetRow(r, row + static_cast<uint32_t>(atOrBelow - rows));
+    }
+  }
+}
+
+bool CellStore::LastRecordRow(uint32_t& row) const {
+  const RowBlock* last = nullptr;
+  for (const RowBlock* b = head_; b != nullptr; b = b->next) {
+    if (b->used > 0) last = b;
+  }
+  if (last == nullptr) return false;
+  uint32_t off = 0;
+  uint32_t at = 0;
+  for (; off < last->used; off += cell::Size(last->data + off)) at = off;
+  row = cell::Row(last->data + at);
+  return true;
+}
+
 bool CellStore::CanInsertColumn(uint16_t column) const {
   for (const RowBlock* b = head_; b != nullptr; b = b->next) {
     for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {

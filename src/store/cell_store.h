@@ -102,6 +102,13 @@ class CellStore {
   bool CanInsertRows(uint32_t firstRow, uint32_t lastRow) const;
   void InsertRows(uint32_t firstRow, uint32_t lastRow);  // CanInsertRows must hold
   void DeleteRow(uint32_t row);
+  // Several rows at once, `rows` ascending and distinct. RemoveRows deletes their cells and closes
+  // the gaps in one renumbering pass; InsertRowsBefore opens an empty row before each listed row
+  // (CanInsertRows(0, count - 1) must hold).
+  void RemoveRows(const uint32_t* rows, size_t count);
+  void InsertRowsBefore(const uint32_t* rows, size_t count);
+  // The row of the last record, from the tail block alone; false for an empty store.
+  bool LastRecordRow(uint32_t& row) const;
   bool CanInsertColumn(uint16_t column) const;
   void InsertColumn(uint16_t column);  // CanInsertColumn must hold
   void DeleteColumn(uint16_t column);

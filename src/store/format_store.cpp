@@ -665,6 +665,54 @@ void FormatStore::InsertRows(uint32_t firstRow, uint32_t lastRow) {
   MaskWords(firstRow, std::min(count, target - firstRow));
 }
 
+void FormatStore::RemoveRows(const uint32_t* rows, size_t count) {
+  if (count == 0) return;
+  const uint32_t* end = rows + count;
+  RewriteRuns(rows[0], [&](StyleRun& run) {
+    const uint32_t* at = std::lower_bound(rows, end, run.row);
+    if (at != end && *at == run.row) return false;
+    run.row -= static_cast<uint32_t>(at - rows);
+    return true;
+  });
+  // Row words: each stretch between two removed rows moves down by the removals below it.
+  uint32_t removed = 0;
+  for (size_t i = 0; i < count && rows[i] < rowCount_; ++i) {
+    uint32_t from = rows[i] + 1;
+    uint32_t until = i + 1 < count ? std::min(rows[i + 1], rowCount_) : rowCount_;
+    ++removed;
+    if (until > from) MoveWords(from - removed, from, until - from);
+  }
+  if (removed > 0) MaskWords(rowCount_ - removed, removed);
+}
+
+void FormatStore::InsertRowsBefore(const uint32_t* rows, size_t count) {
+  if (count == 0) return;
+  const uint32_t* end = rows + count;
+  RewriteRuns(rows[0], [&](StyleRun& run) {
+    uint32_t shift = static_cast<uint32_t>(std::upper_bound(rows, end, run.row) - rows);
+    if (run.row >= kRowLimit - shift) return false;
+    run.row += shift;
+    return true;
+  });
+  if (rowCount_ <= rows[0]) return;
+  uint32_t target = std::min<uint32_t>(rowCount_ + static_cast<uint32_t>(count), kRowLimit);
+  if (!GrowRowWords(target)) {
+    target = std::min(target, rowWordsBlockCount_ * kWordsPerBlock);
+    GrowRowWords(target);  // within the blocks there are: cannot fail
+  }
+  // From the top down, each stretch moves up by the insertions at or below its start; the row
+  // opened before each listed row is cleared.
+  for (size_t i = count; i-- > 0;) {
+    uint32_t from = rows[i];
+    if (from >= target) continue;
+    uint32_t until = i + 1 < count ? rows[i + 1] : target;
+    uint32_t shift = static_cast<uint32_t>(i + 1);
+    if (until > target - shift) until = target - shift;
+    if (until > from) MoveWords(from + shift, from, until - from);
+    if (from + i < target) MaskWords(from + static_cast<uint32_t>(i), 1);
+  }
+}
+
 void FormatStore::DeleteRow(uint32_t row) {
   if (row >= kRowLimit) return;
   RewriteRuns(row, [&](StyleRun& run) {

@@ -107,6 +107,10 @@ class FormatStore {
   // InsertRows keeps the ones it has room for and drops the words pushed past them.
   void InsertRows(uint32_t firstRow, uint32_t lastRow);
   void DeleteRow(uint32_t row);
+  // Several rows at once, `rows` ascending and distinct: removal closes the gaps, insertion puts
+  // one empty row before each listed row (counted in the numbering before the call).
+  void RemoveRows(const uint32_t* rows, size_t count);
+  void InsertRowsBefore(const uint32_t* rows, size_t count);
   // A run spanning the column widens; the new column's entry starts cleared.
   void InsertColumn(uint16_t column);
   void DeleteColumn(uint16_t column);

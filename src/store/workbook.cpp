@@ -1,5 +1,6 @@
 #include "store/workbook.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -31,12 +32,14 @@ bool Worksheet::InsertRows(uint32_t firstRow, uint32_t lastRow, ErrorCode& error
   }
   formats.InsertRows(firstRow, lastRow);
   cells.InsertRows(firstRow, lastRow);
+  for (SheetObject& object : objects) {
+    if (object.row >= firstRow) object.row += lastRow - firstRow + 1;
+  }
   return true;
 }
 
 void Worksheet::DeleteRow(uint32_t row) {
-  cells.DeleteRow(row);
-  formats.DeleteRow(row);
+  RemoveRows(&row, 1);
 }
 
 bool Worksheet::InsertColumn(uint16_t column, ErrorCode& error) {
@@ -46,12 +49,61 @@ bool Worksheet::InsertColumn(uint16_t column, ErrorCode& error) {
   }
   formats.InsertColumn(column);
   cells.InsertColumn(column);
+  for (SheetObject& object : objects) {
+    if (object.column >= column) ++object.column;
+  }
   return true;
 }
 
 void Worksheet::DeleteColumn(uint16_t column) {
   cells.DeleteColumn(column);
   formats.DeleteColumn(column);
+  size_t kept = 0;
+  for (SheetObject& object : objects) {
+    if (object.column == column) continue;
+    if (object.column > column) --object.column;
+    objects[kept++] = std::move(object);
+  }
+  objects.resize(kept);
+}
+
+void Worksheet::RemoveRows(const uint32_t* rows, size_t count) {
+  if (count == 0) return;
+  cells.RemoveRows(rows, count);
+  formats.RemoveRows(rows, count);
+  const uint32_t* end = rows + count;
+  size_t kept = 0;
+  for (SheetObject& object : objects) {
+    const uint32_t* at = std::lower_bound(rows, end, object.row);
+    if (at != end && *at == object.row) continue;
+    object.row -= static_cast<uint32_t>(at - rows);
+    objects[kept++] = std::move(object);
+  }
+  objects.resize(kept);
+}
+
+bool Worksheet::InsertRowsBefore(const uint32_t* rows, size_t count, ErrorCode& error) {
+  if (count == 0) return true;
+  if (!cells.CanInsertRows(0, static_cast<uint32_t>(count) - 1) ||
+      UsedRows() + count > kRowLimit) {
+    error = err::kNoEmptyRows;
+    return false;
+  }
+  cells.InsertRowsBefore(rows, count);
+  formats.InsertRowsBefore(rows, count);
+  const uint32_t* end = rows + count;
+  for (SheetObject& object : objects) {
+    object.row += static_cast<uint32_t>(std::upper_bound(rows, end, object.row) - rows);
+  }
+  return true;
+}
+
+uint32_t Worksheet::UsedRows() const {
+  uint32_t used = 0;
+  uint32_t last = 0;
+  if (cells.LastRecordRow(last)) used = last + 1;
+  for (const SheetObject& object : objects) used = std::max(used, object.row + 1);
+  return used;
 }
 
 Workbook::~Workbook() {
@@ -74,6 +126,9 @@ void Workbook::Clear() {
   worksheetCount = 0;
   styles.Reset();
   for (DropDownList& list : dropDownLists) list = DropDownList();
+  records.SetCount(0);
+  records.SetOrdered(true);
+  fieldDefaults.clear();
   errorCode = err::kNone;
 }
 

@@ -11,8 +11,11 @@
 
 #include "core/error_code.h"
 #include "store/cell_store.h"
+#include "store/field_default.h"
 #include "store/format_store.h"
+#include "store/record_set.h"
 #include "store/style_table.h"
+#include "store/undo_recorder.h"
 
 namespace kelpdex {
 
@@ -50,6 +53,15 @@ class Folder : public WorkbookNode {
   explicit Folder(std::string_view text) : WorkbookNode(kFolderNode, text) {}
 };
 
+// A Long Text or Images/Files value of a cell that waits for the side file: it moves with its
+// record and its field.
+struct SheetObject {
+  uint32_t row = 0;
+  uint16_t column = 0;
+  uint8_t type = 0;  // the field type, 4 or 8
+  std::string content;
+};
+
 class Worksheet : public WorkbookNode {
  public:
   explicit Worksheet(std::string_view text) : WorkbookNode(kWorksheetNode, text) {}
@@ -60,9 +72,15 @@ class Worksheet : public WorkbookNode {
   void DeleteRow(uint32_t row);
   bool InsertColumn(uint16_t column, ErrorCode& error);
   void DeleteColumn(uint16_t column);
+  // Rows at once, `rows` ascending and distinct, cells, formats and objects together.
+  void RemoveRows(const uint32_t* rows, size_t count);
+  bool InsertRowsBefore(const uint32_t* rows, size_t count, ErrorCode& error);
+  // The rows in use: the last row with a cell or an object, plus 1; 0 for an empty sheet.
+  uint32_t UsedRows() const;
 
   CellStore cells;
   FormatStore formats;
+  std::vector<SheetObject> objects;
 };
 
 struct DropDownList {
@@ -110,6 +128,11 @@ class Workbook {
   int32_t folderCount = 0;
   int32_t worksheetCount = 0;
   Worksheet* currentSheet = nullptr;
+  // The current table's records in display order, and its Text and Number fields.
+  RecordSet records;
+  std::vector<FieldDefault> fieldDefaults;
+  // Takes the snapshot of each change; null records nothing.
+  UndoRecorder* undo = nullptr;
   WorkbookNode* firstNode = nullptr;
   StyleTable styles;
   std::array<DropDownList, kDropDownListSlots> dropDownLists;

@@ -1,0 +1,136 @@
+#include "store/field_spec.h"
+
+#include <cmath>
+#include <vector>
+
+#include "store/cell_record.h"
+#include "text/code_page.h"
+
+namespace kelpdex {
+
+namespace {
+
+struct TypeName {
+  const char* text;
+  uint8_t type;
+  bool link;
+};
+
+// In the order a type text is matched.
+constexpr TypeName kTypeNames[] = {{"Text", field_type::kText, false},
+                                   {"Text / Link", field_type::kText, true},
+                                   {"Number", field_type::kNumber, false},
+                                   {"Long Text", field_type::kLongText, false},
+                                   {"Images/Files", field_type::kFiles, false}};
+
+bool PutText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text,
+             CellCursor& cursor) {
+  if (text.empty()) {
+    sheet.cells.DeleteRange(column, column, row, row, &cursor);
+    return true;
+  }
+  std::vector<uint8_t> record(cell::TextSize(text.size()));
+  cell::EncodeText(record.data(), row, column, text);
+  return sheet.cells.PutCell(record.data(), &cursor);
+}
+
+}  // namespace
+
+const char* FieldTypeText(uint8_t type, bool link) {
+  for (const TypeName& t : kTypeNames) {
+    if (t.type == type && t.link == (link && type == field_type::kText)) return t.text;
+  }
+  return "Unknown";
+}
+
+void ParseFieldTypeText(std::string_view text, uint8_t& type, bool& link) {
+  for (const TypeName& t : kTypeNames) {
+    if (text == t.text) {
+      type = t.type;
+      link = t.link;
+      return;
+    }
+  }
+  type = field_type::kUnknown;
+  link = false;
+}
+
+uint16_t FieldCount(const TableSpec& table) {
+  uint32_t maxRow = 0;
+  table.catalogue->cells.LastUsed(nullptr, nullptr, nullptr, &maxRow);
+  return static_cast<uint16_t>(maxRow > kLastColumn + 1u ? kLastColumn + 1u : maxRow);
+}
+
+bool ReadField(const TableSpec& table, uint16_t fieldIndex, FieldSpec& spec) {
+  if (fieldIndex >= FieldCount(table)) return false;
+  CellStore& cells = table.catalogue->cells;
+  uint32_t row = fieldIndex + 1u;
+  CellCursor cursor;
+  CellRecord* name = cells.GetCell(row, catalogue::kFieldColumn, &cursor);
+  CellRecord* type = cells.GetCell(row, catalogue::kTypeColumn, &cursor);
+  CellRecord* sort = cells.GetCell(row, catalogue::kSortIndexColumn, &cursor);
+  if (name == nullptr || !cell::IsText(name) || type == nullptr || !cell::IsText(type) ||
+      sort == nullptr || !cell::IsNumber(sort)) {
+    return false;
+  }
+  spec.name.assign(cell::Text(name));
+  ParseFieldTypeText(cell::Text(type), spec.type, spec.link);
+  double s = std::trunc(cell::Number(sort));
+  spec.sortIndex = static_cast<uint16_t>(static_cast<uint32_t>(s < 0 ? 0 : s > 4e9 ? 4e9 : s));
+  CellRecord* formula = cells.GetCell(row, catalogue::kFormulaColumn, &cursor);
+  spec.formulaOrValue.assign(formula != nullptr && cell::IsText(formula) ? cell::Text(formula)
+                                                                         : std::string_view());
+  CellRecord* key = cells.GetCell(row, catalogue::kFirstKeyColumn, &cursor);
+  spec.firstKeyExpression.assign(key != nullptr && cell::IsText(key) ? cell::Text(key)
+                                                                     : std::string_view());
+  return true;
+}
+
+bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& spec) {
+  Worksheet& sheet = *table.catalogue;
+  uint32_t row = fieldIndex + 1u;
+  CellCursor cursor;
+  uint8_t number[cell::kNumberSize];
+  cell::EncodeNumber(number, row, catalogue::kSortIndexColumn, spec.sortIndex);
+  bool ok = PutText(sheet, row, catalogue::kFieldColumn, spec.name, cursor) &&
+            PutText(sheet, row, catalogue::kTypeColumn, FieldTypeText(spec.type, spec.link),
+                    cursor) &&
+            sheet.cells.PutCell(number, &cursor) &&
+            PutText(sheet, row, catalogue::kFormulaColumn, spec.formulaOrValue, cursor) &&
+            PutText(sheet, row, catalogue::kFirstKeyColumn, spec.firstKeyExpression, cursor);
+  if (!ok) table.workbook->errorCode = err::kOutOfMemory;
+  return ok;
+}
+
+void SplitFormulaOrValue(std::string_view text, std::string& formula, std::string& value) {
+  formula.clear();
+  value.clear();
+  if (text.size() < 2 || text[1] != ':') return;
+  char marker = text::CharUpper(text[0]);
+  if (marker == 'F') formula.assign(text.substr(2));
+  if (marker == 'V') value.assign(text.substr(2));
+}
+
+std::vector<FieldDefault> BuildFieldDefaults(const TableSpec& table) {
+  std::vector<FieldDefault> defaults;
+  uint16_t count = FieldCount(table);
+  defaults.reserve(count);
+  FieldSpec spec;
+  for (uint16_t i = 0; i < count; ++i) {
+    FieldDefault d;
+    if (ReadField(table, i, spec)) {
+      d.type = spec.type;
+      d.name = spec.name;
+      d.link = spec.link;
+      if (spec.type == field_type::kText || spec.type == field_type::kNumber) {
+        SplitFormulaOrValue(spec.formulaOrValue, d.formula, d.defaultValue);
+      }
+    } else {
+      d.type = field_type::kUnknown;
+    }
+    defaults.push_back(std::move(d));
+  }
+  return defaults;
+}
+
+}  // namespace kelpdex
