@@ -92,12 +92,12 @@ bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& sp
   CellCursor cursor;
   uint8_t number[cell::kNumberSize];
   cell::EncodeNumber(number, row, catalogue::kSortIndexColumn, spec.sortIndex);
-  bool ok = PutText(sheet, row, catalogue::kFieldColumn, spec.name, cursor) &&
-            PutText(sheet, row, catalogue::kTypeColumn, FieldTypeText(spec.type, spec.link),
-                    cursor) &&
-            sheet.cells.PutCell(number, &cursor) &&
-            PutText(sheet, row, catalogue::kFormulaColumn, spec.formulaOrValue, cursor) &&
-            PutText(sheet, row, catalogue::kFirstKeyColumn, spec.firstKeyExpression, cursor);
+  bool ok =
+      PutText(sheet, row, catalogue::kFieldColumn, spec.name, cursor) &&
+      PutText(sheet, row, catalogue::kTypeColumn, FieldTypeText(spec.type, spec.link), cursor) &&
+      sheet.cells.PutCell(number, &cursor) &&
+      PutText(sheet, row, catalogue::kFormulaColumn, spec.formulaOrValue, cursor) &&
+      PutText(sheet, row, catalogue::kFirstKeyColumn, spec.firstKeyExpression, cursor);
   if (!ok) table.workbook->errorCode = err::kOutOfMemory;
   return ok;
 }

@@ -12,7 +12,6 @@
 
 namespace kelpdex {
 
-
 // Field names and formula or value texts are at most this long.
 constexpr size_t kFieldTextMax = 1024;
 

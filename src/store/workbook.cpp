@@ -84,8 +84,7 @@ void Worksheet::RemoveRows(const uint32_t* rows, size_t count) {
 
 bool Worksheet::InsertRowsBefore(const uint32_t* rows, size_t count, ErrorCode& error) {
   if (count == 0) return true;
-  if (!cells.CanInsertRows(0, static_cast<uint32_t>(count) - 1) ||
-      UsedRows() + count > kRowLimit) {
+  if (!cells.CanInsertRows(0, static_cast<uint32_t>(count) - 1) || UsedRows() + count > kRowLimit) {
     error = err::kNoEmptyRows;
     return false;
   }
