@@ -21,6 +21,7 @@ constexpr unsigned kIconQuestion = 0x20;
 constexpr unsigned kIconExclamation = 0x30;
 constexpr unsigned kIconInformation = 0x40;
 constexpr unsigned kIconMask = 0xF0;
+constexpr unsigned kDefaultButton2 = 0x100;
 constexpr unsigned kTaskModal = 0x2000;
 }  // namespace mb
 

@@ -40,6 +40,8 @@ class UndoRecorder {
   virtual bool RecordFieldSwap(const UndoContext& context, uint16_t a, uint16_t b) = 0;
   // Kind 9, insertion: the position only; and a changed field's old row.
   virtual bool RecordFieldInserted(const UndoContext& context, uint16_t column) = 0;
+  // Kind 9 for a field changed without conversion: its catalogue row as it was.
+  virtual bool RecordFieldChanged(const UndoContext& context, uint16_t column) = 0;
   // Kind 9, deletion: the column with its cells and style runs, and the catalogue row.
   virtual bool RecordFieldDeleted(const UndoContext& context, uint16_t column) = 0;
   // Kind 10: the name before a rename.

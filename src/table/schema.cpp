@@ -1,0 +1,351 @@
+#include "table/schema.h"
+
+#include <vector>
+
+#include "core/prompter.h"
+#include "core/reporting.h"
+#include "core/strings.h"
+#include "formula/formula_engine.h"
+#include "functions/function_table.h"
+#include "store/catalogue.h"
+#include "table/convert_column.h"
+#include "table/table_state.h"
+#include "text/code_page.h"
+
+namespace kelpdex {
+
+namespace {
+
+void TrimEnd(std::string& text) {
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
+}
+
+bool SameSeparators(const LocaleSettings& a, const LocaleSettings& b) {
+  return a.decimalSeparator == b.decimalSeparator && a.thousandSeparator == b.thousandSeparator &&
+         a.listSeparator == b.listSeparator && a.rowSeparator == b.rowSeparator;
+}
+
+// A formula between the notation in force and the stored one; a text that is no formula stays.
+std::string Renotate(const TableSpec& table, const std::string& formula, bool toStored) {
+  if (SameSeparators(currentLocale, genericLocale)) return formula;
+  FormulaEngine engine(table.workbook, table.data, &BuiltinFunctions());
+  std::string text = formula;
+  if (!engine.RewriteFormula(text, toStored)) return formula;
+  return text;
+}
+
+// Exchanges the cells of two columns: both are copied out, deleted, renumbered and merged back,
+// so the chain keeps its order without a sort.
+bool SwapColumnCells(CellStore& cells, uint16_t a, uint16_t b) {
+  CellStore first, second;
+  if (!cells.CopyRange(a, a, 0, kLastRow, first) || !cells.CopyRange(b, b, 0, kLastRow, second)) {
+    return false;
+  }
+  CellCursor c;
+  while (CellRecord* r = first.NextCell(c)) cell::SetColumn(cell::Bytes(r), b);
+  c.Clear();
+  while (CellRecord* r = second.NextCell(c)) cell::SetColumn(cell::Bytes(r), a);
+  cells.DeleteRange(a, a, 0, kLastRow);
+  cells.DeleteRange(b, b, 0, kLastRow);
+  return cells.MergeFrom(first) && cells.MergeFrom(second);
+}
+
+bool SwapRowCells(CellStore& cells, uint32_t a, uint32_t b) {
+  CellStore first, second;
+  if (!cells.CopyRange(0, kLastColumn, a, a, first) ||
+      !cells.CopyRange(0, kLastColumn, b, b, second)) {
+    return false;
+  }
+  CellCursor c;
+  while (CellRecord* r = first.NextCell(c)) cell::SetRow(cell::Bytes(r), b);
+  c.Clear();
+  while (CellRecord* r = second.NextCell(c)) cell::SetRow(cell::Bytes(r), a);
+  cells.DeleteRange(0, kLastColumn, a, a);
+  cells.DeleteRange(0, kLastColumn, b, b);
+  return cells.MergeFrom(first) && cells.MergeFrom(second);
+}
+
+// The style runs of two columns change places row by row, and so do their column words.
+bool SwapColumnFormats(FormatStore& formats, uint16_t a, uint16_t b) {
+  struct Styled {
+    uint32_t row;
+    uint16_t atA, atB;
+  };
+  std::vector<Styled> rows;
+  RunCursor cursor;
+  StyleRun run;
+  uint32_t lastRow = kRowLimit;
+  while (formats.NextRun(cursor, run)) {
+    bool touches = (run.firstColumn <= a && a <= run.lastColumn) ||
+                   (run.firstColumn <= b && b <= run.lastColumn);
+    if (!touches || run.row == lastRow) continue;
+    lastRow = run.row;
+    rows.push_back({run.row, formats.StyleAt(run.row, a), formats.StyleAt(run.row, b)});
+  }
+  std::swap(formats.Column(a), formats.Column(b));
+  for (const Styled& s : rows) {
+    // StyleAt fell back on the column's style where no run covered the cell; that style moved
+    // with the column words, so only run styles are written back.
+    if (!formats.ClearStyleRange(a, a, s.row, s.row) ||
+        !formats.ClearStyleRange(b, b, s.row, s.row) ||
+        !formats.ApplyStyleRun(StyleRun{b, b, s.row, s.atA}) ||
+        !formats.ApplyStyleRun(StyleRun{a, a, s.row, s.atB})) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool Fail(Workbook& workbook, ErrorCode code) {
+  workbook.errorCode = code;
+  return false;
+}
+
+}  // namespace
+
+TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
+                              const Worksheet* current) {
+  std::string trimmed(name);
+  TrimEnd(trimmed);
+  if (trimmed.empty() || trimmed.size() > kTableNameMax ||
+      trimmed.find('\\') != std::string::npos) {
+    return TableNameCheck::kInvalid;
+  }
+  Worksheet* existing = workbook.FindTable(trimmed);
+  if (existing != nullptr && existing != current) return TableNameCheck::kDuplicate;
+  return TableNameCheck::kOk;
+}
+
+uint8_t TypeOfCombo(int comboIndex) {
+  static const uint8_t kTypes[4] = {field_type::kText, field_type::kNumber, field_type::kLongText,
+                                    field_type::kFiles};
+  return comboIndex >= 0 && comboIndex < 4 ? kTypes[comboIndex] : field_type::kUnknown;
+}
+
+int ComboOfType(uint8_t type) {
+  for (int i = 0; i < 4; ++i) {
+    if (TypeOfCombo(i) == type) return i;
+  }
+  return -1;
+}
+
+FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& spec) {
+  // 1 and 2: only Text and Number convert into one another.
+  uint8_t type = TypeOfCombo(edit.comboIndex);
+  FieldSpec old;
+  bool modifying =
+      edit.fieldIndex >= 0 && ReadField(table, static_cast<uint16_t>(edit.fieldIndex), old);
+  if (modifying && type != old.type) {
+    auto special = [](uint8_t t) { return t == field_type::kLongText || t == field_type::kFiles; };
+    if (special(type) || special(old.type)) {
+      edit.comboIndex = ComboOfType(old.type);
+      return {str::kConversionUnavailable, FieldFocus::kType};
+    }
+  }
+  // 3: the name.
+  TrimEnd(edit.name);
+  if (edit.name.empty() || !text::IsCharAlpha(edit.name[0])) {
+    return {str::kInvalidFieldName, FieldFocus::kName};
+  }
+  // 4: the prefix, and the stored notation for a formula.
+  std::string formulaOrValue;
+  if (!edit.formulaOrValue.empty()) {
+    if (edit.isValue) {
+      formulaOrValue = "V:" + edit.formulaOrValue;
+    } else {
+      formulaOrValue = "F:" + Renotate(table, edit.formulaOrValue, true);
+    }
+  }
+  // 5: a unique name among the other fields.
+  uint16_t count = FieldCount(table);
+  FieldSpec other;
+  for (uint16_t i = 0; i < count; ++i) {
+    if (static_cast<int>(i) == edit.fieldIndex || !ReadField(table, i, other)) continue;
+    if (text::EqualNoCase(other.name, edit.name)) return {str::kFieldExists, FieldFocus::kName};
+  }
+  spec.name = edit.name;
+  spec.type = type;
+  spec.link = type == field_type::kText && edit.link;
+  spec.sortIndex = modifying ? old.sortIndex : edit.sortIndex;
+  spec.formulaOrValue = formulaOrValue;
+  spec.firstKeyExpression = modifying ? old.firstKeyExpression : edit.firstKeyExpression;
+  return {};
+}
+
+FieldEdit EditOfField(const TableSpec& table, uint16_t fieldIndex) {
+  FieldEdit edit;
+  FieldSpec spec;
+  if (!ReadField(table, fieldIndex, spec)) return edit;
+  edit.fieldIndex = fieldIndex;
+  edit.name = spec.name;
+  edit.comboIndex = ComboOfType(spec.type);
+  edit.link = spec.link;
+  edit.sortIndex = spec.sortIndex;
+  edit.firstKeyExpression = spec.firstKeyExpression;
+  std::string formula, value;
+  SplitFormulaOrValue(spec.formulaOrValue, formula, value);
+  edit.isValue = !value.empty();
+  edit.formulaOrValue = edit.isValue ? value : Renotate(table, formula, false);
+  return edit;
+}
+
+bool AddTable(Workbook& workbook, std::string_view name, const UndoContext& context) {
+  if (workbook.undo != nullptr && !workbook.undo->RecordTableAdded(context, name)) return false;
+  if (!CreateTable(workbook, name)) return false;
+  workbook.currentSheet = workbook.FindTable(name);
+  return RefreshCurrentTable(workbook);
+}
+
+bool RenameTable(Workbook& workbook, std::string_view newName, const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  if (workbook.undo != nullptr && !workbook.undo->RecordTableRenamed(context, table.data->Name())) {
+    return false;
+  }
+  // Nothing else names a table: formulas that do keep the old name and then give "#REF!".
+  table.catalogue->SetName(newName);
+  table.data->SetName(newName);
+  return RefreshCurrentTable(workbook);
+}
+
+DeleteTableResult DeleteTable(Workbook& workbook, DetachedTable* detached,
+                              const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return DeleteTableResult::kFailed;
+  if (Ask(str::kDeleteTable, mb::kYesNo | mb::kIconExclamation | mb::kDefaultButton2) !=
+      answer::kYes) {
+    return DeleteTableResult::kCancelled;
+  }
+  if (workbook.TableCount() <= 1) {
+    workbook.errorCode = err::kNeedsOneTable;
+    return DeleteTableResult::kFailed;
+  }
+  int index = TableIndexOf(workbook, table.data);
+  std::string name(table.data->Name());
+  if (workbook.undo != nullptr &&
+      !workbook.undo->RecordTableDeleted(context, name, table.catalogue, table.data)) {
+    return DeleteTableResult::kFailed;
+  }
+  workbook.DetachNode(table.catalogue);
+  workbook.DetachNode(table.data);
+  if (workbook.undo == nullptr) {
+    if (detached != nullptr) {
+      detached->catalogue.reset(table.catalogue);
+      detached->data.reset(table.data);
+    } else {
+      delete table.catalogue;
+      delete table.data;
+    }
+  }
+  // The table behind takes its place; at the end, the one before.
+  Worksheet* next = workbook.TableByIndex(static_cast<uint32_t>(index));
+  if (next == nullptr && index > 0) next = workbook.TableByIndex(static_cast<uint32_t>(index - 1));
+  workbook.currentSheet = next;
+  return RefreshCurrentTable(workbook) ? DeleteTableResult::kDeleted : DeleteTableResult::kFailed;
+}
+
+bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& spec,
+                 const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  uint16_t count = FieldCount(table);
+  if (position > count) position = count;
+  // Checked before the snapshot, so that a refusal leaves no undo step behind.
+  bool shift = position < count;
+  if (count >= kColumnLimit || (shift && !table.data->cells.CanInsertColumn(position)) ||
+      (shift && !table.catalogue->cells.CanInsertRows(position + 1u, position + 1u))) {
+    return Fail(workbook, err::kNoEmptyColumns);
+  }
+  if (workbook.undo != nullptr && !workbook.undo->RecordFieldInserted(context, position)) {
+    return false;
+  }
+  if (shift) {
+    ErrorCode error = err::kNone;
+    if (!table.catalogue->InsertRows(position + 1u, position + 1u, error) ||
+        !table.data->InsertColumn(position, error)) {
+      return Fail(workbook, error);
+    }
+  }
+  FieldSpec written = spec;
+  written.sortIndex = 0;
+  if (!WriteField(table, position, written)) return false;
+  return RefreshCurrentTable(workbook);
+}
+
+bool DeleteField(Workbook& workbook, uint16_t index, const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  if (index >= FieldCount(table)) return false;  // no field there: nothing to do
+  if (workbook.undo != nullptr && !workbook.undo->RecordFieldDeleted(context, index)) return false;
+  table.catalogue->DeleteRow(index + 1u);
+  table.data->DeleteColumn(index);
+  return RefreshCurrentTable(workbook);
+}
+
+bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& spec,
+                 const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  FieldSpec old;
+  if (!ReadField(table, index, old)) return false;
+  bool textNumber = (old.type == field_type::kText && spec.type == field_type::kNumber) ||
+                    (old.type == field_type::kNumber && spec.type == field_type::kText);
+  if (old.type != spec.type && !textNumber &&
+      (old.type == field_type::kLongText || old.type == field_type::kFiles ||
+       spec.type == field_type::kLongText || spec.type == field_type::kFiles)) {
+    return false;  // the dialog refuses these with string 173
+  }
+  if (workbook.undo != nullptr) {
+    bool recorded = textNumber ? workbook.undo->RecordColumn(context, index)
+                               : workbook.undo->RecordFieldChanged(context, index);
+    if (!recorded) return false;
+  }
+  if (!WriteField(table, index, spec)) return false;
+  if (textNumber) {
+    int mode =
+        spec.type == field_type::kNumber ? convert::kLabelsToNumbers : convert::kNumbersToLabels;
+    if (!ConvertColumn(workbook, *table.data, index, mode, 0, kLastRow)) {
+      RefreshCurrentTable(workbook);
+      return false;
+    }
+  }
+  return RefreshCurrentTable(workbook);
+}
+
+bool SwapFields(Workbook& workbook, int a, int b, const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  int count = FieldCount(table);
+  if (a == b || a < 0 || b < 0 || a >= count || b >= count) return true;
+  auto ca = static_cast<uint16_t>(a), cb = static_cast<uint16_t>(b);
+  if (workbook.undo != nullptr && !workbook.undo->RecordFieldSwap(context, ca, cb)) return false;
+  bool ok = SwapRowCells(table.catalogue->cells, ca + 1u, cb + 1u) &&
+            SwapColumnCells(table.data->cells, ca, cb) &&
+            SwapColumnFormats(table.data->formats, ca, cb);
+  for (SheetObject& object : table.data->objects) {
+    if (object.column == ca) {
+      object.column = cb;
+    } else if (object.column == cb) {
+      object.column = ca;
+    }
+  }
+  if (!ok) workbook.errorCode = err::kOutOfMemory;
+  return RefreshCurrentTable(workbook) && ok;
+}
+
+bool NextTable(Workbook& workbook) {
+  int index = TableIndexOf(workbook, workbook.currentSheet);
+  Worksheet* next = workbook.TableByIndex(static_cast<uint32_t>(index + 1));
+  if (index < 0 || next == nullptr) return false;
+  workbook.currentSheet = next;
+  return RefreshCurrentTable(workbook);
+}
+
+bool PreviousTable(Workbook& workbook) {
+  int index = TableIndexOf(workbook, workbook.currentSheet);
+  if (index <= 0) return false;
+  workbook.currentSheet = workbook.TableByIndex(static_cast<uint32_t>(index - 1));
+  return RefreshCurrentTable(workbook);
+}
+
+}  // namespace kelpdex

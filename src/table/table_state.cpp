@@ -1,0 +1,52 @@
+#include "table/table_state.h"
+
+namespace kelpdex {
+
+bool CurrentTable(Workbook& workbook, TableSpec& table) {
+  if (workbook.currentSheet == nullptr) {
+    workbook.errorCode = err::kNoTableSelected;
+    return false;
+  }
+  return MakeTableSpec(workbook, workbook.currentSheet->Name(), table);
+}
+
+int TableIndexOf(const Workbook& workbook, const Worksheet* data) {
+  for (uint32_t i = 0;; ++i) {
+    const Worksheet* sheet = workbook.TableByIndex(i);
+    if (sheet == nullptr) return -1;
+    if (sheet == data) return static_cast<int>(i);
+  }
+}
+
+bool RefreshCurrentTable(Workbook& workbook) {
+  workbook.fieldDefaults.clear();
+  TableSpec table;
+  if (workbook.currentSheet == nullptr || !CurrentTable(workbook, table)) {
+    workbook.records.SetCount(0);
+    return workbook.currentSheet == nullptr;
+  }
+  workbook.fieldDefaults = BuildFieldDefaults(table);
+  if (!workbook.records.BuildInOrder(table.data->UsedRows())) {
+    workbook.errorCode = err::kOutOfMemory;
+    return false;
+  }
+  workbook.records.RewriteFreeTail(workbook.records.count());
+  return true;
+}
+
+std::vector<FormulaField> FormulaFields(const std::vector<FieldDefault>& defaults) {
+  std::vector<FormulaField> fields(defaults.size());
+  for (size_t i = 0; i < defaults.size(); ++i) {
+    const FieldDefault& d = defaults[i];
+    fields[i].type = d.type == field_type::kNumber ? kFieldNumber
+                     : d.type == field_type::kText ? kFieldText
+                                                   : d.type;
+    fields[i].name = d.name;
+    if (d.IsCalculated() && (d.type == field_type::kText || d.type == field_type::kNumber)) {
+      fields[i].formula = d.formula;
+    }
+  }
+  return fields;
+}
+
+}  // namespace kelpdex

@@ -1,0 +1,190 @@
+#include "table/schema.h"
+
+#include <gtest/gtest.h>
+
+#include "core/strings.h"
+#include "support/recording_prompter.h"
+#include "table/table_fixture.h"
+
+namespace kelpdex {
+namespace {
+
+using testing::Field;
+
+class SchemaTest : public testing::TableTest {
+ protected:
+  void SetUp() override {
+    MakeTable({Field("Name", field_type::kText), Field("Price", field_type::kNumber),
+               Field("Notes", field_type::kLongText)});
+  }
+  FieldCheck Check(FieldEdit edit) {
+    FieldSpec spec;
+    return CheckField(Table(), edit, spec);
+  }
+};
+
+TEST_F(SchemaTest, FieldRowsRoundTripAndTypesReadByExactText) {
+  FieldSpec spec;
+  ASSERT_TRUE(ReadField(Table(), 1, spec));
+  EXPECT_EQ(spec.name, "Price");
+  EXPECT_EQ(spec.type, field_type::kNumber);
+  EXPECT_FALSE(ReadField(Table(), 3, spec));
+  uint8_t type;
+  bool link;
+  ParseFieldTypeText("Text / Link", type, link);
+  EXPECT_EQ(type, field_type::kText);
+  EXPECT_TRUE(link);
+  ParseFieldTypeText("text", type, link);  // not an exact match
+  EXPECT_EQ(type, field_type::kUnknown);
+  EXPECT_STREQ(FieldTypeText(field_type::kUnknown, false), "Unknown");
+
+  // An empty text deletes its cell rather than writing an empty one.
+  spec.formulaOrValue = "V:3";
+  ASSERT_TRUE(WriteField(Table(), 1, spec));
+  EXPECT_NE(Table().catalogue->cells.GetCell(2, catalogue::kFormulaColumn), nullptr);
+  spec.formulaOrValue.clear();
+  ASSERT_TRUE(WriteField(Table(), 1, spec));
+  EXPECT_EQ(Table().catalogue->cells.GetCell(2, catalogue::kFormulaColumn), nullptr);
+}
+
+TEST_F(SchemaTest, DialogChecksInTheirOrder) {
+  FieldEdit edit = EditOfField(Table(), 1);
+  edit.comboIndex = 2;  // Number to Long Text
+  FieldCheck check = Check(edit);
+  EXPECT_EQ(check.stringId, str::kConversionUnavailable);
+  FieldEdit notes = EditOfField(Table(), 2);
+  notes.comboIndex = 3;  // Long Text to Images/Files
+  EXPECT_EQ(Check(notes).stringId, str::kConversionUnavailable);
+  edit.comboIndex = 2;
+  FieldSpec spec;
+  CheckField(Table(), edit, spec);
+  EXPECT_EQ(edit.comboIndex, 1);  // the old type is put back
+
+  FieldEdit added;
+  added.name = "   ";
+  EXPECT_EQ(Check(added).stringId, str::kInvalidFieldName);
+  added.name = "2nd";
+  EXPECT_EQ(Check(added).stringId, str::kInvalidFieldName);
+  added.name = "price  ";
+  EXPECT_EQ(Check(added).stringId, str::kFieldExists);
+  added.name = "Total";
+  added.formulaOrValue = "=Price*2";
+  ASSERT_TRUE(CheckField(Table(), added, spec).ok());
+  EXPECT_EQ(spec.formulaOrValue, "F:=Price*2");
+  added.isValue = true;
+  added.formulaOrValue = "12";
+  ASSERT_TRUE(CheckField(Table(), added, spec).ok());
+  EXPECT_EQ(spec.formulaOrValue, "V:12");
+
+  // Its own name is no duplicate; a Text <-> Number change is allowed.
+  FieldEdit same = EditOfField(Table(), 0);
+  same.comboIndex = 1;
+  EXPECT_TRUE(Check(same).ok());
+}
+
+TEST_F(SchemaTest, FormulasAreStoredInTheGenericNotation) {
+  LocaleSettings saved = currentLocale;
+  currentLocale.decimalSeparator = ',';
+  currentLocale.thousandSeparator = '.';
+  currentLocale.listSeparator = ';';
+  currentLocale.rowSeparator = '\\';
+  FieldEdit edit;
+  edit.name = "Rounded";
+  edit.formulaOrValue = "=round(Price; 2) + 1,5";
+  FieldSpec spec;
+  ASSERT_TRUE(CheckField(Table(), edit, spec).ok());
+  EXPECT_EQ(spec.formulaOrValue, "F:=round(Price, 2) + 1.5");
+  ASSERT_TRUE(InsertField(book, 3, spec));
+  EXPECT_EQ(EditOfField(Table(), 3).formulaOrValue, "=round(Price; 2) + 1,5");
+  currentLocale = saved;
+}
+
+TEST_F(SchemaTest, InsertDeleteAndSwapMoveCellsFormatsAndObjects) {
+  PutText(0, 0, "apple");
+  PutNumber(0, 1, 2.5);
+  PutText(1, 0, "pear");
+  Data().objects.push_back(SheetObject{1, 2, field_type::kLongText, "long"});
+  ASSERT_TRUE(Data().formats.ApplyStyleRun(StyleRun{1, 1, 0, 3}));
+  Data().formats.SetColumnStyle(1, 5);
+
+  ASSERT_TRUE(InsertField(book, 1, Field("Kind", field_type::kText)));
+  EXPECT_EQ(Names(), (std::vector<std::string>{"Name", "Kind", "Price", "Notes"}));
+  EXPECT_EQ(At(0, 2), "2.5");
+  EXPECT_EQ(Data().objects[0].column, 3);
+  EXPECT_EQ(Data().formats.StyleAt(0, 2), 3);
+  EXPECT_EQ(book.fieldDefaults.size(), 4u);
+
+  ASSERT_TRUE(SwapFields(book, 2, 3));
+  EXPECT_EQ(Names(), (std::vector<std::string>{"Name", "Kind", "Notes", "Price"}));
+  EXPECT_EQ(At(0, 3), "2.5");
+  EXPECT_EQ(At(0, 2), "-");
+  EXPECT_EQ(Data().objects[0].column, 2);
+  EXPECT_EQ(Data().formats.StyleAt(0, 3), 3);
+  EXPECT_EQ(Data().formats.ColumnStyle(3), 5);
+  EXPECT_TRUE(SwapFields(book, 3, 4));  // past the end: nothing
+  EXPECT_EQ(Names().back(), "Price");
+
+  ASSERT_TRUE(DeleteField(book, 0));
+  EXPECT_EQ(Names(), (std::vector<std::string>{"Kind", "Notes", "Price"}));
+  EXPECT_EQ(At(0, 2), "2.5");
+  EXPECT_EQ(At(1, 0), "-");
+  EXPECT_FALSE(DeleteField(book, 7));
+}
+
+TEST_F(SchemaTest, ModifyConvertsBetweenTextAndNumberOnly) {
+  PutText(0, 1, "1,234.5");
+  PutText(1, 1, "n/a");
+  PutNumber(2, 1, 7, cell::kAuto);
+  FieldSpec text = Field("Price", field_type::kText);
+  ASSERT_TRUE(ModifyField(book, 1, text));  // Number to Text: numbers become labels
+  EXPECT_EQ(At(2, 1), "7");                 // a computed cell is left as it is
+  FieldSpec number = Field("Amount", field_type::kNumber);
+  ASSERT_TRUE(ModifyField(book, 1, number));
+  EXPECT_EQ(At(0, 1), "1234.5");
+  EXPECT_EQ(At(1, 1), "'n/a'");
+  EXPECT_EQ(Names()[1], "Amount");
+  EXPECT_FALSE(ModifyField(book, 2, Field("Notes", field_type::kFiles)));
+}
+
+TEST_F(SchemaTest, TablesAddRenameDeleteAndTheLastOneStays) {
+  EXPECT_EQ(CheckTableName(book, "t"), TableNameCheck::kDuplicate);
+  EXPECT_EQ(CheckTableName(book, "T", book.FindTable("T")), TableNameCheck::kOk);
+  EXPECT_EQ(CheckTableName(book, "  "), TableNameCheck::kInvalid);
+  EXPECT_EQ(CheckTableName(book, "a\\b"), TableNameCheck::kInvalid);
+  ASSERT_TRUE(AddTable(book, "Second"));
+  EXPECT_EQ(book.currentSheet, book.FindTable("Second"));
+  ASSERT_TRUE(RenameTable(book, "Two"));
+  EXPECT_NE(book.FindCatalogue("Two"), nullptr);
+  EXPECT_EQ(book.FindTable("Second"), nullptr);
+  EXPECT_TRUE(PreviousTable(book));
+  EXPECT_EQ(book.currentSheet, book.FindTable("T"));
+  EXPECT_FALSE(PreviousTable(book));
+  EXPECT_TRUE(NextTable(book));
+  EXPECT_FALSE(NextTable(book));
+
+  testing::RecordingPrompter prompter;
+  testing::ScopedPrompter scope(prompter);
+  EXPECT_EQ(DeleteTable(book), DeleteTableResult::kCancelled);  // No is the cautious answer
+  ASSERT_EQ(prompter.boxes.size(), 1u);
+  EXPECT_EQ(prompter.boxes[0].flags & mb::kDefaultButton2, mb::kDefaultButton2);
+  prompter.answers = {answer::kYes, answer::kYes};
+  DetachedTable held;
+  EXPECT_EQ(DeleteTable(book, &held), DeleteTableResult::kDeleted);
+  ASSERT_NE(held.data, nullptr);
+  EXPECT_EQ(held.data->Name(), "Two");
+  EXPECT_EQ(book.currentSheet, book.FindTable("T"));
+  EXPECT_EQ(DeleteTable(book), DeleteTableResult::kFailed);
+  EXPECT_EQ(book.errorCode, err::kNeedsOneTable);
+  EXPECT_NE(book.FindTable("T"), nullptr);
+}
+
+TEST_F(SchemaTest, InsertingPastTheLastColumnIsRefusedBeforeAnythingChanges) {
+  PutText(0, kLastColumn, "edge");
+  EXPECT_FALSE(InsertField(book, 0, Field("New", field_type::kText)));
+  EXPECT_EQ(book.errorCode, err::kNoEmptyColumns);
+  EXPECT_EQ(Names().size(), 3u);
+  EXPECT_EQ(At(0, kLastColumn), "'edge'");
+}
+
+}  // namespace
+}  // namespace kelpdex
