@@ -47,7 +47,7 @@ bool CurrentTableWithRecords(Workbook& workbook, TableSpec& table) {
 }
 
 void PutRecordSetTail(Workbook& workbook, const Worksheet& sheet) {
-  workbook.records.RewriteFreeTail(sheet.UsedRows());
+  workbook.records.RewriteFreeTail(FirstFreeRow(workbook.records, sheet));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "table/table_state.h"
 
+#include <algorithm>
+
 namespace kelpdex {
 
 bool CurrentTable(Workbook& workbook, TableSpec& table) {
@@ -32,6 +34,12 @@ bool RefreshCurrentTable(Workbook& workbook) {
   }
   workbook.records.RewriteFreeTail(workbook.records.count());
   return true;
+}
+
+uint32_t FirstFreeRow(const RecordSet& records, const Worksheet& data) {
+  uint32_t first = data.UsedRows();
+  for (uint32_t i = 0; i < records.count(); ++i) first = std::max(first, records[i] + 1);
+  return first;
 }
 
 std::vector<FormulaField> FormulaFields(const std::vector<FieldDefault>& defaults) {

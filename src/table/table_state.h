@@ -21,6 +21,10 @@ int TableIndexOf(const Workbook& workbook, const Worksheet* data);
 // order; a narrowed or sorted set is the search's to restore. False with code 21.
 bool RefreshCurrentTable(Workbook& workbook);
 
+// Where the free rows of the set's tail begin: behind the last used row of the sheet, and behind
+// every row the set holds, since an empty record inside the set still owns its row.
+uint32_t FirstFreeRow(const RecordSet& records, const Worksheet& data);
+
 // The fields as the formula engine takes them: only a formula that begins with "=" or "+" is
 // handed on, so a stored text such as "x+1" is never evaluated.
 std::vector<FormulaField> FormulaFields(const std::vector<FieldDefault>& defaults);
