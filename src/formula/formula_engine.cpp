@@ -130,13 +130,27 @@ void FormulaEngine::LoadReference(FormulaValue& value) {
 CellRecord* FormulaEngine::ReadCell(Worksheet* sheet, uint32_t row, uint16_t column) {
   if (sheet == nullptr) return nullptr;
   if (!inPass_ || sheet != sheet_) return sheet->cells.GetCellFast(row, column);
+  PreparePassCursor(row, column);
   CellRecord* r = sheet->cells.GetCell(row, column, &passCursor_);
   if (r == nullptr && passNew_.head() != nullptr)
     r = passNew_.GetCell(row, column, &passNewCursor_);
   return r;
 }
 
+void FormulaEngine::PreparePassCursor(uint32_t row, uint16_t column) {
+  uint64_t key = (static_cast<uint64_t>(row) << 16) | column;
+  if (row != passRow_) {
+    // The first look into a row finds its start, moving forward from the rows before.
+    sheet_->cells.GetCell(row, 0, &passCursor_);
+    passRowCursor_ = passCursor_;
+    passRow_ = row;
+  } else if (passCursor_.block == nullptr || passCursor_.key > key) {
+    passCursor_ = passRowCursor_;
+  }
+}
+
 void FormulaEngine::StartPass() {
+  passRow_ = kNoPassRow;
   passCursor_.Clear();
   passNewCursor_.Clear();
   inPass_ = true;
@@ -144,7 +158,19 @@ void FormulaEngine::StartPass() {
 
 bool FormulaEngine::EndPass() {
   bool ok = true;
-  if (passNew_.head() != nullptr && !sheet_->cells.MergeFrom(passNew_)) {
+  // A merge copies both chains; a few new cells are cheaper put one by one.
+  constexpr uint32_t kMergeBlocks = 4;
+  if (passNew_.head() != nullptr && passNew_.blockCount() <= kMergeBlocks) {
+    CellCursor read;
+    CellCursor write;
+    while (CellRecord* r = passNew_.NextCell(read)) {
+      if (!sheet_->cells.PutCell(cell::Bytes(r), &write)) {
+        ok = false;
+        break;
+      }
+    }
+    passNew_.Reset(false);
+  } else if (passNew_.head() != nullptr && !sheet_->cells.MergeFrom(passNew_)) {
     // Not enough memory for the sweep: the cells go in one by one, as far as they can.
     CellCursor read;
     CellCursor write;
@@ -158,6 +184,7 @@ bool FormulaEngine::EndPass() {
   }
   passCursor_.Clear();
   passNewCursor_.Clear();
+  passRow_ = kNoPassRow;
   inPass_ = false;
   return ok;
 }

@@ -85,9 +85,10 @@ class FormulaEngine {
   // stored.
   bool RecalculateRow(uint32_t row);
   // Recalculates the given records in ascending row order, after clearing the calculation marks
-  // of the sheet's formula cells. False (the caller reports out of memory) when a cell could not
-  // be stored.
-  bool RecalculateRows(const uint32_t* rows, size_t count);
+  // of the sheet's formula cells (a walk over the whole sheet, which a recomputation of a few new
+  // rows may skip with `resetMarks` false). False (the caller reports out of memory) when a cell
+  // could not be stored.
+  bool RecalculateRows(const uint32_t* rows, size_t count, bool resetMarks = true);
 
   // A pass: successive evaluations over ascending rows share one cursor into the sheet, so no read
   // or write searches from the start. Between StartPass and EndPass the sheet must change only
@@ -224,6 +225,13 @@ class FormulaEngine {
   uint8_t pendingFlags_ = 0;
   Worksheet* pendingSheet_ = nullptr;
   CellCursor passCursor_;
+  // The cursor at the start of the row being calculated: a field that reads a column to the left
+  // of the last one read starts from here instead of the block's first record.
+  static constexpr uint32_t kNoPassRow = 0xFFFFFFFF;
+  uint32_t passRow_ = kNoPassRow;
+  CellCursor passRowCursor_;
+  // Makes passCursor_ ready for a forward search to (row, column) of the sheet.
+  void PreparePassCursor(uint32_t row, uint16_t column);
   bool inPass_ = false;
   // New cells of a pass wait here, in order, and join the sheet in one sweep when it ends.
   CellStore passNew_;

@@ -61,8 +61,11 @@ bool FormulaEngine::StoreResultCell(const FormulaField& field, uint16_t fieldInd
   }
   if (!inPass_) return sheet_->cells.PutCell(record);
   // In a pass, a cell that exists is replaced where it stands; a new one waits for the sweep.
+  PreparePassCursor(row, fieldIndex);
   CellCursor before = passCursor_;  // still in front of the cell, so the write scans forward
-  if (sheet_->cells.GetCell(row, fieldIndex, &passCursor_) != nullptr) {
+  if (CellRecord* old = sheet_->cells.GetCell(row, fieldIndex, &passCursor_)) {
+    // Only a write of another size can move records; the row's start is then found again.
+    if (cell::Size(old) != cell::Size(record)) passRow_ = kNoPassRow;
     passCursor_ = before;
     return sheet_->cells.PutCell(record, &passCursor_);
   }
@@ -71,7 +74,10 @@ bool FormulaEngine::StoreResultCell(const FormulaField& field, uint16_t fieldInd
 
 bool FormulaEngine::RecalculateRow(uint32_t row) {
   if (fields_ == nullptr || sheet_ == nullptr) return true;
-  if (!inPass_) passCursor_.Clear();
+  if (!inPass_) {
+    passCursor_.Clear();
+    passRow_ = kNoPassRow;
+  }
   for (uint16_t i = 0; i < fieldCount_; ++i) {
     fields_[i].flags &= static_cast<uint8_t>(~(kFieldCalculated | kFieldInProgress | 0x80));
     fields_[i].visits = 0;
@@ -120,11 +126,11 @@ bool FormulaEngine::RecalculateRow(uint32_t row) {
   return true;
 }
 
-bool FormulaEngine::RecalculateRows(const uint32_t* rows, size_t count) {
+bool FormulaEngine::RecalculateRows(const uint32_t* rows, size_t count, bool resetMarks) {
   if (sheet_ == nullptr) return true;
   // Formula cells lose their marks of the last calculation.
   CellCursor scan;
-  while (CellRecord* r = sheet_->cells.NextCell(scan)) {
+  while (CellRecord* r = resetMarks ? sheet_->cells.NextCell(scan) : nullptr) {
     if (!cell::IsFormula(r)) continue;
     uint8_t* bytes = cell::Bytes(r);
     bytes[cell::kFlagsAt] &= static_cast<uint8_t>(~cell::kEvaluationMarks);

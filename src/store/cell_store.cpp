@@ -686,15 +686,9 @@ void CellStore::InsertRowsBefore(const uint32_t* rows, size_t count) {
 }
 
 bool CellStore::LastRecordRow(uint32_t& row) const {
-  const RowBlock* last = nullptr;
-  for (const RowBlock* b = head_; b != nullptr; b = b->next) {
-    if (b->used > 0) last = b;
-  }
+  const uint8_t* last = LastRecord();
   if (last == nullptr) return false;
-  uint32_t off = 0;
-  uint32_t at = 0;
-  for (; off < last->used; off += cell::Size(last->data + off)) at = off;
-  row = cell::Row(last->data + at);
+  row = cell::Row(last);
   return true;
 }
 

@@ -61,7 +61,9 @@ bool RecalculateRecordRows(Workbook& workbook, const uint32_t* rows, size_t coun
   if (!any || count == 0) return true;
   FormulaEngine engine(&workbook, table.data, &BuiltinFunctions());
   engine.SetFields(fields.data(), static_cast<uint16_t>(fields.size()));
-  if (!engine.RecalculateRows(rows, count)) return Fail(workbook, err::kOutOfMemory);
+  // Only a pass over every record starts the calculation marks afresh.
+  bool everyRecord = count == workbook.records.count() && rows == workbook.records.rows();
+  if (!engine.RecalculateRows(rows, count, everyRecord)) return Fail(workbook, err::kOutOfMemory);
   return true;
 }
 
