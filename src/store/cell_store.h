@@ -119,6 +119,8 @@ class CellStore {
   RowBlock* DetachChain(bool forget);
   // Takes a chain (which may be null), putting the present blocks on the free list.
   void AdoptChain(RowBlock* head);
+  // A block for a chain being loaded, from the spares first; nullptr when memory is exhausted.
+  RowBlock* TakeSpareBlock() { return pool_->Take(); }
 
   // Marks every row-index page inexact, as before a batch of changes. Pages still serve as
   // starting hints for lookups.

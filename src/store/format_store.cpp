@@ -754,6 +754,34 @@ void FormatStore::DeleteColumn(uint16_t column) {
   columns_[kLastColumn] = ColumnFormat();
 }
 
+void FormatStore::AdoptRunChain(RowBlock* head) {
+  pool_.GiveChain(head_, false);
+  head_ = head;
+  tail_ = nullptr;
+  blockCount_ = 0;
+  freeBytes_ = 0;
+  RowBlock* previous = nullptr;
+  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+    b->prev = previous;
+    previous = b;
+    tail_ = b;
+    ++blockCount_;
+    freeBytes_ += kBlockPayload - b->used;
+  }
+}
+
+bool FormatStore::FillRowWords(uint32_t first, uint32_t count, uint16_t value) {
+  if (count == 0) return true;
+  if (first >= kRowLimit || count > kRowLimit - first) return false;
+  if (!GrowRowWords(first + count)) return false;
+  WordPosition p = LocateWord(first);
+  for (; count > 0; --count) {
+    Words(p.block)[p.index] = value;
+    if (++p.index == kWordsPerBlock) p = {p.block->next, 0};
+  }
+  return true;
+}
+
 void FormatStore::Reset(bool freeBlocks) {
   pool_.GiveChain(head_, freeBlocks);
   head_ = nullptr;

@@ -118,6 +118,14 @@ class FormatStore {
   // Empties runs, row words and columns; blocks go to the free lists unless `freeBlocks`.
   void Reset(bool freeBlocks);
 
+  // Loading: blocks of runs read from a file, linked through `next` in order, become the store's
+  // runs; the present ones go to the spares. The caller has checked their contents.
+  RowBlock* TakeSpareBlock() { return pool_.Take(); }
+  void AdoptRunChain(RowBlock* head);
+  // Gives rows [first, first + count) the word `value`, growing the words; false on out of
+  // memory.
+  bool FillRowWords(uint32_t first, uint32_t count, uint16_t value);
+
   RowBlock* head() const { return head_; }
   RowBlock* freeList() const { return pool_.list(); }
   uint32_t blockCount() const { return blockCount_; }

@@ -138,4 +138,18 @@ bool StyleTable::IsSelectionStyle(uint16_t id) const {
          LoadU32(s + style::kFillColourAt) == style::kSelectionColour;
 }
 
+bool StyleTable::LoadStyles(const StyleRecord* records, uint16_t count) {
+  if (count == 0 || count > kMaxStyles) return false;
+  std::memcpy(styles_, records, count * sizeof(StyleRecord));
+  styleCount_ = count;
+  return true;
+}
+
+bool StyleTable::LoadFonts(const FontRecord* records, uint8_t count) {
+  if (count == 0 || count > kMaxFonts) return false;
+  std::memcpy(fonts_, records, count * sizeof(FontRecord));
+  fontCount_ = count;
+  return true;
+}
+
 }  // namespace kelpdex

@@ -117,6 +117,11 @@ class StyleTable {
   // True for the solid green fill that marks the chosen key or form column.
   bool IsSelectionStyle(uint16_t id) const;
 
+  // Loading: the tables exactly as a file holds them, in their order, since cells refer to
+  // styles by number. False for a count of 0 or above the capacity.
+  bool LoadStyles(const StyleRecord* records, uint16_t count);
+  bool LoadFonts(const FontRecord* records, uint8_t count);
+
  private:
   StyleRecord styles_[kMaxStyles];
   FontRecord fonts_[kMaxFonts];

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include "text/code_page.h"
 
@@ -128,7 +129,39 @@ void Workbook::Clear() {
   records.SetCount(0);
   records.SetOrdered(true);
   fieldDefaults.clear();
+  lastSavedBy.clear();
+  lastSavedAt.clear();
+  treePaneVisible = 1;
+  treePaneWidth = 0;
+  inspectPaneVisible = 0;
+  inspectPaneHeight = 0;
+  inspectCells.clear();
+  readOnly = false;
   errorCode = err::kNone;
+}
+
+void Workbook::SwapContents(Workbook& other) {
+  std::swap(folderCount, other.folderCount);
+  std::swap(worksheetCount, other.worksheetCount);
+  std::swap(currentSheet, other.currentSheet);
+  std::swap(firstNode, other.firstNode);
+  std::swap(records, other.records);
+  std::swap(fieldDefaults, other.fieldDefaults);
+  std::swap(undo, other.undo);
+  std::swap(lastSavedBy, other.lastSavedBy);
+  std::swap(lastSavedAt, other.lastSavedAt);
+  std::swap(treePaneVisible, other.treePaneVisible);
+  std::swap(treePaneWidth, other.treePaneWidth);
+  std::swap(inspectPaneVisible, other.inspectPaneVisible);
+  std::swap(inspectPaneHeight, other.inspectPaneHeight);
+  std::swap(inspectCells, other.inspectCells);
+  std::swap(readOnly, other.readOnly);
+  std::swap(errorCode, other.errorCode);
+  std::swap(dropDownLists, other.dropDownLists);
+  // The style table is large and fixed; a member-wise exchange keeps it in place.
+  auto table = std::make_unique<StyleTable>(styles);
+  styles = other.styles;
+  other.styles = *table;
 }
 
 bool Workbook::PathOfNode(const WorkbookNode* node, std::string& path, bool withName) const {

@@ -14,6 +14,7 @@
 #include "store/field_default.h"
 #include "store/format_store.h"
 #include "store/record_set.h"
+#include "store/sheet_records.h"
 #include "store/style_table.h"
 #include "store/undo_recorder.h"
 
@@ -81,6 +82,9 @@ class Worksheet : public WorkbookNode {
   CellStore cells;
   FormatStore formats;
   std::vector<SheetObject> objects;
+  std::vector<ContainerRecord> containers;
+  std::array<uint8_t, kPageSettingsSize> pageSettings = DefaultPageSettings();
+  std::array<uint8_t, kSheetSettingsSize> sheetSettings = DefaultSheetSettings();
 };
 
 struct DropDownList {
@@ -98,6 +102,9 @@ class Workbook {
 
   // Deletes every node and returns the tables to their state in a new document.
   void Clear();
+  // Exchanges the whole document with another workbook, as a load does once it has read a file
+  // completely.
+  void SwapContents(Workbook& other);
 
   // The node whose path ("\folder\sheet") matches, compared without regard to case, starting at
   // `start` or the first node; nullptr if none.
@@ -136,6 +143,17 @@ class Workbook {
   WorkbookNode* firstNode = nullptr;
   StyleTable styles;
   std::array<DropDownList, kDropDownListSlots> dropDownLists;
+  // Who saved the document last and when (the generic date text of the file).
+  std::string lastSavedBy;
+  std::string lastSavedAt;
+  // The tree and inspect panes as the document was left.
+  uint16_t treePaneVisible = 1;
+  uint16_t treePaneWidth = 0;
+  uint16_t inspectPaneVisible = 0;
+  uint16_t inspectPaneHeight = 0;
+  std::vector<InspectedCell> inspectCells;
+  // Opened as a read-only copy: it may not be saved over its file.
+  bool readOnly = false;
   ErrorCode errorCode = err::kNone;
 };
 

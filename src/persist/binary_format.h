@@ -1,0 +1,35 @@
+// The native binary document: an 11-digit header, then count-prefixed sections in a fixed order,
+// little-endian throughout. Blocks of cells and style runs travel as their used bytes, so a load
+// is a series of block reads.
+#pragma once
+
+#include <cstdint>
+
+#include "persist/file_stream.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+namespace binary {
+constexpr uint8_t kVersion = 3;
+constexpr uint32_t kUserNameSize = 128;
+constexpr uint32_t kDateSize = 50;
+constexpr uint32_t kColumnRecordSize = 6;
+constexpr uint32_t kOldDropDownRecordSize = 34;
+}  // namespace binary
+
+// Writes the header "30000000000" and the stream: the document as it is.
+bool WriteBinaryDocument(FileStream& stream, const Workbook& book);
+// The stream alone, enciphered when `cipher` is given. `readOnlyCopy` writes every formula as its
+// value and clears the Auto flags: the copy a protected file carries in front of its cipher text.
+bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* cipher,
+                       bool readOnlyCopy);
+
+// Reads a whole binary file from its first byte into `book`, which is replaced only when the read
+// succeeds. `password` null: an enciphered file fails with 37, and a file carrying a read-only
+// copy opens that copy, read-only. False with the workbook's errorCode set: the stream's own
+// error, 33 for a stream that does not hold together, 44 for a table whose catalogue is missing.
+bool ReadBinaryDocument(FileStream& stream, Workbook& book, const char* password = nullptr,
+                        const std::string& documentPath = std::string());
+
+}  // namespace kelpdex

@@ -1,0 +1,533 @@
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "persist/binary_format.h"
+#include "persist/file_kind.h"
+#include "persist/old_drop_downs.h"
+#include "store/bytes.h"
+#include "store/catalogue.h"
+#include "table/table_state.h"
+
+namespace kelpdex {
+
+namespace {
+
+// Sizes that a healthy file never passes; beyond them the stream is taken as damaged rather than
+// read until memory or the disk runs out.
+constexpr uint32_t kMaxTreeItems = 1u << 20;
+constexpr uint32_t kMaxInspectedCells = 1u << 20;
+constexpr uint32_t kMaxContainers = 255;
+
+// A block chain under construction; the store adopts it whether or not the read went well, so
+// that the blocks always have an owner.
+struct Chain {
+  RowBlock* head = nullptr;
+  RowBlock* tail = nullptr;
+  void Append(RowBlock* b) {
+    b->next = nullptr;
+    b->prev = tail;
+    if (tail != nullptr) {
+      tail->next = b;
+    } else {
+      head = b;
+    }
+    tail = b;
+  }
+};
+
+uint64_t RecordKey(const uint8_t* r) {
+  return (static_cast<uint64_t>(cell::Row(r)) << 16) | cell::Column(r);
+}
+
+class Reader {
+ public:
+  Reader(FileStream& stream, StreamCipher* cipher, int version)
+      : s_(stream), cipher_(cipher), version_(version) {}
+
+  bool ReadStream(Workbook& book);
+  bool bad() const { return bad_; }
+
+ private:
+  bool Bytes(void* out, size_t size) {
+    if (bad_) return false;
+    return s_.ReadBlock(static_cast<uint8_t*>(out), size, cipher_);
+  }
+  bool U8(uint8_t& v) { return Bytes(&v, 1); }
+  bool U16(uint16_t& v) {
+    uint8_t b[2];
+    if (!Bytes(b, 2)) return false;
+    v = LoadU16(b);
+    return true;
+  }
+  bool U32(uint32_t& v) {
+    uint8_t b[4];
+    if (!Bytes(b, 4)) return false;
+    v = LoadU32(b);
+    return true;
+  }
+  bool Text(std::string& out, size_t size) {
+    out.resize(size);
+    return size == 0 || Bytes(out.data(), size);
+  }
+  // A zero-padded field, up to its first zero.
+  bool Padded(std::string& out, size_t size) {
+    std::vector<char> field(size);
+    if (!Bytes(field.data(), size)) return false;
+    out.assign(field.data(), strnlen(field.data(), size));
+    return true;
+  }
+  bool Damaged() {
+    bad_ = true;
+    return false;
+  }
+
+  bool ReadDropDownLists(Workbook& book);
+  bool ReadOldDropDownBlock(Workbook& book);
+  bool ReadStyles(Workbook& book);
+  bool ReadTree(Workbook& book);
+  bool ReadWorksheet(Worksheet& sheet, uint16_t styleCount);
+  bool ReadContainers(Worksheet& sheet);
+  bool ReadColumnRuns(FormatStore& formats);
+  bool ReadRowRuns(FormatStore& formats);
+  bool ReadRunBlocks(FormatStore& formats, uint16_t styleCount);
+  bool ReadCellBlocks(CellStore& cells);
+
+  FileStream& s_;
+  StreamCipher* cipher_;
+  int version_;
+  bool bad_ = false;
+  uint32_t containerId_ = 0;  // the running ids of older files
+};
+
+bool Reader::ReadDropDownLists(Workbook& book) {
+  uint16_t count = 0;
+  if (!U16(count)) return false;
+  if (count > kDropDownListSlots) return Damaged();
+  for (uint16_t i = 0; i < count; ++i) {
+    uint16_t slot = 0, nameLength = 0;
+    uint32_t items = 0;
+    if (!U16(slot)) return false;
+    if (slot >= kDropDownListSlots || book.dropDownLists[slot].used) return Damaged();
+    DropDownList& list = book.dropDownLists[slot];
+    list.used = true;
+    if (!U16(nameLength) || !Text(list.name, nameLength) || !U32(items)) return false;
+    for (uint32_t k = 0; k < items; ++k) {
+      uint16_t length = 0;
+      std::string item;
+      if (!U16(length) || !Text(item, length)) return false;
+      list.items.push_back(std::move(item));
+    }
+  }
+  return true;
+}
+
+// Versions 1 and 2 kept drop-down lists as 34-byte records, each an item of a numbered list.
+bool Reader::ReadOldDropDownBlock(Workbook& book) {
+  uint32_t count = 0;
+  if (!U32(count)) return false;
+  for (uint32_t i = 0; i < count; ++i) {
+    uint8_t r[binary::kOldDropDownRecordSize];
+    if (!Bytes(r, sizeof r)) return false;
+    uint16_t number = LoadU16(r);
+    uint16_t flags = LoadU16(r + 2);
+    uint16_t length = LoadU16(r + 4);
+    if ((flags & 2) || number < 1 || number > kDropDownListSlots) continue;
+    DropDownList& list = book.dropDownLists[number - 1];
+    if (!list.used) {
+      list.used = true;
+      list.name = "List " + std::to_string(number) + ".";
+    }
+    list.items.emplace_back(reinterpret_cast<const char*>(r + 6), std::min<uint16_t>(length, 28));
+  }
+  return true;
+}
+
+bool Reader::ReadStyles(Workbook& book) {
+  uint8_t fontCount = 0;
+  if (!U8(fontCount)) return false;
+  if (fontCount == 0 || fontCount > kMaxFonts) return Damaged();
+  std::vector<FontRecord> fonts(fontCount);
+  for (FontRecord& f : fonts) {
+    if (!Bytes(f.bytes, kFontRecordSize)) return false;
+  }
+  uint16_t styleCount = 0;
+  if (!U16(styleCount)) return false;
+  if (styleCount == 0 || styleCount > kMaxStyles) return Damaged();
+  std::vector<StyleRecord> styles(styleCount);
+  for (StyleRecord& st : styles) {
+    if (!Bytes(st.bytes, kStyleRecordSize)) return false;
+  }
+  book.styles.LoadFonts(fonts.data(), fontCount);
+  book.styles.LoadStyles(styles.data(), styleCount);
+  return true;
+}
+
+bool Reader::ReadContainers(Worksheet& sheet) {
+  uint32_t count = 0;
+  if (!U32(count)) return false;
+  if (count > kMaxContainers) return Damaged();
+  sheet.containers.resize(count);
+  for (ContainerRecord& c : sheet.containers) {
+    if (!Bytes(c.bytes.data(), c.bytes.size())) return false;
+    if (version_ < 3) StoreU32(c.bytes.data() + container::kIdAt, ++containerId_);
+    c.charts.resize(c.bytes[container::kChartCountAt]);
+    for (ChartRecord& chart : c.charts) {
+      if (!Bytes(chart.bytes.data(), chart.bytes.size())) return false;
+      if (version_ >= 3) {
+        if (!Bytes(chart.matrix.data(), chart.matrix.size())) return false;
+      } else {
+        // Older charts kept three rotation angles in degrees: the matrix is identity times the
+        // rotations about X, Y and Z in turn.
+        double m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+        for (int axis = 0; axis < 3; ++axis) {
+          float degrees = 0;
+          std::memcpy(&degrees, chart.bytes.data() + chart::kRotationAt + 4 * axis, 4);
+          double a = degrees * M_PI * (1.0 / 180.0);
+          double c0 = std::cos(a), s0 = std::sin(a);
+          double r[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+          int i = (axis + 1) % 3, j = (axis + 2) % 3;
+          r[i][i] = c0;
+          r[i][j] = -s0;
+          r[j][i] = s0;
+          r[j][j] = c0;
+          double t[4][4] = {};
+          for (int x = 0; x < 4; ++x) {
+            for (int y = 0; y < 4; ++y) {
+              for (int k = 0; k < 4; ++k) t[x][y] += m[x][k] * r[k][y];
+            }
+          }
+          std::memcpy(m, t, sizeof m);
+        }
+        for (int k = 0; k < 16; ++k) {
+          float v = static_cast<float>(m[k / 4][k % 4]);
+          uint32_t bits;
+          std::memcpy(&bits, &v, 4);
+          StoreU32(chart.matrix.data() + 4 * k, bits);
+        }
+      }
+      chart.series.resize(chart.bytes[chart::kSeriesCountAt]);
+      for (auto& series : chart.series) {
+        if (!Bytes(series.data(), series.size())) return false;
+      }
+    }
+  }
+  return true;
+}
+
+bool Reader::ReadColumnRuns(FormatStore& formats) {
+  uint32_t column = 0;
+  while (column < kColumnLimit) {
+    uint16_t run = 0;
+    ColumnFormat format;
+    if (!U16(run) || !U16(format.words[0]) || !U16(format.words[1])) return false;
+    // The first version kept no automatic row height.
+    if (version_ >= 2 && !U16(format.words[2])) return false;
+    if (run == 0 || run > kColumnLimit - column) return Damaged();
+    for (uint32_t k = 0; k < run; ++k) formats.Column(static_cast<uint16_t>(column + k)) = format;
+    column += run;
+  }
+  return true;
+}
+
+bool Reader::ReadRowRuns(FormatStore& formats) {
+  uint32_t rows = 0;
+  if (!U32(rows)) return false;
+  if (rows > kRowLimit) return Damaged();
+  uint32_t row = 0;
+  while (row < rows) {
+    uint32_t run = 0;
+    uint16_t word = 0;
+    if (!U32(run) || !U16(word)) return false;
+    if (run == 0 || run > rows - row) return Damaged();
+    // Rows of word 0 need no storage unless words behind them do.
+    if ((word != 0 || row + run == rows) && !formats.FillRowWords(row, run, word)) {
+      s_.SetError(err::kOutOfMemory);
+      return false;
+    }
+    row += run;
+  }
+  return true;
+}
+
+bool Reader::ReadRunBlocks(FormatStore& formats, uint16_t styleCount) {
+  uint32_t count = 0;
+  if (!U32(count)) return false;
+  Chain chain;
+  uint64_t lastKey = 0;
+  bool any = false;
+  bool failed = false;
+  for (uint32_t i = 0; i < count && !failed; ++i) {
+    uint16_t used = 0;
+    if (!U16(used)) {
+      failed = true;
+    } else if (used == 0 || used > FormatStore::kRunCapacity || used % FormatStore::kRunSize != 0) {
+      failed = !Damaged();
+    }
+    if (failed) break;
+    RowBlock* b = formats.TakeSpareBlock();
+    if (b == nullptr) {
+      s_.SetError(err::kOutOfMemory);
+      failed = true;
+      break;
+    }
+    chain.Append(b);
+    b->used = used;
+    if (!Bytes(b->data, used)) {
+      b->used = 0;
+      failed = true;
+      break;
+    }
+    for (uint32_t off = 0; off < used; off += FormatStore::kRunSize) {
+      const uint8_t* r = b->data + off;
+      uint16_t first = LoadU16(r), last = LoadU16(r + 2), style = LoadU16(r + 8);
+      uint32_t row = LoadU32(r + 4);
+      uint64_t key = (static_cast<uint64_t>(row) << 16) | first;
+      if (first > last || last > kLastColumn || row > kLastRow || style >= styleCount ||
+          (any && key <= lastKey)) {
+        failed = !Damaged();
+        break;
+      }
+      lastKey = (static_cast<uint64_t>(row) << 16) | last;
+      any = true;
+    }
+  }
+  formats.AdoptRunChain(chain.head);
+  return !failed;
+}
+
+// One record at `r` with `room` bytes left in its block: its size, or 0 when it does not hold
+// together.
+uint32_t CheckedRecordSize(const uint8_t* r, uint32_t room) {
+  uint8_t tag = r[0];
+  uint32_t size;
+  if (tag & cell::kText) {
+    if (room < cell::kTextHeader) return 0;
+    size = cell::kTextHeader + LoadU16(r + 7);
+  } else if (tag & cell::kNumber) {
+    size = cell::kNumberSize;
+  } else if (tag & cell::kFormula) {
+    if (room < cell::kFormulaHeader) return 0;
+    size = cell::kFormulaHeader + LoadU16(r + cell::kFormulaLengthAt);
+    if (r[cell::kFlagsAt] & cell::kCachedString) {
+      if (size + 2 > room) return 0;
+      size += 2 + LoadU16(r + size);
+    }
+    if (r[cell::kFlagsAt] & cell::kArrayHead) {
+      uint32_t columns = LoadU16(r + cell::kArrayColumnsAt);
+      uint32_t rows = LoadU32(r + cell::kArrayRowsAt);
+      if (columns == 0 || rows == 0 || cell::Column(r) + columns - 1 > kLastColumn ||
+          rows > kRowLimit || cell::Row(r) + (rows - 1) > kLastRow) {
+        return 0;
+      }
+    }
+  } else {
+    return 0;
+  }
+  return size <= room ? size : 0;
+}
+
+bool Reader::ReadCellBlocks(CellStore& cells) {
+  uint32_t count = 0;
+  if (!U32(count)) return false;
+  Chain chain;
+  uint64_t lastKey = 0;
+  bool any = false;
+  bool failed = false;
+  for (uint32_t i = 0; i < count && !failed; ++i) {
+    uint16_t used = 0;
+    if (!U16(used)) {
+      failed = true;
+      break;
+    }
+    if (used == 0 || used > kBlockPayload) {
+      Damaged();
+      failed = true;
+      break;
+    }
+    // Blocks are read straight into their final storage, spares first.
+    RowBlock* b = cells.TakeSpareBlock();
+    if (b == nullptr) {
+      s_.SetError(err::kOutOfMemory);
+      failed = true;
+      break;
+    }
+    chain.Append(b);
+    b->used = used;
+    if (!Bytes(b->data, used)) {
+      b->used = 0;
+      failed = true;
+      break;
+    }
+    for (uint32_t off = 0; off < used;) {
+      const uint8_t* r = b->data + off;
+      uint32_t size = CheckedRecordSize(r, used - off);
+      if (size == 0 || cell::Row(r) > kLastRow || cell::Column(r) > kLastColumn ||
+          (any && RecordKey(r) <= lastKey)) {
+        Damaged();
+        failed = true;
+        break;
+      }
+      lastKey = RecordKey(r);
+      any = true;
+      off += size;
+    }
+  }
+  // Failed or not, the store takes the chain: it owns the blocks and gives them back.
+  cells.AdoptChain(chain.head);
+  return !failed;
+}
+
+bool Reader::ReadWorksheet(Worksheet& sheet, uint16_t styleCount) {
+  return ReadContainers(sheet) && ReadColumnRuns(sheet.formats) && ReadRowRuns(sheet.formats) &&
+         ReadRunBlocks(sheet.formats, styleCount) && ReadCellBlocks(sheet.cells) &&
+         Bytes(sheet.pageSettings.data(), sheet.pageSettings.size()) &&
+         Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
+}
+
+bool Reader::ReadTree(Workbook& book) {
+  uint32_t count = 0;
+  // The first version has no count: items follow until the end of the file.
+  bool untilEnd = version_ < 2;
+  if (!untilEnd) {
+    if (!U32(count)) return false;
+    if (count > kMaxTreeItems) return Damaged();
+  }
+  WorkbookNode* last = nullptr;
+  for (uint32_t i = 0; untilEnd || i < count; ++i) {
+    if (untilEnd && cipher_ == nullptr && s_.AtEnd()) break;
+    uint8_t nameLength = 0, kind = 0, flag = 0;
+    uint16_t level = 0;
+    std::string name;
+    if (!U8(nameLength) || !Text(name, nameLength) || !U16(level) || !U8(kind) || !U8(flag)) {
+      return false;
+    }
+    uint16_t maxLevel =
+        last == nullptr ? 1 : static_cast<uint16_t>(last->level + (last->IsFolder() ? 1 : 0));
+    if (level < 1 || level > maxLevel || (kind != kWorksheetNode && kind != kFolderNode)) {
+      return Damaged();
+    }
+    WorkbookNode* node;
+    if (kind == kFolderNode) {
+      auto* folder = new (std::nothrow) Folder(name);
+      if (folder == nullptr) {
+        s_.SetError(err::kOutOfMemory);
+        return false;
+      }
+      folder->open = flag;
+      node = folder;
+      ++book.folderCount;
+    } else {
+      auto* sheet = new (std::nothrow) Worksheet(name);
+      if (sheet == nullptr) {
+        s_.SetError(err::kOutOfMemory);
+        return false;
+      }
+      node = sheet;
+      ++book.worksheetCount;
+      if (flag == 1) book.currentSheet = sheet;
+    }
+    node->level = level;
+    // Linked as read, so that whatever was read is freed with the workbook if the rest fails.
+    node->previous = last;
+    if (last != nullptr) {
+      last->next = node;
+    } else {
+      book.firstNode = node;
+    }
+    last = node;
+    if (kind == kWorksheetNode &&
+        !ReadWorksheet(*static_cast<Worksheet*>(node), book.styles.styleCount())) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool Reader::ReadStream(Workbook& book) {
+  uint16_t treeVisible = 0, treeWidth = 0, inspectVisible = 0, inspectHeight = 0;
+  if (!Padded(book.lastSavedBy, binary::kUserNameSize) ||
+      !Padded(book.lastSavedAt, binary::kDateSize) || !U16(treeVisible) || !U16(treeWidth) ||
+      !U16(inspectVisible) || !U16(inspectHeight)) {
+    return false;
+  }
+  book.treePaneVisible = treeVisible;
+  book.treePaneWidth = treeWidth;
+  book.inspectPaneVisible = inspectVisible;
+  book.inspectPaneHeight = inspectHeight;
+  if (version_ < 3 && !ReadOldDropDownBlock(book)) return false;
+  if (!ReadDropDownLists(book) || !ReadStyles(book)) return false;
+  uint32_t inspected = 0;
+  if (!U32(inspected)) return false;
+  if (inspected > kMaxInspectedCells) return Damaged();
+  book.inspectCells.resize(inspected);
+  for (InspectedCell& c : book.inspectCells) {
+    if (!Bytes(c.bytes.data(), c.bytes.size())) return false;
+  }
+  return ReadTree(book);
+}
+
+// The checks after a load: a current table whose catalogue exists, and every catalogue with its
+// table; then the record set and the fields of the current table.
+bool CheckTables(Workbook& book) {
+  Worksheet* current = book.currentSheet;
+  if (current == nullptr || current->level != 1 || book.FindTable(current->Name()) != current ||
+      book.FindCatalogue(current->Name()) == nullptr) {
+    book.errorCode = err::kInvalidDatabase;
+    return false;
+  }
+  WorkbookNode* system = book.FindNode("\\system");
+  if (system == nullptr || !system->IsFolder()) {
+    book.errorCode = err::kInvalidDatabase;
+    return false;
+  }
+  for (WorkbookNode* n = system->next; n != nullptr && n->level > system->level; n = n->next) {
+    TableSpec spec;
+    if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), spec)) {
+      book.errorCode = err::kInvalidDatabase;
+      return false;
+    }
+  }
+  if (!RefreshCurrentTable(book)) return false;
+  return true;
+}
+
+}  // namespace
+
+bool ReadBinaryDocument(FileStream& stream, Workbook& book, const char* password,
+                        const std::string& documentPath) {
+  auto fail = [&](ErrorCode code) {
+    book.errorCode = code;
+    return false;
+  };
+  if (!stream.Rewind()) return fail(stream.error());
+  uint8_t head[kBinaryHeaderSize];
+  if (!stream.Read(head, sizeof head)) return fail(stream.error());
+  int version = head[0] - '0';
+  bool digits = version >= 1 && version <= 3;
+  for (uint8_t c : head) digits &= c >= '0' && c <= '9';
+  if (!digits) return fail(err::kInvalidBinaryFormat);
+  bool keyed = head[1] >= '1';
+  bool readOnlyCopy = keyed && head[2] == '1';
+  if (keyed && !readOnlyCopy) return fail(err::kInvalidPassword);  // no cipher here without one
+  if (keyed && password != nullptr) return fail(err::kInvalidPassword);
+
+  // Everything is read into a new workbook, which takes the old one's place only when whole.
+  auto fresh = std::make_unique<Workbook>();
+  Reader reader(stream, nullptr, version);
+  bool ok = reader.ReadStream(*fresh);
+  if (!stream.ok()) return fail(stream.error());
+  if (!ok || reader.bad()) return fail(err::kInvalidBinaryFormat);
+  if (version < 3 && !documentPath.empty()) ReadOldDropDownFile(documentPath, *fresh);
+  if (!CheckTables(*fresh)) return fail(fresh->errorCode);
+  fresh->readOnly = readOnlyCopy;
+  UndoRecorder* undo = book.undo;
+  book.SwapContents(*fresh);
+  book.undo = undo;
+  book.errorCode = err::kNone;
+  return true;
+}
+
+}  // namespace kelpdex

@@ -1,0 +1,103 @@
+// The buffered file every native document is read and written through: one large buffer between
+// the program and the system, gzip through zlib over the same descriptor, and a sticky error
+// byte, so that a save or load checks for failure once, at its end.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "core/error_code.h"
+#include "persist/stream_cipher.h"
+
+namespace kelpdex {
+
+enum class StreamMode {
+  kRead,
+  kWrite,  // created or truncated, as "w+b"
+};
+
+class FileStream {
+ public:
+  static constexpr size_t kBufferSize = 524228;
+  // Cipher work goes in pieces of this size through a stack buffer.
+  static constexpr size_t kCipherPiece = 2048;
+
+  FileStream();
+  ~FileStream();
+  FileStream(const FileStream&) = delete;
+  FileStream& operator=(const FileStream&) = delete;
+
+  // Opens the file. Reading with `compress` goes through gzip, which passes a plain file through
+  // unchanged; writing with `compress` writes gzip. False with the error set: 60 cannot read, 69
+  // the file exists but cannot be opened, 61 cannot write, 68 no buffer.
+  bool Open(const std::string& path, StreamMode mode, bool compress,
+            size_t bufferSize = kBufferSize);
+  // Starts the open file over in a new mode, for a save onto the file that is open: writing
+  // truncates it. Clears the error. False with 65.
+  bool Reopen(StreamMode mode, bool compress);
+  // Writes what is buffered, finishes gzip and closes. False with 62 (65 for the last write).
+  bool Close();
+  bool isOpen() const { return fd_ >= 0; }
+  const std::string& path() const { return path_; }
+
+  // The first error since the open; later reads and writes do nothing.
+  ErrorCode error() const { return error_; }
+  bool ok() const { return error_ == err::kNone; }
+  void SetError(ErrorCode code) {
+    if (error_ == err::kNone) error_ = code;
+  }
+  // Reading through gzip: true when the file really was compressed.
+  bool compressed() const;
+
+  // --- reading ---
+  // Up to `size` bytes; fewer at the end of the file.
+  size_t ReadSome(void* out, size_t size);
+  // Exactly `size` bytes, else error 64.
+  bool Read(void* out, size_t size);
+  // `size` bytes into `buffer`, deciphered when a cipher is given.
+  bool ReadBlock(uint8_t* buffer, size_t size, StreamCipher* cipher);
+  // Back to the first byte (reading only). False with 63.
+  bool Rewind();
+
+  // Byte helpers of the XML scanner: one byte of look-ahead, and a mark to return to.
+  int Peek();  // -1 at the end
+  int Next();  // -1 at the end
+  bool Skip(size_t count);
+  // Whether the next `size` bytes are `text`, without consuming them.
+  bool Matches(const char* text, size_t size);
+  bool AtEnd() { return Peek() < 0; }
+  void Mark();
+  void ReturnToMark();
+
+  // --- writing ---
+  bool Write(const void* data, size_t size);
+  // `size` bytes, enciphered on the way when a cipher is given; `buffer` is left as it was.
+  bool WriteBlock(const uint8_t* buffer, size_t size, StreamCipher* cipher);
+  // Writes out the buffer and finishes the gzip stream, or hands the bytes to the system.
+  // False with 65.
+  bool Flush();
+  // Flush, then wait until the bytes are on the disk. False with 65.
+  bool Sync();
+
+ private:
+  bool Fill();
+  bool Drain();
+  void CloseLayers();
+  bool OpenLayers(StreamMode mode, bool compress);
+
+  std::string path_;
+  int fd_ = -1;
+  void* gz_ = nullptr;  // gzFile
+  StreamMode mode_ = StreamMode::kRead;
+  std::unique_ptr<uint8_t[]> buffer_;
+  size_t capacity_ = 0;
+  size_t position_ = 0;  // next byte to read, or bytes written so far
+  size_t fill_ = 0;      // bytes in the buffer when reading
+  size_t mark_ = SIZE_MAX;
+  bool endOfFile_ = false;
+  ErrorCode error_ = err::kNone;
+};
+
+}  // namespace kelpdex
