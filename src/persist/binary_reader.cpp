@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -347,7 +348,12 @@ bool Reader::ReadCellBlocks(CellStore& cells) {
       failed = true;
       break;
     }
-    // Blocks are read straight into their final storage, spares first.
+    // Blocks are read straight into their final storage, spares first. Spares come in slabs of
+    // up to 64 MB, never far ahead of the blocks the file really holds.
+    constexpr uint32_t kSlabBlocks = 8192;
+    if (cells.freeBlockCount() == 0 && count - i >= 256) {
+      cells.ReserveSpareBlocks(std::min(count - i, kSlabBlocks));
+    }
     RowBlock* b = cells.TakeSpareBlock();
     if (b == nullptr) {
       s_.SetError(err::kOutOfMemory);

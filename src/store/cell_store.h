@@ -121,6 +121,8 @@ class CellStore {
   void AdoptChain(RowBlock* head);
   // A block for a chain being loaded, from the spares first; nullptr when memory is exhausted.
   RowBlock* TakeSpareBlock() { return pool_->Take(); }
+  // Readies `count` spare blocks in one slab ahead of a load; false on out of memory.
+  bool ReserveSpareBlocks(uint32_t count) { return pool_->ReserveMany(count); }
 
   // Marks every row-index page inexact, as before a batch of changes. Pages still serve as
   // starting hints for lookups.

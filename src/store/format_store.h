@@ -121,6 +121,7 @@ class FormatStore {
   // Loading: blocks of runs read from a file, linked through `next` in order, become the store's
   // runs; the present ones go to the spares. The caller has checked their contents.
   RowBlock* TakeSpareBlock() { return pool_.Take(); }
+  bool ReserveSpareBlocks(uint32_t count) { return pool_.ReserveMany(count); }
   void AdoptRunChain(RowBlock* head);
   // Gives rows [first, first + count) the word `value`, growing the words; false on out of
   // memory.

@@ -1,11 +1,28 @@
 #include "store/row_block.h"
 
 #include <cstdlib>
+#include <new>
+
+#ifndef _WIN32
+#include <sys/mman.h>
+#endif
 
 namespace kelpdex {
 
 namespace {
 long allocationBudget = -1;
+}  // namespace
+
+struct BlockSlab {
+  void* memory;
+  uint32_t live;  // blocks not yet released
+  size_t bytes;
+};
+
+namespace {
+
+constexpr size_t kLargePage = 2u << 20;
+
 }  // namespace
 
 RowBlock* AllocateBlock() {
@@ -15,12 +32,55 @@ RowBlock* AllocateBlock() {
   if (block == nullptr) return nullptr;
   block->next = nullptr;
   block->prev = nullptr;
+  block->slab = nullptr;
   block->used = 0;
   return block;
 }
 
+RowBlock* AllocateBlockSlab(uint32_t count) {
+  if (count == 0) return nullptr;
+  if (allocationBudget >= 0) {
+    if (allocationBudget < static_cast<long>(count)) return nullptr;
+    allocationBudget -= count;
+  }
+  auto* slab = new (std::nothrow) BlockSlab{nullptr, count, 0};
+  if (slab == nullptr) return nullptr;
+  size_t bytes = static_cast<size_t>(count) * sizeof(RowBlock);
+  size_t rounded = (bytes + kLargePage - 1) / kLargePage * kLargePage;
+#ifdef _WIN32
+  slab->memory = _aligned_malloc(rounded, kLargePage);
+#else
+  if (posix_memalign(&slab->memory, kLargePage, rounded) != 0) slab->memory = nullptr;
+#endif
+  slab->bytes = rounded;
+  if (slab->memory == nullptr) {
+    delete slab;
+    return nullptr;
+  }
+  auto* blocks = static_cast<RowBlock*>(slab->memory);
+  for (uint32_t i = 0; i < count; ++i) {
+    blocks[i].next = i + 1 < count ? &blocks[i + 1] : nullptr;
+    blocks[i].prev = nullptr;
+    blocks[i].slab = slab;
+    blocks[i].used = 0;
+  }
+  return blocks;
+}
+
 void ReleaseBlock(RowBlock* block) {
-  std::free(block);
+  BlockSlab* slab = block->slab;
+  if (slab == nullptr) {
+    std::free(block);
+    return;
+  }
+  if (--slab->live == 0) {
+#ifdef _WIN32
+    _aligned_free(slab->memory);
+#else
+    std::free(slab->memory);
+#endif
+    delete slab;
+  }
 }
 
 RowBlock* BlockPool::Take() {
@@ -58,6 +118,18 @@ bool BlockPool::Reserve(uint32_t count) {
     RowBlock* block = AllocateBlock();
     if (block == nullptr) return false;
     Give(block, false);
+  }
+  return true;
+}
+
+bool BlockPool::ReserveMany(uint32_t count) {
+  if (count_ >= count) return true;
+  RowBlock* blocks = AllocateBlockSlab(count - count_);
+  if (blocks == nullptr) return Reserve(count);  // no room for one piece: block by block
+  while (blocks != nullptr) {
+    RowBlock* next = blocks->next;
+    Give(blocks, false);
+    blocks = next;
   }
   return true;
 }

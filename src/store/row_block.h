@@ -11,16 +11,24 @@ constexpr uint32_t kBlockPayload = 8182;
 // above it starts the new block.
 constexpr uint32_t kSplitOffset = 4091;
 
+struct BlockSlab;
+
 struct RowBlock {
   RowBlock* next;
   RowBlock* prev;
-  uint16_t used;  // bytes of records in data
+  BlockSlab* slab;  // the slab the block was carved from, or null for a block of its own
+  uint16_t used;    // bytes of records in data
   uint8_t data[kBlockPayload];
 };
 
 // A block from the heap, with its header cleared; nullptr when memory is exhausted.
 RowBlock* AllocateBlock();
 void ReleaseBlock(RowBlock* block);
+// Many blocks at once, carved from one allocation that the system may back with large pages,
+// linked through `next`: what a load asks for, where a block-by-block allocation would spend its
+// time in page faults. The allocation goes back when its last block is released. nullptr when
+// memory is exhausted.
+RowBlock* AllocateBlockSlab(uint32_t count);
 
 // The spare blocks of one chain, reused before the heap is asked again.
 class BlockPool {
@@ -38,6 +46,8 @@ class BlockPool {
   void GiveChain(RowBlock* head, bool toHeap);
   // Makes sure `count` spares wait, so that a later Take cannot fail.
   bool Reserve(uint32_t count);
+  // The same for a large number, from one slab.
+  bool ReserveMany(uint32_t count);
   // Returns spares beyond `keep` to the heap.
   void Trim(uint32_t keep);
 
