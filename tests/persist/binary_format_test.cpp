@@ -185,7 +185,7 @@ class OldStream {
   std::string s;
 };
 
-std::string OldFile(int version, bool withOldLists) {
+std::string OldFile(int version, bool withOldLists, float rotationZ = -1) {
   OldStream o;
   o.Bytes(std::to_string(version) + "0000000000");
   o.Zeros(128 + 50);
@@ -217,7 +217,18 @@ std::string OldFile(int version, bool withOldLists) {
     o.U16(level);
     o.U8(kWorksheetNode);
     o.U8(current ? 1 : 0);
-    o.U32(0);             // containers
+    if (rotationZ >= 0 && current) {
+      // One container with one chart of no series, turned about Z.
+      o.U32(1);
+      std::string box(kContainerSize, '\0');
+      box[container::kChartCountAt] = 1;
+      o.Bytes(box);
+      std::string chartBytes(kChartSize, '\0');
+      std::memcpy(chartBytes.data() + chart::kRotationAt + 8, &rotationZ, 4);
+      o.Bytes(chartBytes);
+    } else {
+      o.U32(0);  // containers
+    }
     o.U16(kColumnLimit);  // one column run
     o.U16(0);
     o.U16(0);
@@ -262,6 +273,29 @@ TEST_F(BinaryTest, OlderVersionsReadTheirOwnLayout) {
     EXPECT_EQ(cell::Number(r), 42);
     EXPECT_EQ(book.currentSheet, book.FindTable("T"));
   }
+}
+
+TEST_F(BinaryTest, OlderChartsTurnTheirAnglesIntoAMatrixAndNumberTheirContainers) {
+  std::string path = dir.Path("chart.kpx");
+  WriteAll(path, OldFile(2, false, 90.0f));
+  Workbook book;
+  ASSERT_TRUE(Load(path, book)) << int(book.errorCode);
+  const Worksheet& data = *book.FindTable("T");
+  ASSERT_EQ(data.containers.size(), 1u);
+  EXPECT_EQ(LoadU32(data.containers[0].bytes.data() + container::kIdAt), 1u);
+  ASSERT_EQ(data.containers[0].charts.size(), 1u);
+  float m[16];
+  for (int k = 0; k < 16; ++k) {
+    uint32_t bits = LoadU32(data.containers[0].charts[0].matrix.data() + 4 * k);
+    std::memcpy(&m[k], &bits, 4);
+  }
+  // A quarter turn about Z: x goes to y, y to -x, z stays.
+  EXPECT_NEAR(m[0], 0, 1e-6);
+  EXPECT_NEAR(m[1], -1, 1e-6);
+  EXPECT_NEAR(m[4], 1, 1e-6);
+  EXPECT_NEAR(m[5], 0, 1e-6);
+  EXPECT_NEAR(m[10], 1, 1e-6);
+  EXPECT_NEAR(m[15], 1, 1e-6);
 }
 
 TEST_F(BinaryTest, TheOldDropDownFileFillsTheLists) {
