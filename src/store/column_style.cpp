@@ -47,6 +47,7 @@ bool MarkColumn(Workbook& workbook, Worksheet& sheet, uint16_t column, bool sele
   if (selected) {
     values.bytes[style::kFillAt] = style::kSolidFill;
     StoreU32(values.bytes + style::kFillColourAt, style::kSelectionColour);
+    values.bytes[style::kFillColourFlagsAt] = 1;  // the pattern colour is set
   }
   return SetColumnStyleAttribute(workbook, sheet, column, style::kFill, values, nullptr);
 }

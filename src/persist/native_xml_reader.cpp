@@ -1,0 +1,948 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "format/number_style.h"
+#include "formula/formula_value.h"
+#include "persist/native_xml.h"
+#include "persist/xml_scanner.h"
+#include "store/bytes.h"
+#include "store/catalogue.h"
+#include "table/table_state.h"
+#include "text/code_page.h"
+
+namespace kelpdex {
+
+namespace {
+
+constexpr ScanFlags kOpenAttributes = scan::kOpen | scan::kAttributes;
+constexpr ScanFlags kOptionalOpen = scan::kOpen | scan::kAttributes | scan::kOptional;
+
+// "r<row>c<col>" and its parts, 1-based in the text; an absent number takes the base's.
+struct Address {
+  uint32_t row = 0;
+  uint16_t column = 0;
+  bool hasRow = false;
+  bool hasColumn = false;
+};
+
+bool ParseNumber(std::string_view& text, uint32_t& value) {
+  size_t n = 0;
+  uint64_t v = 0;
+  while (n < text.size() && text[n] >= '0' && text[n] <= '9' && v <= 0xFFFFFFFFull) {
+    v = v * 10 + static_cast<uint64_t>(text[n] - '0');
+    ++n;
+  }
+  if (n == 0 || v > 0xFFFFFFFFull) return false;
+  value = static_cast<uint32_t>(v);
+  text.remove_prefix(n);
+  return true;
+}
+
+// One address, moving `text` past it. Rows 1..2097152, columns 1..2047.
+bool ParseAddress(std::string_view& text, const Address& base, Address& out) {
+  out = base;
+  out.hasRow = out.hasColumn = false;
+  if (!text.empty() && (text[0] == 'r' || text[0] == 'R')) {
+    text.remove_prefix(1);
+    uint32_t row = 0;
+    if (!text.empty() && text[0] >= '0' && text[0] <= '9') {
+      if (!ParseNumber(text, row) || row < 1 || row > kRowLimit) return false;
+      out.row = row - 1;
+    }
+    out.hasRow = true;
+  }
+  if (!text.empty() && (text[0] == 'c' || text[0] == 'C')) {
+    text.remove_prefix(1);
+    uint32_t column = 0;
+    if (!ParseNumber(text, column) || column < 1 || column > kColumnLimit) return false;
+    out.column = static_cast<uint16_t>(column - 1);
+    out.hasColumn = true;
+  }
+  return out.hasRow || out.hasColumn;
+}
+
+template <size_t N>
+bool FindWord(const char* const (&words)[N], std::string_view text, uint8_t& value) {
+  for (size_t i = 0; i < N; ++i) {
+    if (text == words[i]) {
+      value = static_cast<uint8_t>(i);
+      return true;
+    }
+  }
+  return false;
+}
+
+class DocumentReader {
+ public:
+  DocumentReader(FileStream& stream, Workbook& book) : x_(stream), book_(book) {}
+
+  bool Read();
+  int line() const { return x_.errorLine() != 0 ? x_.errorLine() : x_.line(); }
+  const XmlScanner& scanner() const { return x_; }
+
+ private:
+  bool Fail(ErrorCode code) { return x_.Fail(code); }
+  // Closes an element opened with attributes, unless it was empty.
+  bool CloseIfOpen(std::string_view name) { return x_.isClose() || x_.Tag(name, scan::kClose); }
+  bool Word(std::string_view attribute, const char* const* words, size_t count, uint8_t& value) {
+    const char* text = x_.Attr(attribute);
+    if (text == nullptr) return true;
+    for (size_t i = 0; i < count; ++i) {
+      if (std::strcmp(text, words[i]) == 0) {
+        value = static_cast<uint8_t>(i);
+        return true;
+      }
+    }
+    return Fail(err::kXmlInvalidAttribute);
+  }
+  bool Rc(Address& out, const Address& base) {
+    const char* rc = x_.RequiredAttr("rc");
+    if (rc == nullptr) return false;
+    std::string_view text(rc);
+    if (!ParseAddress(text, base, out) || !text.empty()) return Fail(err::kXmlMissingAttribute);
+    return true;
+  }
+
+  bool ReadLastModification();
+  bool ReadWindow();
+  bool ReadDropDownLists();
+  bool ReadFontAttributes(uint8_t* font);
+  bool ReadStyles(std::vector<StyleRecord>& styles, std::vector<FontRecord>& fonts);
+  bool ReadStyle(StyleRecord& record);
+  bool ReadNumberFormat(StyleRecord& record);
+  bool ReadInspectCells();
+  bool ReadWorksheet(Worksheet& sheet);
+  bool ReadFormatting(Worksheet& sheet);
+  bool ReadCells(Worksheet& sheet);
+  bool ReadCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor);
+  bool ReadGeneralSettings(Worksheet& sheet);
+  bool ReadPageSettings(Worksheet& sheet);
+  bool SkipElement();
+
+  XmlScanner x_;
+  Workbook& book_;
+  uint32_t folders_ = 0;
+  uint32_t sheets_ = 0;
+};
+
+bool DocumentReader::ReadLastModification() {
+  if (!x_.Tag("LastModification", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (!x_.Text("User", 127)) return false;
+  book_.lastSavedBy.assign(x_.text());
+  if (x_.Text("Date", 49, scan::kOptional)) book_.lastSavedAt.assign(x_.text());
+  return x_.ok() && x_.Tag("LastModification", scan::kClose);
+}
+
+bool DocumentReader::ReadWindow() {
+  if (!x_.Tag("Window", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  int visible = book_.treePaneVisible, size = book_.treePaneWidth;
+  if (x_.Tag("TreePane", kOptionalOpen)) {
+    if (!x_.IntAttr("Visible", visible, 0, 65534) || !x_.IntAttr("Width", size, 0, 65534) ||
+        !CloseIfOpen("TreePane")) {
+      return false;
+    }
+    book_.treePaneVisible = static_cast<uint16_t>(visible);
+    book_.treePaneWidth = static_cast<uint16_t>(size);
+  }
+  visible = book_.inspectPaneVisible;
+  size = book_.inspectPaneHeight;
+  if (x_.Tag("InspectPane", kOptionalOpen)) {
+    if (!x_.IntAttr("Visible", visible, 0, 65534) || !x_.IntAttr("Height", size, 0, 65534) ||
+        !CloseIfOpen("InspectPane")) {
+      return false;
+    }
+    book_.inspectPaneVisible = static_cast<uint16_t>(visible);
+    book_.inspectPaneHeight = static_cast<uint16_t>(size);
+  }
+  return x_.ok() && x_.Tag("Window", scan::kClose);
+}
+
+bool DocumentReader::ReadDropDownLists() {
+  if (!x_.Tag("DropDownLists", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  while (x_.Tag("List", kOptionalOpen)) {
+    int id = 0;
+    if (x_.RequiredAttr("ID") == nullptr || !x_.IntAttr("ID", id, 1, 100)) return false;
+    DropDownList& list = book_.dropDownLists[id - 1];
+    if (list.used) return Fail(err::kXmlInvalidAttribute);
+    list.used = true;
+    list.name = "List " + std::to_string(id) + ".";
+    if (x_.isClose()) continue;
+    if (x_.Text("Name", 29, scan::kOptional)) list.name.assign(x_.text());
+    while (x_.Text("Item", 1024, scan::kOptional)) list.items.emplace_back(x_.text());
+    if (!x_.ok() || !x_.Tag("List", scan::kClose)) return false;
+  }
+  return x_.ok() && x_.Tag("DropDownLists", scan::kClose);
+}
+
+bool DocumentReader::ReadFontAttributes(uint8_t* f) {
+  if (const char* name = x_.Attr("Name")) {
+    size_t n = std::strlen(name);
+    if (n > 127) return Fail(err::kXmlInvalidAttribute);
+    std::memcpy(f + font::kNameAt, name, n);
+  }
+  int size = 0;
+  if (!x_.IntAttr("Size", size, 0, 255)) return false;
+  f[font::kSizeAt] = static_cast<uint8_t>(size);
+  if (!Word("Family", xml_words::kFamilies, 6, f[font::kFamilyAt])) return false;
+  if (const char* weight = x_.Attr("Weight");
+      weight != nullptr && std::strcmp(weight, "Regular") == 0) {
+    f[font::kWeightAt] = 0;  // the reader also takes "Regular" for "Normal"
+  } else if (!Word("Weight", xml_words::kWeights, 4, f[font::kWeightAt])) {
+    return false;
+  }
+  if (const char* slant = x_.Attr("Slant")) f[font::kItalicAt] = std::strcmp(slant, "Italic") == 0;
+  bool underline = false, strikeout = false;
+  if (!x_.BoolAttr("Underline", underline) || !x_.BoolAttr("Strikeout", strikeout)) return false;
+  f[font::kUnderlineAt] = underline;
+  f[font::kStrikeoutAt] = strikeout;
+  return Word("CharSet", xml_words::kCharSets, 17, f[font::kCharSetAt]);
+}
+
+bool DocumentReader::ReadNumberFormat(StyleRecord& record) {
+  if (!x_.Tag("", kOpenAttributes)) return false;
+  std::string child(x_.name());
+  NumberStyle s;
+  static const char* const kChildren[format_kind::kCount] = {
+      "General",  "Default",    "Currency", "Accounting", "Date",       "Time",
+      "DateTime", "Percentage", "Fraction", "Scientific", "UserDefined"};
+  uint8_t kind = 0;
+  if (!FindWord(kChildren, child, kind)) return Fail(err::kXmlUnexpectedElement);
+  s.kind = kind;
+  int v = 0;
+  if (x_.Attr("DecimalDigits") != nullptr) {
+    if (!x_.IntAttr("DecimalDigits", v, 0, 14)) return false;
+    s.decimalDigits = static_cast<uint8_t>(v);
+    s.fixedDecimals = true;
+  }
+  if (x_.Attr("LeadingZeroes") != nullptr) {
+    v = 0;
+    if (!x_.IntAttr("LeadingZeroes", v, 0, 255)) return false;
+    s.leadingZeroes = static_cast<uint8_t>(v);
+    s.leadingZeroesSet = true;
+  }
+  bool flag = false;
+  if (!x_.BoolAttr("GroupDigits", flag)) return false;
+  s.groupDigits = flag;
+  static const char* const kNegative[4] = {"Minus", "Red", "Brackets", "RedAndBrackets"};
+  static const char* const kPositions[4] = {"$1.1", "$ 1.1", "1.1$", "1.1 $"};
+  if (!Word("Negative", kNegative, 4, s.negative) ||
+      !Word("SymbolPosition", kPositions, 4, s.symbolPosition)) {
+    return false;
+  }
+  if (const char* symbol = x_.Attr("Symbol")) {
+    std::strncpy(s.symbol, symbol, sizeof s.symbol - 1);
+  }
+  v = 0;
+  if (!x_.IntAttr(kind == format_kind::kDateTime ? "DateIndex" : "Index", v, 0, 255)) return false;
+  s.index = static_cast<uint8_t>(v);
+  v = 0;
+  if (!x_.IntAttr("TimeIndex", v, 0, 255)) return false;
+  s.timeIndex = static_cast<uint8_t>(v);
+  flag = false;
+  if (!x_.BoolAttr("DateAfterTime", flag)) return false;
+  s.dateAfterTime = flag;
+  flag = false;
+  if (!x_.BoolAttr("SystemDateOrder", flag)) return false;
+  s.systemDateOrder = flag;
+  int64_t denominator = 0;
+  if (!x_.IntAttr("Denominator", denominator, 0, INT64_MAX)) return false;
+  s.denominator = denominator;
+  v = 0;
+  if (!x_.IntAttr("DenominatorDigits", v, 0, 9)) return false;
+  s.denominatorDigits = static_cast<uint8_t>(v);
+  v = 0;
+  if (!x_.IntAttr("Exponent", v, 0, 2)) return false;
+  s.exponent = static_cast<uint8_t>(v);
+  if (kind == format_kind::kUserDefined) {
+    if (!x_.isClose()) {
+      if (!x_.TextBody(kFormatTextMax)) return false;
+      std::memcpy(s.userFormat, x_.text().data(), x_.text().size());
+      if (!x_.Tag("UserDefined", scan::kClose)) return false;
+    }
+  } else if (!CloseIfOpen(child)) {
+    return false;
+  }
+  WriteNumberStyle(s, record);
+  return x_.Tag("NumberFormat", scan::kClose);
+}
+
+bool DocumentReader::ReadStyle(StyleRecord& record) {
+  uint8_t* b = record.bytes;
+  if (x_.Tag("FontRef", kOptionalOpen)) {
+    int id = 0;
+    uint32_t colour = 0;
+    if (!x_.IntAttr("FontID", id, 0, 127)) return false;
+    b[style::kFontSetAt] = 1;
+    b[style::kFontIndexAt] = static_cast<uint8_t>(id);
+    if (x_.Attr("Color") != nullptr) {
+      if (!x_.ColourAttr("Color", colour)) return false;
+      b[style::kFontColourSetAt] = 1;
+      StoreU32(b + style::kFontColourAt, colour);
+    }
+    if (!CloseIfOpen("FontRef")) return false;
+  }
+  if (x_.Tag("NumberFormat", scan::kOpen | scan::kOptional) && !ReadNumberFormat(record)) {
+    return false;
+  }
+  if (x_.Tag("FillPattern", kOptionalOpen)) {
+    if (!Word("PatternType", xml_words::kPatterns, 23, b[style::kFillAt])) return false;
+    uint32_t colour = 0;
+    if (x_.Attr("PatternColor") != nullptr) {
+      if (!x_.ColourAttr("PatternColor", colour)) return false;
+      b[style::kFillColourFlagsAt] |= 1;
+      StoreU32(b + style::kFillColourAt, colour);
+    }
+    if (x_.Attr("BackgroundColor") != nullptr) {
+      if (!x_.ColourAttr("BackgroundColor", colour)) return false;
+      b[style::kFillColourFlagsAt] |= 2;
+      StoreU32(b + style::kFillBackgroundAt, colour);
+    }
+    if (!CloseIfOpen("FillPattern")) return false;
+  }
+  if (x_.Tag("Alignment", kOptionalOpen)) {
+    static const char* const kVertical[] = {"Default", "Top", "Center", "Bottom"};
+    static const uint8_t kVerticalValue[] = {2, 4, 5, 7};
+    static const char* const kHorizontal[] = {"Default", "Left", "Center", "Right"};
+    static const uint8_t kHorizontalValue[] = {4, 1, 2, 3};
+    uint8_t v = 0;
+    uint8_t h = 0;
+    for (int i = 0; i < 4; ++i) {
+      if (b[style::kVerticalAt] == kVerticalValue[i]) v = static_cast<uint8_t>(i);
+      if (b[style::kHorizontalAt] == kHorizontalValue[i]) h = static_cast<uint8_t>(i);
+    }
+    if (!Word("VerticalAlignment", kVertical, 4, v) ||
+        !Word("HorizontalAlignment", kHorizontal, 4, h)) {
+      return false;
+    }
+    b[style::kVerticalAt] = kVerticalValue[v];
+    b[style::kHorizontalAt] = kHorizontalValue[h];
+    int hi = 0, vi = 0, rotation = 0;
+    bool wrap = false, fit = false;
+    if (!x_.IntAttr("HorizontalIndent", hi, 0, 255) || !x_.IntAttr("VerticalIndent", vi, 0, 255) ||
+        !x_.BoolAttr("WrapText", wrap) || !x_.BoolAttr("FitToCell", fit) ||
+        !x_.IntAttr("Rotation", rotation, -360, 360) || !CloseIfOpen("Alignment")) {
+      return false;
+    }
+    b[style::kIndentAt] = static_cast<uint8_t>(hi);
+    b[style::kIndentAt + 1] = static_cast<uint8_t>(vi);
+    b[style::kWrapAt] = wrap;
+    b[style::kFitAt] = fit;
+    StoreU16(b + style::kRotationAt, static_cast<uint16_t>(static_cast<int16_t>(rotation)));
+  }
+  if (x_.Tag("DropDownListRef", kOptionalOpen)) {
+    int id = 0;
+    bool sort = false, append = false, complete = false;
+    if (!x_.IntAttr("ListID", id, 1, 100) || !x_.BoolAttr("Sort", sort) ||
+        !x_.BoolAttr("AutoAppend", append) || !x_.BoolAttr("AutoComplete", complete) ||
+        !CloseIfOpen("DropDownListRef")) {
+      return false;
+    }
+    StoreU16(b + style::kDropDownAt, static_cast<uint16_t>(id));
+    b[style::kDropDownSortAt] = sort;
+    b[style::kDropDownAppendAt] = append;
+    b[style::kDropDownCompleteAt] = complete;
+  }
+  if (x_.Tag("Protection", kOptionalOpen)) {
+    // The reader's names, which are not the writer's.
+    bool protect = false, hide = false;
+    if (!x_.BoolAttr("Protect", protect) || !x_.BoolAttr("HideFormula", hide) ||
+        !CloseIfOpen("Protection")) {
+      return false;
+    }
+    b[style::kProtectedAt] = protect;
+    b[style::kHiddenAt] = hide;
+  }
+  if (x_.Tag("Borders", kOptionalOpen)) {
+    if (!Word("Style", xml_words::kLineStyles, 10, b[style::kBorderLineAt])) return false;
+    uint32_t colour = 0;
+    if (x_.Attr("Color") != nullptr) {
+      if (!x_.ColourAttr("Color", colour)) return false;
+      b[style::kBorderColourSetAt] = 1;
+      StoreU32(b + style::kBorderColourAt, colour);
+    }
+    if (!x_.isClose()) {
+      if (!x_.TextBody(1024) || !x_.Tag("Borders", scan::kClose)) return false;
+      std::string_view sides = x_.text();
+      static const struct {
+        uint8_t bit;
+        const char* word;
+      } kSides[] = {{4, "Left"},   {8, "Right"},         {1, "Top"},
+                    {2, "Bottom"}, {16, "DiagonalLeft"}, {32, "DiagonalRight"}};
+      // Whole words only: "Left" must not be found inside "DiagonalLeft".
+      size_t at = 0;
+      while (at < sides.size()) {
+        size_t end = sides.find(' ', at);
+        if (end == std::string_view::npos) end = sides.size();
+        std::string_view word = sides.substr(at, end - at);
+        for (const auto& side : kSides) {
+          if (word == side.word) b[style::kBordersAt] |= side.bit;
+        }
+        at = end + 1;
+      }
+    }
+  }
+  return x_.ok();
+}
+
+bool DocumentReader::ReadStyles(std::vector<StyleRecord>& styles, std::vector<FontRecord>& fonts) {
+  if (!x_.Tag("Styles", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  while (x_.Tag("Font", kOptionalOpen)) {
+    int id = 0;
+    if (x_.RequiredAttr("ID") == nullptr || !x_.IntAttr("ID", id, 1, 127)) return false;
+    if (static_cast<size_t>(id) != fonts.size()) return Fail(err::kXmlInvalidAttribute);
+    FontRecord f{};
+    if (!ReadFontAttributes(f.bytes) || !CloseIfOpen("Font")) return false;
+    fonts.push_back(f);
+  }
+  if (!x_.ok()) return false;
+  while (x_.Tag("Style", kOptionalOpen)) {
+    if (styles.size() >= kMaxStyles) return Fail(err::kXmlUnexpectedElement);
+    // A style starts as the new document's: all zero but for the default alignment.
+    StyleRecord record = StyleTable().Style(0);
+    if (!x_.isClose() && (!ReadStyle(record) || !x_.Tag("Style", scan::kClose))) return false;
+    styles.push_back(record);
+  }
+  return x_.ok() && x_.Tag("Styles", scan::kClose);
+}
+
+bool DocumentReader::ReadInspectCells() {
+  if (!x_.Tag("InspectCells", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  while (x_.Tag("Cell", kOptionalOpen)) {
+    InspectedCell c;
+    uint8_t* b = c.bytes.data();
+    Address at;
+    if (!Rc(at, Address())) return false;
+    StoreU32(b + inspected_cell::kRowAt, at.row);
+    StoreU32(b + inspected_cell::kColumnAt, at.column);
+    if (const char* path = x_.Attr("Worksheet")) {
+      std::strncpy(reinterpret_cast<char*>(b + inspected_cell::kPathAt), path, 255);
+    }
+    if (const char* name = x_.Attr("Name")) {
+      std::strncpy(reinterpret_cast<char*>(b + inspected_cell::kNameAt), name,
+                   kInspectedCellSize - inspected_cell::kNameAt - 1);
+    }
+    if (!CloseIfOpen("Cell")) return false;
+    book_.inspectCells.push_back(c);
+  }
+  return x_.ok() && x_.Tag("InspectCells", scan::kClose);
+}
+
+bool DocumentReader::SkipElement() {
+  // The element just opened, with all it holds.
+  if (x_.isClose()) return true;
+  int depth = 1;
+  while (depth > 0) {
+    if (!x_.Tag("", scan::kOptional)) {
+      if (!x_.ok()) return false;
+      if (!x_.TextBody(XmlScanner::kTextBufferSize)) return false;
+      continue;
+    }
+    if (x_.isOpen() && !x_.isClose()) ++depth;
+    if (x_.isClose() && !x_.isOpen()) --depth;
+  }
+  return true;
+}
+
+bool DocumentReader::ReadFormatting(Worksheet& sheet) {
+  if (!x_.Tag("Formatting", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  FormatStore& f = sheet.formats;
+  while (x_.Tag("Column", kOptionalOpen)) {
+    Address at;
+    if (!Rc(at, Address()) || !at.hasColumn || at.hasRow) return Fail(err::kXmlInvalidAttribute);
+    int width = 0, styleId = 0, autoHeight = 0;
+    bool fixed = false;
+    if (!x_.IntAttr("Width", width, 0, 4095) || !x_.BoolAttr("Fixed", fixed) ||
+        !x_.IntAttr("StyleID", styleId, 0, 511) ||
+        !x_.IntAttr("AutoRowHeight", autoHeight, 0, 4095) || !CloseIfOpen("Column")) {
+      return false;
+    }
+    ColumnFormat& column = f.Column(at.column);
+    column.SetWidth(static_cast<uint16_t>(width), fixed);
+    column.SetStyleId(static_cast<uint16_t>(styleId));
+    column.SetAutoRowHeight(static_cast<uint16_t>(autoHeight));
+  }
+  if (!x_.ok()) return false;
+  while (x_.Tag("Row", kOptionalOpen)) {
+    Address at;
+    if (!Rc(at, Address()) || !at.hasRow || at.hasColumn) return Fail(err::kXmlInvalidAttribute);
+    int height = 0;
+    bool fixed = false;
+    if (!x_.IntAttr("Height", height, 0, 4095) || !x_.BoolAttr("Fixed", fixed)) return false;
+    if ((height != 0 || fixed) &&
+        !f.FillRowWords(at.row, 1, static_cast<uint16_t>((height << 1) | (fixed ? 1 : 0)))) {
+      return Fail(err::kXmlOutOfMemory);
+    }
+    if (x_.isClose()) continue;
+    while (x_.Tag("Span", kOptionalOpen)) {
+      const char* rc = x_.RequiredAttr("rc");
+      if (rc == nullptr) return false;
+      std::string_view text(rc);
+      Address first, last;
+      if (!ParseAddress(text, Address(), first) || text.empty() || text[0] != ':') {
+        return Fail(err::kXmlMissingAttribute);
+      }
+      text.remove_prefix(1);
+      if (!ParseAddress(text, Address(), last) || !text.empty() || last.column < first.column) {
+        return Fail(err::kXmlMissingAttribute);
+      }
+      int styleId = 0;
+      if (!x_.IntAttr("StyleID", styleId, 0, 511) || !CloseIfOpen("Span")) return false;
+      if (!f.ApplyStyleRun(
+              StyleRun{first.column, last.column, at.row, static_cast<uint16_t>(styleId)})) {
+        return Fail(err::kXmlOutOfMemory);
+      }
+    }
+    if (!x_.ok() || !x_.Tag("Row", scan::kClose)) return false;
+  }
+  return x_.ok() && x_.Tag("Formatting", scan::kClose);
+}
+
+bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor) {
+  Address at;
+  if (!Rc(at, last)) return false;
+  if (!at.hasColumn) return Fail(err::kXmlMissingAttribute);
+  uint64_t key = (static_cast<uint64_t>(at.row) << 16) | at.column;
+  uint64_t lastKey = (static_cast<uint64_t>(last.row) << 16) | last.column;
+  if (any && key <= lastKey) return Fail(err::kXmlInvalidAttribute);  // cells come in order
+  last = at;
+  any = true;
+  bool automatic = false;
+  if (!x_.BoolAttr("Auto", automatic)) return false;
+  uint8_t extra = automatic ? cell::kAuto : 0;
+  std::vector<uint8_t> record(kBlockPayload);
+  if (x_.isClose()) return true;  // an empty cell element stores nothing
+  bool formula = false;
+  std::string formulaText;
+  int width = 1, height = 1;
+  if (x_.Tag("F", kOptionalOpen)) {
+    if (!x_.IntAttr("Width", width, 1, kColumnLimit) ||
+        !x_.IntAttr("Height", height, 1, kRowLimit)) {
+      return false;
+    }
+    bool array = x_.Attr("Width") != nullptr || x_.Attr("Height") != nullptr;
+    if (!x_.isClose()) {
+      if (!x_.TextBody(1024) || !x_.Tag("F", scan::kClose)) return false;
+      formulaText.assign(x_.text());
+    }
+    formula = true;
+    if (!array) width = height = 0;
+  }
+  if (!x_.ok()) return false;
+  uint8_t error = 0;
+  bool haveNumber = false, haveText = false;
+  double number = 0;
+  std::string text;
+  if (x_.Text("N", 64, scan::kOptional)) {
+    std::string_view t = x_.text();
+    auto r = std::from_chars(t.data(), t.data() + t.size(), number);
+    if (r.ec != std::errc() || r.ptr != t.data() + t.size() || !std::isfinite(number)) {
+      return Fail(err::kXmlInvalidData);
+    }
+    haveNumber = true;
+  } else if (x_.ok() && x_.Text("T", XmlScanner::kTextBufferSize, scan::kOptional)) {
+    text.assign(x_.text());
+    haveText = true;
+  } else if (x_.ok() && x_.Text("Error", 16, scan::kOptional)) {
+    for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
+      if (text::EqualNoCase(x_.text(), ErrorLiteral(code))) error = code;
+    }
+    if (error == 0) return Fail(err::kXmlInvalidData);
+  }
+  if (!x_.ok() || !x_.Tag("Cell", scan::kClose)) return false;
+  uint32_t row = at.row;
+  uint16_t column = at.column;
+  extra = static_cast<uint8_t>(extra | error);
+  if (formula) {
+    if (cell::FormulaSize(formulaText.size(), haveText, text.size()) > kBlockPayload) {
+      return Fail(err::kXmlInvalidData);
+    }
+    if (haveText) {
+      cell::EncodeFormulaWithString(record.data(), row, column, formulaText, text, extra);
+    } else {
+      cell::EncodeFormula(record.data(), row, column, formulaText, extra);
+      if (haveNumber) cell::SetCachedNumber(record.data(), number);
+    }
+    if (width > 0)
+      cell::SetArray(record.data(), static_cast<uint16_t>(width), static_cast<uint32_t>(height));
+  } else if (haveText) {
+    cell::EncodeText(record.data(), row, column, text, extra);
+  } else if (haveNumber || error != 0) {
+    cell::EncodeNumber(record.data(), row, column, number, extra);
+  } else {
+    return true;
+  }
+  if (!sheet.cells.PutCell(record.data(), &cursor)) return Fail(err::kXmlOutOfMemory);
+  return true;
+}
+
+bool DocumentReader::ReadCells(Worksheet& sheet) {
+  if (!x_.Tag("Cells", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  Address last;
+  bool any = false;
+  CellCursor cursor;
+  while (x_.Tag("Cell", kOptionalOpen)) {
+    if (!ReadCell(sheet, last, any, cursor)) return false;
+  }
+  return x_.ok() && x_.Tag("Cells", scan::kClose);
+}
+
+bool DocumentReader::ReadGeneralSettings(Worksheet& sheet) {
+  if (!x_.Tag("GeneralSettings", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  uint8_t* s = sheet.sheetSettings.data();
+  using namespace sheet_settings;
+  if (x_.Tag("Background", kOptionalOpen) && !SkipElement()) return false;
+  if (x_.Tag("Table", kOptionalOpen)) {
+    if (const char* scale = x_.Attr("Scale")) {
+      std::string_view t(scale);
+      if (!t.empty() && t.back() == '%') t.remove_suffix(1);  // the percent sign is dropped
+      uint32_t value = 0;
+      if (!ParseNumber(t, value) || !t.empty() || value > 1000) {
+        return Fail(err::kXmlInvalidAttribute);
+      }
+      StoreU32(s + kScaleAt, value);
+    }
+    bool grid = true;
+    if (!x_.BoolAttr("ShowGrid", grid)) return false;
+    s[kShowGridAt] = grid;
+    uint32_t colour = 0;
+    if (x_.Attr("GridColor") != nullptr) {
+      if (!x_.ColourAttr("GridColor", colour)) return false;
+      s[kGridColourSetAt] = 1;
+      StoreU32(s + kGridColourAt, colour);
+    }
+    if (x_.Attr("HeadingsColor") != nullptr) {
+      if (!x_.ColourAttr("HeadingsColor", colour)) return false;
+      s[kHeadingsColourSetAt] = 1;
+      StoreU32(s + kHeadingsColourAt, colour);
+    }
+    if (!x_.isClose()) {
+      Address at;
+      if (x_.Tag("TopLeft", kOptionalOpen)) {
+        if (!Rc(at, Address()) || !CloseIfOpen("TopLeft")) return false;
+        StoreU32(s + kTopLeftRowAt, at.row);
+        StoreU32(s + kTopLeftColumnAt, at.column);
+      }
+      if (x_.Tag("Selection", kOptionalOpen)) {
+        const char* rc = x_.RequiredAttr("rc");
+        if (rc == nullptr) return false;
+        std::string_view text(rc);
+        Address first, last;
+        if (!ParseAddress(text, Address(), first) || text.empty() || text[0] != ':') {
+          return Fail(err::kXmlMissingAttribute);
+        }
+        text.remove_prefix(1);
+        if (!ParseAddress(text, Address(), last) || !text.empty() || !CloseIfOpen("Selection")) {
+          return Fail(err::kXmlMissingAttribute);
+        }
+        StoreU32(s + kSelectionFirstRowAt, first.row);
+        StoreU32(s + kSelectionFirstColumnAt, first.column);
+        StoreU32(s + kSelectionLastRowAt, last.row);
+        StoreU32(s + kSelectionLastColumnAt, last.column);
+      }
+      if (x_.Tag("Freezed", kOptionalOpen)) {
+        if (!Rc(at, Address()) || !CloseIfOpen("Freezed")) return false;
+        if (at.hasRow) {
+          s[kFreezeFlagsAt] = 1;
+          StoreU32(s + kFreezeRowAt, at.row);
+        } else {
+          s[kFreezeFlagsAt] = 8;
+          StoreU32(s + kFreezeColumnAt, at.column);
+        }
+      }
+      if (!x_.ok() || !x_.Tag("Table", scan::kClose)) return false;
+    }
+  }
+  return x_.ok() && x_.Tag("GeneralSettings", scan::kClose);
+}
+
+bool DocumentReader::ReadPageSettings(Worksheet& sheet) {
+  if (!x_.Tag("PageSettings", scan::kOpen | scan::kOptional)) return x_.ok();
+  if (x_.isClose()) return true;
+  uint8_t* p = sheet.pageSettings.data();
+  using namespace page_settings;
+  auto putText = [&](uint32_t at, std::string_view text) {
+    std::memset(p + at, 0, 128);
+    std::memcpy(p + at, text.data(), std::min<size_t>(text.size(), 127));
+  };
+  auto putReal = [&](const char* name, uint32_t at) {
+    double v = 0;
+    std::memcpy(&v, p + at, 8);
+    if (!x_.RealAttr(name, v)) return false;
+    std::memcpy(p + at, &v, 8);
+    return true;
+  };
+  if (x_.Tag("Printer", kOptionalOpen)) {
+    if (const char* name = x_.Attr("Name")) putText(kPrinterNameAt, name);
+    if (!x_.isClose()) {
+      if (x_.Text("SheetSize", 127, scan::kOptional | scan::kAttributes)) {
+        putText(kPaperSizeAt, x_.text());
+        bool landscape = false;
+        if (!x_.BoolAttr("Landscape", landscape)) return false;
+        // Only landscape is written; any other orientation reads back as the default.
+        if (landscape) {
+          p[kOrientationAt] = 2;
+        } else if (p[kOrientationAt] == 2) {
+          p[kOrientationAt] = 0;
+        }
+      }
+      if (!x_.ok() || !x_.Tag("Printer", scan::kClose)) return false;
+    }
+  }
+  if (x_.Tag("PrintRange", kOptionalOpen)) {
+    if (const char* scale = x_.Attr("Scale")) {
+      std::string_view t(scale);
+      uint32_t value = 0;
+      if (t == "FitToSheetSize") {
+        value = 0;
+      } else {
+        if (!t.empty() && t.back() == '%') t.remove_suffix(1);
+        if (!ParseNumber(t, value) || !t.empty() || value < 10 || value > 1000) {
+          return Fail(err::kXmlInvalidAttribute);
+        }
+      }
+      StoreU16(p + kScaleAt, static_cast<uint16_t>(value));
+    }
+    int first = LoadU16(p + kFirstPageNumberAt);
+    if (!x_.IntAttr("FirstPageNumber", first, 1, 65534)) return false;
+    StoreU16(p + kFirstPageNumberAt, static_cast<uint16_t>(first));
+    if (!x_.isClose()) {
+      if (x_.Tag("All", scan::kOpen | scan::kOptional)) {
+        p[kPrintRangeAt] = 0;
+        if (!CloseIfOpen("All")) return false;
+      } else if (x_.Tag("Selection", scan::kOpen | scan::kOptional)) {
+        p[kPrintRangeAt] = 1;
+        if (!CloseIfOpen("Selection")) return false;
+      } else if (x_.Text("Pages", 127, scan::kOptional)) {
+        p[kPrintRangeAt] = 2;
+        putText(kPagesAt, x_.text());
+      }
+      if (!x_.ok() || !x_.Tag("PrintRange", scan::kClose)) return false;
+    }
+  }
+  if (x_.Text("ExcludedRows", 127, scan::kOptional)) putText(kExcludedRowsAt, x_.text());
+  if (x_.Text("ExcludedColumns", 127, scan::kOptional)) putText(kExcludedColumnsAt, x_.text());
+  if (x_.Text("Copies", 8, scan::kOptional | scan::kAttributes)) {
+    std::string_view t = x_.text();
+    uint32_t copies = 0;
+    if (!ParseNumber(t, copies) || !t.empty() || copies < 1 || copies > 65534) {
+      return Fail(err::kXmlInvalidData);
+    }
+    StoreU16(p + kCopiesAt, static_cast<uint16_t>(copies));
+    bool collate = false, backToFront = false;
+    if (!x_.BoolAttr("Collate", collate) || !x_.BoolAttr("BackToFrontOrder", backToFront)) {
+      return false;
+    }
+    p[kCollateAt] = collate;
+    p[kBackToFrontAt] = backToFront;
+  }
+  if (!x_.ok()) return false;
+  if (x_.Tag("Headers", kOptionalOpen)) {
+    bool first = false;
+    if (!x_.BoolAttr("OnFirstPage", first)) return false;
+    p[kOnFirstPageAt] = first;
+    if (!x_.isClose()) {
+      if (x_.Tag("Margins", kOptionalOpen)) {
+        if (!putReal("Top", kHeaderMarginAt) || !putReal("Bottom", kFooterMarginAt) ||
+            !CloseIfOpen("Margins")) {
+          return false;
+        }
+      }
+      if (x_.Text("HeaderText", 127, scan::kOptional)) putText(kHeaderTextAt, x_.text());
+      if (x_.Text("FooterText", 127, scan::kOptional)) putText(kFooterTextAt, x_.text());
+      if (x_.Tag("Font", kOptionalOpen)) {
+        std::memset(p + kFontAt, 0, kFontSize);
+        if (!ReadFontAttributes(p + kFontAt) || !CloseIfOpen("Font")) return false;
+      }
+      if (!x_.ok() || !x_.Tag("Headers", scan::kClose)) return false;
+    }
+  }
+  if (x_.Tag("PageLayout", scan::kOpen | scan::kOptional)) {
+    if (!x_.isClose()) {
+      if (x_.Tag("Margins", kOptionalOpen)) {
+        if (!putReal("Left", kLeftMarginAt) || !putReal("Top", kTopMarginAt) ||
+            !putReal("Right", kRightMarginAt) || !putReal("Bottom", kBottomMarginAt) ||
+            !CloseIfOpen("Margins")) {
+          return false;
+        }
+      }
+      if (x_.Tag("PagesPerSheet", kOptionalOpen)) {
+        int columns = LoadU16(p + kPagesPerSheetColumnsAt),
+            rows = LoadU16(p + kPagesPerSheetRowsAt);
+        if (!x_.IntAttr("Columns", columns, 0, 65534) || !x_.IntAttr("Rows", rows, 0, 65534) ||
+            !CloseIfOpen("PagesPerSheet")) {
+          return false;
+        }
+        StoreU16(p + kPagesPerSheetColumnsAt, static_cast<uint16_t>(columns));
+        StoreU16(p + kPagesPerSheetRowsAt, static_cast<uint16_t>(rows));
+      }
+      if (x_.Tag("Alignment", kOptionalOpen)) {
+        int h = p[kHorizontalAlignmentAt], v = p[kVerticalAlignmentAt];
+        if (!x_.IntAttr("HorizontalAlignment", h, 0, 255) ||
+            !x_.IntAttr("VerticalAlignment", v, 0, 255) || !CloseIfOpen("Alignment")) {
+          return false;
+        }
+        p[kHorizontalAlignmentAt] = static_cast<uint8_t>(h);
+        p[kVerticalAlignmentAt] = static_cast<uint8_t>(v);
+      }
+      if (!x_.ok() || !x_.Tag("PageLayout", scan::kClose)) return false;
+    }
+  }
+  for (auto [name, at] : {std::pair<const char*, uint32_t>{"RowHeadings", kRowHeadingsAt},
+                          std::pair<const char*, uint32_t>{"ColumnHeadings", kColumnHeadingsAt}}) {
+    if (x_.Tag(name, kOptionalOpen)) {
+      bool visible = p[at] != 0;
+      if (!x_.BoolAttr("Visible", visible) || !CloseIfOpen(name)) return false;
+      p[at] = visible;
+    }
+  }
+  return x_.ok() && x_.Tag("PageSettings", scan::kClose);
+}
+
+bool DocumentReader::ReadWorksheet(Worksheet& sheet) {
+  // Containers are carried by the binary form; here they are passed over for now.
+  while (x_.Tag("Container", kOptionalOpen)) {
+    if (!SkipElement()) return false;
+  }
+  return x_.ok() && ReadFormatting(sheet) && ReadCells(sheet) && ReadGeneralSettings(sheet) &&
+         ReadPageSettings(sheet) && x_.Tag("Worksheet", scan::kClose);
+}
+
+bool DocumentReader::Read() {
+  if (!x_.ok() || !x_.Prolog() || !x_.Tag("Workbook", scan::kOpen)) return false;
+  std::vector<StyleRecord> styles;
+  std::vector<FontRecord> fonts(1, StyleTable().Font(0));
+  if (!ReadLastModification() || !ReadWindow() || !ReadDropDownLists() ||
+      !ReadStyles(styles, fonts) || !ReadInspectCells()) {
+    return false;
+  }
+  if (styles.empty()) styles.push_back(StyleTable().Style(0));
+  book_.styles.LoadFonts(fonts.data(), static_cast<uint8_t>(fonts.size()));
+  book_.styles.LoadStyles(styles.data(), static_cast<uint16_t>(styles.size()));
+  WorkbookNode* last = nullptr;
+  Worksheet* firstSheet = nullptr;
+  while (x_.Tag("", kOptionalOpen | scan::kPeek)) {
+    std::string kind(x_.name());
+    if (kind != "Folder" && kind != "Worksheet") break;
+    x_.Tag(kind, kOpenAttributes);
+    bool folder = kind == "Folder";
+    std::string name;
+    if (const char* text = x_.Attr("Name")) {
+      name = text;
+      if (name.size() >= kNodeNameSize) return Fail(err::kXmlInvalidAttribute);
+    } else {
+      name = (folder ? "Folder" : "Worksheet") + std::to_string((folder ? folders_ : sheets_) + 1);
+    }
+    int level = 1;
+    if (!x_.IntAttr("TreeLevel", level, 1, 65534, err::kXmlInvalidData)) return false;
+    WorkbookNode* node;
+    if (folder) {
+      auto* f = new (std::nothrow) Folder(name);
+      if (f == nullptr) return Fail(err::kXmlOutOfMemory);
+      bool expanded = false;
+      if (!x_.BoolAttr("Expanded", expanded)) {
+        delete f;
+        return false;
+      }
+      f->open = expanded;
+      node = f;
+      ++folders_;
+      ++book_.folderCount;
+    } else {
+      auto* w = new (std::nothrow) Worksheet(name);
+      if (w == nullptr) return Fail(err::kXmlOutOfMemory);
+      bool selected = false;
+      if (!x_.BoolAttr("Selected", selected)) {
+        delete w;
+        return false;
+      }
+      if (selected && book_.currentSheet == nullptr) book_.currentSheet = w;
+      if (firstSheet == nullptr) firstSheet = w;
+      node = w;
+      ++sheets_;
+      ++book_.worksheetCount;
+    }
+    node->level = static_cast<uint16_t>(level);
+    node->previous = last;
+    if (last != nullptr) {
+      last->next = node;
+    } else {
+      book_.firstNode = node;
+    }
+    last = node;
+    if (folder) {
+      if (!CloseIfOpen("Folder")) return false;
+    } else if (!x_.isClose() && !ReadWorksheet(*static_cast<Worksheet*>(node))) {
+      return false;
+    }
+  }
+  if (!x_.ok() || !x_.Tag("Workbook", scan::kClose)) return false;
+  // Without a selected worksheet the first table is current: a catalogue cannot be.
+  if (book_.currentSheet == nullptr) book_.currentSheet = book_.TableByIndex(0);
+  if (book_.currentSheet == nullptr) book_.currentSheet = firstSheet;
+  return true;
+}
+
+// After the closing tag: a current table, every catalogue compiled, the record set and fields.
+bool CheckDocument(Workbook& book) {
+  if (book.currentSheet == nullptr) {
+    book.errorCode = err::kNeedsOneTable;
+    return false;
+  }
+  TableSpec current;
+  if (!MakeTableSpec(book, book.currentSheet->Name(), current)) {
+    book.errorCode = err::kInvalidDatabase;
+    return false;
+  }
+  WorkbookNode* system = book.FindNode("\\system");
+  if (system != nullptr && system->IsFolder()) {
+    for (WorkbookNode* n = system->next; n != nullptr && n->level > system->level; n = n->next) {
+      TableSpec spec;
+      if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), spec)) {
+        book.errorCode = err::kInvalidDatabase;
+        return false;
+      }
+    }
+  }
+  return RefreshCurrentTable(book);
+}
+
+}  // namespace
+
+bool ReadXmlDocument(FileStream& stream, Workbook& book, int* line) {
+  if (line != nullptr) *line = 0;
+  if (!stream.Rewind()) {
+    book.errorCode = stream.error();
+    return false;
+  }
+  auto fresh = std::make_unique<Workbook>();
+  DocumentReader reader(stream, *fresh);
+  bool ok = reader.Read();
+  if (!ok || !stream.ok()) {
+    book.errorCode = stream.error() != err::kNone ? stream.error() : err::kXmlUnexpectedElement;
+    if (line != nullptr) *line = reader.line();
+    return false;
+  }
+  if (!CheckDocument(*fresh)) {
+    book.errorCode = fresh->errorCode;
+    return false;
+  }
+  UndoRecorder* undo = book.undo;
+  book.SwapContents(*fresh);
+  book.undo = undo;
+  book.errorCode = err::kNone;
+  return true;
+}
+
+}  // namespace kelpdex
