@@ -9,6 +9,7 @@
 #include "bench/bench_util.h"
 #include "bench/standard_table.h"
 #include "persist/binary_format.h"
+#include "persist/native_xml.h"
 #include "store/catalogue.h"
 #include "store/field_spec.h"
 #include "table/schema.h"
@@ -110,6 +111,20 @@ double Save(const Workbook& book, const std::string& path, bool gz, bool sync, l
 int main(int argc, char** argv) {
   long records = RecordsArgument(argc, argv);
   std::string folder = Argument(argc, argv, "--dir") ? Argument(argc, argv, "--dir") : "/tmp";
+  const char* loadXml = Argument(argc, argv, "--load-xml");
+  if (loadXml != nullptr) {
+    long before = CurrentRssKb();
+    Workbook book;
+    Stopwatch watch;
+    FileStream in;
+    Check(in.Open(loadXml, StreamMode::kRead, true), "open");
+    Check(ReadXmlDocument(in, book), "read");
+    double seconds = watch.Seconds();
+    long held = CurrentRssKb() - before;
+    Report(in.compressed() ? "load_xml_gzip" : "load_xml", records, seconds, 0,
+           ",\"held_kb\": " + std::to_string(held));
+    return 0;
+  }
   const char* loadOnly = Argument(argc, argv, "--load");
   if (loadOnly != nullptr) {
     // A process of its own, so that its peak memory is the load's.
@@ -141,5 +156,19 @@ int main(int argc, char** argv) {
   Report("save_binary_fsync", records, seconds, bytes);
   seconds = Save(book, packed, true, false, bytes);
   Report("save_binary_gzip", records, seconds, bytes);
+  for (bool gz : {false, true}) {
+    std::string path = folder + (gz ? "/persist_bench_gz.xml" : "/persist_bench.xml");
+    Stopwatch watch;
+    FileStream out;
+    Check(out.Open(path, StreamMode::kWrite, gz), "open");
+    Check(WriteXmlDocument(out, book), "write xml");
+    Check(out.Close(), "close");
+    seconds = watch.Seconds();
+    FILE* f = std::fopen(path.c_str(), "rb");
+    std::fseek(f, 0, SEEK_END);
+    bytes = std::ftell(f);
+    std::fclose(f);
+    Report(gz ? "save_xml_gzip" : "save_xml", records, seconds, bytes);
+  }
   return 0;
 }

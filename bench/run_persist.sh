@@ -9,4 +9,6 @@ trap 'rm -rf "$dir"' EXIT
 "$build/bench/persist_bench" --records "$records" --dir "$dir" --csv "$dir/table.csv"
 "$build/bench/persist_bench" --records "$records" --load "$dir/persist_bench.kpx"
 "$build/bench/persist_bench" --records "$records" --load "$dir/persist_bench_gz.kpx"
-/usr/bin/python3 "$(dirname "$0")/persist_anchors.py" "$dir/table.csv" "$dir" "$dir/persist_bench.kpx"
+"$build/bench/persist_bench" --records "$records" --load-xml "$dir/persist_bench.xml"
+"$build/bench/persist_bench" --records "$records" --load-xml "$dir/persist_bench_gz.xml"
+/usr/bin/python3 "$(dirname "$0")/persist_anchors.py" "$dir/table.csv" "$dir" "$dir/persist_bench.kpx" "$dir/persist_bench.xml"

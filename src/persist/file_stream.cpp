@@ -218,13 +218,13 @@ bool FileStream::Rewind() {
   return true;
 }
 
-int FileStream::Peek() {
+int FileStream::PeekSlow() {
   if (position_ == fill_ && !Fill()) return -1;
   return buffer_[position_];
 }
 
-int FileStream::Next() {
-  int c = Peek();
+int FileStream::NextSlow() {
+  int c = PeekSlow();
   if (c >= 0) ++position_;
   return c;
 }
@@ -239,7 +239,7 @@ bool FileStream::Skip(size_t count) {
   return true;
 }
 
-bool FileStream::Matches(const char* text, size_t size) {
+bool FileStream::MatchesSlow(const char* text, size_t size) {
   if (size > capacity_) return false;
   Mark();
   bool same = true;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -62,11 +63,19 @@ class FileStream {
   bool Rewind();
 
   // Byte helpers of the XML scanner: one byte of look-ahead, and a mark to return to.
-  int Peek();  // -1 at the end
-  int Next();  // -1 at the end
+  // The byte helpers run once per byte of an XML file: their common case is inline.
+  int Peek() { return position_ < fill_ ? buffer_[position_] : PeekSlow(); }  // -1 at the end
+  int Next() { return position_ < fill_ ? buffer_[position_++] : NextSlow(); }  // -1 at the end
   bool Skip(size_t count);
+  // The next `size` bytes in place when the buffer holds them all, else null.
+  const uint8_t* Contiguous(size_t size) const {
+    return position_ + size <= fill_ ? buffer_.get() + position_ : nullptr;
+  }
   // Whether the next `size` bytes are `text`, without consuming them.
-  bool Matches(const char* text, size_t size);
+  bool Matches(const char* text, size_t size) {
+    if (position_ + size <= fill_) return std::memcmp(buffer_.get() + position_, text, size) == 0;
+    return MatchesSlow(text, size);
+  }
   bool AtEnd() { return Peek() < 0; }
   void Mark();
   void ReturnToMark();
@@ -82,6 +91,9 @@ class FileStream {
   bool Sync();
 
  private:
+  int PeekSlow();
+  int NextSlow();
+  bool MatchesSlow(const char* text, size_t size);
   bool Fill();
   bool Drain();
   void CloseLayers();

@@ -128,6 +128,9 @@ class DocumentReader {
   Workbook& book_;
   uint32_t folders_ = 0;
   uint32_t sheets_ = 0;
+  // Reused for every cell, so that a load allocates per block, not per cell.
+  std::vector<uint8_t> record_ = std::vector<uint8_t>(kBlockPayload);
+  std::string formulaText_;
 };
 
 bool DocumentReader::ReadLastModification() {
@@ -519,10 +522,11 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
   bool automatic = false;
   if (!x_.BoolAttr("Auto", automatic)) return false;
   uint8_t extra = automatic ? cell::kAuto : 0;
-  std::vector<uint8_t> record(kBlockPayload);
+  std::vector<uint8_t>& record = record_;
   if (x_.isClose()) return true;  // an empty cell element stores nothing
   bool formula = false;
-  std::string formulaText;
+  std::string& formulaText = formulaText_;
+  formulaText.clear();
   int width = 1, height = 1;
   if (x_.Tag("F", kOptionalOpen)) {
     if (!x_.IntAttr("Width", width, 1, kColumnLimit) ||
@@ -541,7 +545,7 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
   uint8_t error = 0;
   bool haveNumber = false, haveText = false;
   double number = 0;
-  std::string text;
+  std::string_view text;
   if (x_.Text("N", 64, scan::kOptional)) {
     std::string_view t = x_.text();
     auto r = std::from_chars(t.data(), t.data() + t.size(), number);
@@ -550,7 +554,7 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
     }
     haveNumber = true;
   } else if (x_.ok() && x_.Text("T", XmlScanner::kTextBufferSize, scan::kOptional)) {
-    text.assign(x_.text());
+    text = x_.text();  // valid until the next value is read
     haveText = true;
   } else if (x_.ok() && x_.Text("Error", 16, scan::kOptional)) {
     for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {

@@ -81,6 +81,13 @@ std::string XmlScanner::ErrorMessage() const {
   return IsXmlLineError(code) ? ErrorTextAtLine(code, errorLine_) : std::string(ErrorText(code));
 }
 
+bool XmlScanner::IsCommentStart() {
+  // Asked at every "<": the bytes are compared in place where the buffer holds them.
+  const uint8_t* p = stream_.Contiguous(4);
+  if (p != nullptr) return p[1] == '!' && p[2] == '-' && p[3] == '-' && p[0] == '<';
+  return stream_.Matches("<!--", 4);
+}
+
 int XmlScanner::Get() {
   const int c = stream_.Next();
   if (c == '\r') ++line_;
@@ -107,7 +114,7 @@ bool XmlScanner::SkipPast(std::string_view terminator) {
 bool XmlScanner::SkipMarkup() {
   for (;;) {
     SkipWhitespace();
-    if (stream_.Peek() != '<' || !stream_.Matches("<!--", 4)) return true;
+    if (stream_.Peek() != '<' || !IsCommentStart()) return true;
     stream_.Skip(4);
     if (!SkipPast("-->")) return Fail(err::kXmlUnexpectedElement);
   }
@@ -136,6 +143,15 @@ bool XmlScanner::ReadQualifiedName(char* prefix, size_t& prefixLength, char* loc
 }
 
 bool XmlScanner::Decode(const char* raw, size_t size, size_t maxLength, ErrorCode overLimit) {
+  // Most values are plain ASCII without references: they are taken as they stand.
+  bool plain = true;
+  for (size_t i = 0; i < size && plain; ++i) {
+    plain = static_cast<unsigned char>(raw[i]) < 0x80 && raw[i] != '&';
+  }
+  if (plain) {
+    decoded_.assign(raw, size);
+    return decoded_.size() <= maxLength || Fail(overLimit);
+  }
   decoded_.clear();
   if (transcodeMode_ == transcode::kUtf8) {
     // A sequence the decoder does not take ends the value there, as it always has.
@@ -292,7 +308,7 @@ bool XmlScanner::TextBody(size_t maxLength) {
   bool blank = false;  // whitespace seen since the last byte kept
   for (int c = stream_.Peek(); c >= 0; c = stream_.Peek()) {
     if (c == '<') {
-      if (!stream_.Matches("<!--", 4)) break;
+      if (!IsCommentStart()) break;
       // Here a comment ends only at "--!>", unlike a comment between tags.
       stream_.Skip(4);
       if (!SkipPast("--!>")) return Fail(err::kXmlUnexpectedElement);

@@ -117,6 +117,7 @@ class XmlScanner {
   };
 
   int Get();
+  bool IsCommentStart();
   void SkipWhitespace();
   bool SkipMarkup();
   bool SkipPast(std::string_view terminator);
