@@ -64,7 +64,7 @@ class FileStream {
 
   // Byte helpers of the XML scanner: one byte of look-ahead, and a mark to return to.
   // The byte helpers run once per byte of an XML file: their common case is inline.
-  int Peek() { return position_ < fill_ ? buffer_[position_] : PeekSlow(); }  // -1 at the end
+  int Peek() { return position_ < fill_ ? buffer_[position_] : PeekSlow(); }    // -1 at the end
   int Next() { return position_ < fill_ ? buffer_[position_++] : NextSlow(); }  // -1 at the end
   bool Skip(size_t count);
   // The next `size` bytes in place when the buffer holds them all, else null.

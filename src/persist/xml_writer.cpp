@@ -14,7 +14,29 @@ constexpr size_t kLongestEscape = 6;
 
 }  // namespace
 
+namespace {
+
+bool NeedsEscape(uint8_t c) {
+  return c < 32 || c == '"' || c == '&' || c == '\'' || c == '<' || c == '>';
+}
+
+}  // namespace
+
 bool EscapeXml(std::string_view text, std::string& out) {
+  // The common value needs no reference at all and fits well inside the limit: one append.
+  if (text.size() + kLongestEscape < kXmlEscapeLimit) {
+    bool plain = true;
+    for (char ch : text) {
+      if (NeedsEscape(static_cast<uint8_t>(ch))) {
+        plain = false;
+        break;
+      }
+    }
+    if (plain) {
+      out.append(text);
+      return true;
+    }
+  }
   size_t written = 0;
   for (char ch : text) {
     if (written + kLongestEscape >= kXmlEscapeLimit) return false;

@@ -130,7 +130,16 @@ std::string Cp1252ToUtf8(std::string_view s) {
 
 void AppendCp1252AsUtf8(std::string& out, std::string_view s) {
   out.reserve(out.size() + s.size());
-  for (char ch : s) AppendUtf8(out, Cp1252ToUnicode(static_cast<uint8_t>(ch)));
+  size_t i = 0;
+  while (i < s.size()) {
+    // ASCII is the same in both: whole runs of it are copied at once.
+    size_t run = i;
+    while (run < s.size() && static_cast<uint8_t>(s[run]) < 0x80) ++run;
+    out.append(s.data() + i, run - i);
+    if (run == s.size()) break;
+    AppendUtf8(out, Cp1252ToUnicode(static_cast<uint8_t>(s[run])));
+    i = run + 1;
+  }
 }
 
 std::string Utf8ToCp1252(std::string_view s) {
