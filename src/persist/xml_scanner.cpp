@@ -81,6 +81,15 @@ std::string XmlScanner::ErrorMessage() const {
   return IsXmlLineError(code) ? ErrorTextAtLine(code, errorLine_) : std::string(ErrorText(code));
 }
 
+// Names are short: a loop in place beats a call into the library's memcmp.
+bool SameName(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i]) return false;
+  }
+  return true;
+}
+
 bool XmlScanner::IsCommentStart() {
   // Asked at every "<": the bytes are compared in place where the buffer holds them.
   const uint8_t* p = stream_.Contiguous(4);
@@ -282,7 +291,7 @@ bool XmlScanner::Tag(std::string_view name, ScanFlags flags) {
   if (!ReadQualifiedName(prefix_, prefixLength_, name_, nameLength_)) return false;
   isOpen_ = !close;
   isClose_ = close;
-  if (!name.empty() && this->name() != name) return Miss(flags);
+  if (!name.empty() && !SameName(this->name(), name)) return Miss(flags);
   if (close) {
     SkipWhitespace();
     if (Get() != '>') return Fail(err::kXmlUnexpectedElement);
@@ -344,7 +353,9 @@ bool XmlScanner::Text(std::string_view name, size_t maxLength, ScanFlags flags) 
 const XmlScanner::Attribute* XmlScanner::FindAttribute(std::string_view name,
                                                        std::string_view prefix) const {
   for (size_t i = 0; i < attributeCount_; ++i) {
-    if (AttributeName(i) == name && AttributePrefix(i) == prefix) return &attributes_[i];
+    if (SameName(AttributeName(i), name) && SameName(AttributePrefix(i), prefix)) {
+      return &attributes_[i];
+    }
   }
   return nullptr;
 }
