@@ -67,6 +67,17 @@ class FileStream {
   int Peek() { return position_ < fill_ ? buffer_[position_] : PeekSlow(); }    // -1 at the end
   int Next() { return position_ < fill_ ? buffer_[position_++] : NextSlow(); }  // -1 at the end
   bool Skip(size_t count);
+  // The bytes the buffer holds from the read position, refilling first when it holds none;
+  // `size` 0 at the end of the file. Advance() consumes from it.
+  const uint8_t* Span(size_t& size) {
+    if (position_ == fill_ && PeekSlow() < 0) {
+      size = 0;
+      return nullptr;
+    }
+    size = fill_ - position_;
+    return buffer_.get() + position_;
+  }
+  void Advance(size_t count) { position_ += count; }
   // The next `size` bytes in place when the buffer holds them all, else null.
   const uint8_t* Contiguous(size_t size) const {
     return position_ + size <= fill_ ? buffer_.get() + position_ : nullptr;

@@ -527,40 +527,59 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
   bool formula = false;
   std::string& formulaText = formulaText_;
   formulaText.clear();
-  int width = 1, height = 1;
-  if (x_.Tag("F", kOptionalOpen)) {
-    if (!x_.IntAttr("Width", width, 1, kColumnLimit) ||
-        !x_.IntAttr("Height", height, 1, kRowLimit)) {
-      return false;
-    }
-    bool array = x_.Attr("Width") != nullptr || x_.Attr("Height") != nullptr;
-    if (!x_.isClose()) {
-      if (!x_.TextBody(1024) || !x_.Tag("F", scan::kClose)) return false;
-      formulaText.assign(x_.text());
-    }
-    formula = true;
-    if (!array) width = height = 0;
-  }
-  if (!x_.ok()) return false;
+  int width = 0, height = 0;
   uint8_t error = 0;
   bool haveNumber = false, haveText = false;
   double number = 0;
   std::string_view text;
-  if (x_.Text("N", 64, scan::kOptional)) {
-    std::string_view t = x_.text();
-    auto r = std::from_chars(t.data(), t.data() + t.size(), number);
-    if (r.ec != std::errc() || r.ptr != t.data() + t.size() || !std::isfinite(number)) {
-      return Fail(err::kXmlInvalidData);
+  // Each child tag is scanned once and dispatched by its name: an optional F followed by one of
+  // N, T or Error.
+  while (x_.Tag("", scan::kOpen | scan::kAttributes | scan::kOptional)) {
+    std::string_view child = x_.name();
+    bool value = haveNumber || haveText || error != 0;
+    if (child == "F" && !formula && !value) {
+      int w = 1, h = 1;
+      if (!x_.IntAttr("Width", w, 1, kColumnLimit) || !x_.IntAttr("Height", h, 1, kRowLimit)) {
+        return false;
+      }
+      if (x_.Attr("Width") != nullptr || x_.Attr("Height") != nullptr) {
+        width = w;
+        height = h;
+      }
+      if (!x_.isClose()) {
+        if (!x_.TextBody(1024) || !x_.Tag("F", scan::kClose)) return false;
+        formulaText.assign(x_.text());
+      }
+      formula = true;
+      continue;
     }
-    haveNumber = true;
-  } else if (x_.ok() && x_.Text("T", XmlScanner::kTextBufferSize, scan::kOptional)) {
-    text = x_.text();  // valid until the next value is read
-    haveText = true;
-  } else if (x_.ok() && x_.Text("Error", 16, scan::kOptional)) {
-    for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
-      if (text::EqualNoCase(x_.text(), ErrorLiteral(code))) error = code;
+    if (value || (child != "N" && child != "T" && child != "Error")) {
+      return Fail(err::kXmlUnexpectedElement);
     }
-    if (error == 0) return Fail(err::kXmlInvalidData);
+    std::string name(child);
+    size_t limit = child == "T" ? XmlScanner::kTextBufferSize : 64;
+    if (!x_.isClose()) {
+      if (!x_.TextBody(limit) || !x_.Tag(name, scan::kClose)) return false;
+    }
+    std::string_view body = x_.isClose() && !x_.isOpen() ? x_.text() : std::string_view();
+    if (name == "N") {
+      double v = 0;
+      auto r = std::from_chars(body.data(), body.data() + body.size(), v);
+      if (body.empty() || r.ec != std::errc() || r.ptr != body.data() + body.size() ||
+          !std::isfinite(v)) {
+        return Fail(err::kXmlInvalidData);
+      }
+      number = v;
+      haveNumber = true;
+    } else if (name == "T") {
+      text = body;  // valid until the next value is read
+      haveText = true;
+    } else {
+      for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
+        if (text::EqualNoCase(body, ErrorLiteral(code))) error = code;
+      }
+      if (error == 0) return Fail(err::kXmlInvalidData);
+    }
   }
   if (!x_.ok() || !x_.Tag("Cell", scan::kClose)) return false;
   uint32_t row = at.row;

@@ -104,7 +104,18 @@ int XmlScanner::Get() {
 }
 
 void XmlScanner::SkipWhitespace() {
-  while (IsSpace(stream_.Peek())) Get();
+  // Whole spans of the buffer at a time: this runs between every two tags.
+  for (;;) {
+    size_t size = 0;
+    const uint8_t* p = stream_.Span(size);
+    size_t i = 0;
+    while (i < size && IsSpace(p[i])) {
+      if (p[i] == '\r') ++line_;
+      ++i;
+    }
+    stream_.Advance(i);
+    if (i < size || size == 0) return;
+  }
 }
 
 bool XmlScanner::SkipPast(std::string_view terminator) {
@@ -131,9 +142,16 @@ bool XmlScanner::SkipMarkup() {
 
 bool XmlScanner::ReadName(char* out, size_t& length) {
   length = 0;
-  while (IsNameChar(stream_.Peek())) {
-    if (length == kNameLimit) return Fail(err::kXmlUnexpectedElement);
-    out[length++] = static_cast<char>(Get());
+  for (;;) {
+    size_t size = 0;
+    const uint8_t* p = stream_.Span(size);
+    size_t i = 0;
+    while (i < size && IsNameChar(p[i])) {
+      if (length == kNameLimit) return Fail(err::kXmlUnexpectedElement);
+      out[length++] = static_cast<char>(p[i++]);
+    }
+    stream_.Advance(i);
+    if (i < size || size == 0) break;
   }
   out[length] = '\0';
   return length > 0 || Fail(err::kXmlUnexpectedElement);
@@ -204,9 +222,18 @@ bool XmlScanner::ReadAttribute(bool keep) {
   const int quote = Get();
   if (quote != '"' && quote != '\'') return Fail(err::kXmlInvalidAttribute);
   size_t size = 0;
-  for (int c = Get(); c != quote; c = Get()) {
-    if (c < 0 || size == kTextBufferSize) return Fail(err::kXmlInvalidAttribute);
-    raw_[size++] = static_cast<char>(c);
+  for (bool closed = false; !closed;) {
+    size_t available = 0;
+    const uint8_t* p = stream_.Span(available);
+    if (available == 0) return Fail(err::kXmlInvalidAttribute);
+    size_t i = 0;
+    while (i < available && p[i] != quote) {
+      if (size == kTextBufferSize) return Fail(err::kXmlInvalidAttribute);
+      if (p[i] == '\r') ++line_;
+      raw_[size++] = static_cast<char>(p[i++]);
+    }
+    closed = i < available;
+    stream_.Advance(closed ? i + 1 : i);
   }
   if (!keep) return true;
   if (!Decode(raw_, size, kValueLimit, err::kXmlInvalidAttribute)) return false;
@@ -315,23 +342,38 @@ bool XmlScanner::TextBody(size_t maxLength) {
   if (!ok()) return false;
   size_t size = 0;
   bool blank = false;  // whitespace seen since the last byte kept
-  for (int c = stream_.Peek(); c >= 0; c = stream_.Peek()) {
-    if (c == '<') {
-      if (!IsCommentStart()) break;
-      // Here a comment ends only at "--!>", unlike a comment between tags.
-      stream_.Skip(4);
-      if (!SkipPast("--!>")) return Fail(err::kXmlUnexpectedElement);
-      continue;
+  for (;;) {
+    size_t available = 0;
+    const uint8_t* p = stream_.Span(available);
+    if (available == 0) break;
+    size_t i = 0;
+    bool stop = false;
+    while (i < available) {
+      uint8_t c = p[i];
+      if (c == '<') {
+        stop = true;
+        break;
+      }
+      ++i;
+      if (IsSpace(c)) {
+        if (c == '\r') ++line_;
+        blank = size > 0;
+        continue;
+      }
+      if (size + (blank ? 2 : 1) > kTextBufferSize) {
+        stream_.Advance(i);
+        return Fail(err::kXmlInvalidData);
+      }
+      if (blank) raw_[size++] = ' ';
+      blank = false;
+      raw_[size++] = static_cast<char>(c);
     }
-    Get();
-    if (IsSpace(c)) {
-      blank = size > 0;
-      continue;
-    }
-    if (size + (blank ? 2 : 1) > kTextBufferSize) return Fail(err::kXmlInvalidData);
-    if (blank) raw_[size++] = ' ';
-    blank = false;
-    raw_[size++] = static_cast<char>(c);
+    stream_.Advance(i);
+    if (!stop) continue;
+    if (!IsCommentStart()) break;
+    // Here a comment ends only at "--!>", unlike a comment between tags.
+    stream_.Skip(4);
+    if (!SkipPast("--!>")) return Fail(err::kXmlUnexpectedElement);
   }
   if (blank) {
     if (size == kTextBufferSize) return Fail(err::kXmlInvalidData);
