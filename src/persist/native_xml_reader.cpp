@@ -77,6 +77,14 @@ bool FindWord(const char* const (&words)[N], std::string_view text, uint8_t& val
   return false;
 }
 
+// A few bytes against a constant: a loop in place, cheaper than the library call per cell.
+inline bool SameBytes(const uint8_t* p, const char* text, size_t size) {
+  for (size_t i = 0; i < size; ++i) {
+    if (p[i] != static_cast<uint8_t>(text[i])) return false;
+  }
+  return true;
+}
+
 class DocumentReader {
  public:
   DocumentReader(FileStream& stream, Workbook& book) : x_(stream), book_(book) {}
@@ -120,6 +128,12 @@ class DocumentReader {
   bool ReadFormatting(Worksheet& sheet);
   bool ReadCells(Worksheet& sheet);
   bool ReadCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor);
+  // The common cell forms parsed in place: false when the next element is not one of them, with
+  // nothing consumed, so that ReadCell() takes it.
+  bool FastCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor, bool& failed);
+  bool StoreCell(Worksheet& sheet, const Address& at, uint8_t extra, bool formula, int width,
+                 int height, bool haveNumber, double number, bool haveText, std::string_view text,
+                 uint8_t error, CellCursor& cursor);
   bool ReadGeneralSettings(Worksheet& sheet);
   bool ReadPageSettings(Worksheet& sheet);
   bool SkipElement();
@@ -522,7 +536,6 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
   bool automatic = false;
   if (!x_.BoolAttr("Auto", automatic)) return false;
   uint8_t extra = automatic ? cell::kAuto : 0;
-  std::vector<uint8_t>& record = record_;
   if (x_.isClose()) return true;  // an empty cell element stores nothing
   bool formula = false;
   std::string& formulaText = formulaText_;
@@ -582,6 +595,15 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
     }
   }
   if (!x_.ok() || !x_.Tag("Cell", scan::kClose)) return false;
+  return StoreCell(sheet, at, extra, formula, width, height, haveNumber, number, haveText, text,
+                   error, cursor);
+}
+
+bool DocumentReader::StoreCell(Worksheet& sheet, const Address& at, uint8_t extra, bool formula,
+                               int width, int height, bool haveNumber, double number, bool haveText,
+                               std::string_view text, uint8_t error, CellCursor& cursor) {
+  std::vector<uint8_t>& record = record_;
+  const std::string& formulaText = formulaText_;
   uint32_t row = at.row;
   uint16_t column = at.column;
   extra = static_cast<uint8_t>(extra | error);
@@ -608,13 +630,116 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
   return true;
 }
 
+bool DocumentReader::FastCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor,
+                              bool& failed) {
+  size_t size = 0;
+  const uint8_t* p = x_.PeekRaw(size);
+  // <Cell rc="...">, with Auto="1" allowed behind the address.
+  static constexpr char kOpen[] = "<Cell rc=\"";
+  constexpr size_t kOpenSize = sizeof kOpen - 1;
+  if (size < kOpenSize + 20 || !SameBytes(p, kOpen, kOpenSize)) return false;
+  size_t i = kOpenSize;
+  size_t rcStart = i;
+  while (i < size && p[i] != '"') {
+    uint8_t c = p[i];
+    if (!((c >= '0' && c <= '9') || c == 'r' || c == 'c')) return false;
+    ++i;
+  }
+  if (i >= size) return false;
+  std::string_view rc(reinterpret_cast<const char*>(p + rcStart), i - rcStart);
+  ++i;
+  bool automatic = false;
+  static constexpr char kAuto[] = " Auto=\"1\"";
+  constexpr size_t kAutoSize = sizeof kAuto - 1;
+  if (i + kAutoSize <= size && SameBytes(p + i, kAuto, kAutoSize)) {
+    automatic = true;
+    i += kAutoSize;
+  }
+  if (i + 3 > size || p[i] != '>' || p[i + 1] != '<') return false;
+  i += 2;
+  // The value element: N, T or Error, with plain text that needs no decoding.
+  const char* name;
+  size_t nameSize;
+  if (p[i] == 'N' && i + 1 < size && p[i + 1] == '>') {
+    name = "N";
+    nameSize = 1;
+  } else if (p[i] == 'T' && i + 1 < size && p[i + 1] == '>') {
+    name = "T";
+    nameSize = 1;
+  } else if (i + 6 <= size && SameBytes(p + i, "Error>", 6)) {
+    name = "Error";
+    nameSize = 5;
+  } else {
+    return false;
+  }
+  i += nameSize + 1;
+  size_t bodyStart = i;
+  while (i < size && p[i] != '<') {
+    uint8_t c = p[i];
+    // Anything that whitespace collapsing or decoding would change goes the general way.
+    if (c >= 0x80 || c < 0x20 || c == '&' || c == '>' ||
+        (c == ' ' && (i == bodyStart || p[i - 1] == ' '))) {
+      return false;
+    }
+    ++i;
+  }
+  size_t bodySize = i - bodyStart;
+  if (bodySize > XmlScanner::kTextBufferSize) return false;
+  // </name></Cell>
+  if (i + 2 + nameSize + 1 + 7 > size || p[i + 1] != '/' || !SameBytes(p + i + 2, name, nameSize) ||
+      p[i + 2 + nameSize] != '>' || !SameBytes(p + i + 3 + nameSize, "</Cell>", 7)) {
+    return false;
+  }
+  size_t end = i + 3 + nameSize + 7;
+  std::string_view body(reinterpret_cast<const char*>(p + bodyStart), bodySize);
+
+  Address at;
+  std::string_view rcText = rc;
+  if (!ParseAddress(rcText, last, at) || !rcText.empty() || !at.hasColumn) return false;
+  uint64_t key = (static_cast<uint64_t>(at.row) << 16) | at.column;
+  uint64_t lastKey = (static_cast<uint64_t>(last.row) << 16) | last.column;
+  if (any && key <= lastKey) return false;  // the general path reports it with its line
+  bool haveNumber = false, haveText = false;
+  double number = 0;
+  uint8_t error = 0;
+  if (name[0] == 'N') {
+    auto r = std::from_chars(body.data(), body.data() + body.size(), number);
+    if (body.empty() || r.ec != std::errc() || r.ptr != body.data() + body.size() ||
+        !std::isfinite(number)) {
+      return false;
+    }
+    haveNumber = true;
+  } else if (name[0] == 'T') {
+    haveText = true;
+  } else {
+    for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
+      if (text::EqualNoCase(body, ErrorLiteral(code))) error = code;
+    }
+    if (error == 0) return false;
+  }
+  last = at;
+  any = true;
+  formulaText_.clear();
+  // The text is stored before the bytes it lives in are consumed.
+  failed = !StoreCell(sheet, at, automatic ? cell::kAuto : 0, false, 0, 0, haveNumber, number,
+                      haveText, body, error, cursor);
+  x_.Consume(end);
+  return true;
+}
+
 bool DocumentReader::ReadCells(Worksheet& sheet) {
   if (!x_.Tag("Cells", scan::kOpen | scan::kOptional)) return x_.ok();
   if (x_.isClose()) return true;
   Address last;
   bool any = false;
   CellCursor cursor;
-  while (x_.Tag("Cell", kOptionalOpen)) {
+  for (;;) {
+    bool failed = false;
+    if (FastCell(sheet, last, any, cursor, failed)) {
+      if (failed) return false;
+      continue;
+    }
+    if (!x_.ok() || !x_.Tag("Cell", kOptionalOpen)) break;
     if (!ReadCell(sheet, last, any, cursor)) return false;
   }
   return x_.ok() && x_.Tag("Cells", scan::kClose);

@@ -97,6 +97,13 @@ bool XmlScanner::IsCommentStart() {
   return stream_.Matches("<!--", 4);
 }
 
+const uint8_t* XmlScanner::PeekRaw(size_t& size) {
+  size = 0;
+  if (!ok()) return nullptr;
+  SkipWhitespace();
+  return stream_.Span(size);
+}
+
 int XmlScanner::Get() {
   const int c = stream_.Next();
   if (c == '\r') ++line_;

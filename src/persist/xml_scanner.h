@@ -96,6 +96,12 @@ class XmlScanner {
   // buffer.
   std::string_view text() const { return decoded_; }
 
+  // For readers with a fast path over their most common elements: skips whitespace (counting
+  // lines) and shows the bytes the buffer holds from there, without consuming them; Consume()
+  // then takes what the reader parsed. Comments and anything unusual are left to Tag().
+  const uint8_t* PeekRaw(size_t& size);
+  void Consume(size_t count) { stream_.Advance(count); }
+
   int transcodeMode() const { return transcodeMode_; }
   // Counted from 1, one more for every carriage return read.
   int line() const { return line_; }
