@@ -48,24 +48,12 @@ int main(int argc, char** argv) {
   // formatter: Salary as currency, the rest in their default kinds.
   CellStore store;
   StandardTableGenerator gen2;
-  std::vector<uint8_t> rec(kTypedCellMax);
   CellCursor fill;
   for (long i = 0; i < records; ++i) {
     gen2.Next(static_cast<uint32_t>(i), r);
-    uint32_t row = static_cast<uint32_t>(i);
-    const std::string* texts[8] = {nullptr, &r.lastName, &r.firstName, &r.city,
-                                   &r.birth, nullptr,    nullptr,      &r.note};
-    const double numbers[8] = {r.id, 0, 0, 0, 0, r.salary, r.quantity, 0};
-    for (uint16_t c = 0; c < kStandardFieldCount; ++c) {
-      if (kStandardFieldIsNumber[c]) {
-        cell::EncodeNumber(rec.data(), row, c, numbers[c]);
-      } else {
-        cell::EncodeText(rec.data(), row, c, *texts[c]);
-      }
-      if (!store.PutCell(rec.data(), &fill)) {
-        std::fprintf(stderr, "out of memory\n");
-        return 1;
-      }
+    if (!PutStandardRecord(store, fill, static_cast<uint32_t>(i), r)) {
+      std::fprintf(stderr, "out of memory\n");
+      return 1;
     }
   }
   NumberStyle styles[8];

@@ -59,7 +59,6 @@ void Build(Workbook& book, long records, FILE* csv) {
   StandardTableGenerator gen;
   StandardRecord r;
   CellCursor cursor;
-  uint8_t buf[256];
   if (csv != nullptr) {
     for (int f = 0; f < kStandardFieldCount; ++f) {
       std::fprintf(csv, "%s%s", f ? "," : "", kStandardFieldNames[f]);
@@ -68,18 +67,7 @@ void Build(Workbook& book, long records, FILE* csv) {
   }
   for (long i = 0; i < records; ++i) {
     gen.Next(static_cast<uint32_t>(i), r);
-    uint32_t row = static_cast<uint32_t>(i);
-    const std::string* texts[8] = {nullptr,  &r.lastName, &r.firstName, &r.city,
-                                   &r.birth, nullptr,     nullptr,      &r.note};
-    const double numbers[8] = {r.id, 0, 0, 0, 0, r.salary, r.quantity, 0};
-    for (uint16_t c = 0; c < kStandardFieldCount; ++c) {
-      if (kStandardFieldIsNumber[c]) {
-        cell::EncodeNumber(buf, row, c, numbers[c]);
-      } else {
-        cell::EncodeText(buf, row, c, *texts[c]);
-      }
-      Check(cells.PutCell(buf, &cursor), "fill");
-    }
+    Check(PutStandardRecord(cells, cursor, static_cast<uint32_t>(i), r), "fill");
     if (csv != nullptr) {
       std::fprintf(csv, "%.0f,%s,%s,%s,%s,%.2f,%.0f,%s\n", r.id, r.lastName.c_str(),
                    r.firstName.c_str(), r.city.c_str(), r.birth.c_str(), r.salary, r.quantity,

@@ -7,6 +7,8 @@
 #include <random>
 #include <string>
 
+#include "store/cell_store.h"
+
 namespace kelpdex::bench {
 
 constexpr int kStandardFieldCount = 8;
@@ -66,5 +68,24 @@ class StandardTableGenerator {
  private:
   std::mt19937 rng_;
 };
+
+// Writes a record into `row` of a store, one cell per field in field order; false on out of
+// memory.
+inline bool PutStandardRecord(CellStore& store, CellCursor& cursor, uint32_t row,
+                              const StandardRecord& r) {
+  const std::string* texts[kStandardFieldCount] = {nullptr,  &r.lastName, &r.firstName, &r.city,
+                                                   &r.birth, nullptr,     nullptr,      &r.note};
+  const double numbers[kStandardFieldCount] = {r.id, 0, 0, 0, 0, r.salary, r.quantity, 0};
+  uint8_t buf[256];
+  for (uint16_t c = 0; c < kStandardFieldCount; ++c) {
+    if (kStandardFieldIsNumber[c]) {
+      cell::EncodeNumber(buf, row, c, numbers[c]);
+    } else {
+      cell::EncodeText(buf, row, c, *texts[c]);
+    }
+    if (!store.PutCell(buf, &cursor)) return false;
+  }
+  return true;
+}
 
 }  // namespace kelpdex::bench

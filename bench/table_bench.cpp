@@ -66,17 +66,7 @@ int main(int argc, char** argv) {
   for (long i = 0; i < records; ++i) {
     gen.Next(static_cast<uint32_t>(i), r);
     uint32_t row = static_cast<uint32_t>(i);
-    const std::string* texts[8] = {nullptr,  &r.lastName, &r.firstName, &r.city,
-                                   &r.birth, nullptr,     nullptr,      &r.note};
-    const double numbers[8] = {r.id, 0, 0, 0, 0, r.salary, r.quantity, 0};
-    for (uint16_t c = 0; c < kStandardFieldCount; ++c) {
-      if (kStandardFieldIsNumber[c]) {
-        cell::EncodeNumber(buf, row, c, numbers[c]);
-      } else {
-        cell::EncodeText(buf, row, c, *texts[c]);
-      }
-      Check(cells.PutCell(buf, &cursor), "fill");
-    }
+    Check(PutStandardRecord(cells, cursor, row, r), "fill");
     char typed[32];
     int n = std::snprintf(typed, sizeof typed, "%.2f", r.salary);
     cell::EncodeText(buf, row, 10, std::string_view(typed, static_cast<size_t>(n)));

@@ -85,6 +85,26 @@ inline bool SameBytes(const uint8_t* p, const char* text, size_t size) {
   return true;
 }
 
+// The value of an N, T or Error element (told by its first letter). False for a number that does
+// not read whole and finite, or an unknown error name.
+bool ParseValue(char kind, std::string_view body, double& number, bool& haveNumber, bool& haveText,
+                uint8_t& error) {
+  if (kind == 'N') {
+    auto r = std::from_chars(body.data(), body.data() + body.size(), number);
+    haveNumber = !body.empty() && r.ec == std::errc() && r.ptr == body.data() + body.size() &&
+                 std::isfinite(number);
+    return haveNumber;
+  }
+  if (kind == 'T') {
+    haveText = true;
+    return true;
+  }
+  for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
+    if (text::EqualNoCase(body, ErrorLiteral(code))) error = code;
+  }
+  return error != 0;
+}
+
 class DocumentReader {
  public:
   DocumentReader(FileStream& stream, Workbook& book) : x_(stream), book_(book) {}
@@ -575,24 +595,10 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
       if (!x_.TextBody(limit) || !x_.Tag(name, scan::kClose)) return false;
     }
     std::string_view body = x_.isClose() && !x_.isOpen() ? x_.text() : std::string_view();
-    if (name == "N") {
-      double v = 0;
-      auto r = std::from_chars(body.data(), body.data() + body.size(), v);
-      if (body.empty() || r.ec != std::errc() || r.ptr != body.data() + body.size() ||
-          !std::isfinite(v)) {
-        return Fail(err::kXmlInvalidData);
-      }
-      number = v;
-      haveNumber = true;
-    } else if (name == "T") {
-      text = body;  // valid until the next value is read
-      haveText = true;
-    } else {
-      for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
-        if (text::EqualNoCase(body, ErrorLiteral(code))) error = code;
-      }
-      if (error == 0) return Fail(err::kXmlInvalidData);
+    if (!ParseValue(name[0], body, number, haveNumber, haveText, error)) {
+      return Fail(err::kXmlInvalidData);
     }
+    if (haveText) text = body;  // valid until the next value is read
   }
   if (!x_.ok() || !x_.Tag("Cell", scan::kClose)) return false;
   return StoreCell(sheet, at, extra, formula, width, height, haveNumber, number, haveText, text,
@@ -702,21 +708,8 @@ bool DocumentReader::FastCell(Worksheet& sheet, Address& last, bool& any, CellCu
   bool haveNumber = false, haveText = false;
   double number = 0;
   uint8_t error = 0;
-  if (name[0] == 'N') {
-    auto r = std::from_chars(body.data(), body.data() + body.size(), number);
-    if (body.empty() || r.ec != std::errc() || r.ptr != body.data() + body.size() ||
-        !std::isfinite(number)) {
-      return false;
-    }
-    haveNumber = true;
-  } else if (name[0] == 'T') {
-    haveText = true;
-  } else {
-    for (uint8_t code = 0x10; code <= 0xC0; code = static_cast<uint8_t>(code + 0x10)) {
-      if (text::EqualNoCase(body, ErrorLiteral(code))) error = code;
-    }
-    if (error == 0) return false;
-  }
+  // A value the general path would refuse is left to it, to be reported with its line.
+  if (!ParseValue(name[0], body, number, haveNumber, haveText, error)) return false;
   last = at;
   any = true;
   formulaText_.clear();

@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "persist/file_kind.h"
 #include "persist/old_drop_downs.h"
 #include "store/bytes.h"
+#include "support/file_bytes.h"
 #include "support/temp_dir.h"
 #include "support/workbook_compare.h"
 #include "table/table_state.h"
@@ -17,15 +16,11 @@ namespace kelpdex {
 namespace {
 
 std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
+  return testing::ReadFileBytes(path);
 }
 
 void WriteAll(const std::string& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary);
-  out << bytes;
+  testing::WriteFileBytes(path, bytes);
 }
 
 class BinaryTest : public ::testing::Test {

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "persist/binary_format.h"
 #include "persist/file_kind.h"
+#include "support/file_bytes.h"
 #include "support/temp_dir.h"
 #include "support/workbook_compare.h"
 
@@ -15,15 +14,11 @@ namespace kelpdex {
 namespace {
 
 std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
+  return testing::ReadFileBytes(path);
 }
 
 void WriteAll(const std::string& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary);
-  out << bytes;
+  testing::WriteFileBytes(path, bytes);
 }
 
 class NativeXmlTest : public ::testing::Test {
