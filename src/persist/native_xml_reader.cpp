@@ -8,7 +8,9 @@
 
 #include "format/number_style.h"
 #include "formula/formula_value.h"
+#include "format/format_string.h"
 #include "persist/native_xml.h"
+#include "persist/xml_charts.h"
 #include "persist/xml_scanner.h"
 #include "store/bytes.h"
 #include "store/catalogue.h"
@@ -156,7 +158,9 @@ class DocumentReader {
                  uint8_t error, CellCursor& cursor);
   bool ReadGeneralSettings(Worksheet& sheet);
   bool ReadPageSettings(Worksheet& sheet);
-  bool SkipElement();
+  bool ReadBackground(uint8_t* record);
+  bool ReadContainer(Worksheet& sheet, std::vector<bool>& seenIds);
+  bool ReadLine(uint8_t* style, uint8_t* colourSet, uint8_t* width, uint8_t* colour);
 
   XmlScanner x_;
   Workbook& book_;
@@ -473,19 +477,189 @@ bool DocumentReader::ReadInspectCells() {
   return x_.ok() && x_.Tag("InspectCells", scan::kClose);
 }
 
-bool DocumentReader::SkipElement() {
-  // The element just opened, with all it holds.
+bool DocumentReader::ReadBackground(uint8_t* b) {
+  using namespace background;
+  if (!x_.Tag("Background", scan::kOpen | scan::kOptional)) return x_.ok();
   if (x_.isClose()) return true;
-  int depth = 1;
-  while (depth > 0) {
-    if (!x_.Tag("", scan::kOptional)) {
-      if (!x_.ok()) return false;
-      if (!x_.TextBody(XmlScanner::kTextBufferSize)) return false;
-      continue;
+  if (!x_.Tag("", kOpenAttributes)) return false;
+  std::string kind(x_.name());
+  std::memset(b, 0, kBackgroundSize);
+  if (kind == "FillPattern") {
+    b[kKindAt] = background_kind::kFill;
+    if (!Word("PatternType", xml_words::kPatterns, 23, b[kPatternAt])) return false;
+    uint32_t colour = 0;
+    if (x_.Attr("PatternColor") != nullptr) {
+      if (!x_.ColourAttr("PatternColor", colour)) return false;
+      b[kColourFlagsAt] |= 1;
+      StoreU32(b + kPatternColourAt, colour);
     }
-    if (x_.isOpen() && !x_.isClose()) ++depth;
-    if (x_.isClose() && !x_.isOpen()) --depth;
+    if (x_.Attr("BackgroundColor") != nullptr) {
+      if (!x_.ColourAttr("BackgroundColor", colour)) return false;
+      b[kColourFlagsAt] |= 2;
+      StoreU32(b + kBackgroundColourAt, colour);
+    }
+    if (!CloseIfOpen("FillPattern")) return false;
+  } else if (kind == "Fractal") {
+    b[kKindAt] = background_kind::kFractal;
+    if (!x_.isClose()) {
+      static const char* const kNames[6] = {"Zr", "Zi", "MinX", "MaxX", "MinY", "MaxY"};
+      for (int k = 0; k < 6; ++k) {
+        if (!x_.Text(kNames[k], 64, scan::kOptional)) {
+          if (!x_.ok()) return false;
+          continue;
+        }
+        std::string_view t = x_.text();
+        double v = 0;
+        auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+        if (r.ec != std::errc() || r.ptr != t.data() + t.size() || !std::isfinite(v)) {
+          return Fail(err::kXmlInvalidData);
+        }
+        std::memcpy(b + kFractalAt + 8 * k, &v, 8);
+      }
+      uint8_t count = 0;
+      while (x_.Text("Color", 7, scan::kOptional)) {
+        std::string_view t = x_.text();
+        uint32_t colour = 0;
+        if (count == kMaxColours || t.size() != 7 || !ParseColourName(t, colour)) {
+          return Fail(err::kXmlInvalidData);
+        }
+        StoreU32(b + kColoursAt + 4 * count, colour);
+        ++count;
+      }
+      b[kColourCountAt] = count;
+      if (!x_.ok() || !x_.Tag("Fractal", scan::kClose)) return false;
+    }
+  } else if (kind == "Image") {
+    b[kKindAt] = background_kind::kImage;
+    static const char* const kViews[3] = {"Default", "FitToWindowSize", "Wallpaper"};
+    if (!Word("View", kViews, 3, b[kViewAt])) return false;
+    std::string_view path;
+    if (!x_.isClose()) {
+      if (!x_.TextBody(255)) return false;
+      path = x_.text();
+    }
+    // Only the image kinds the program can draw.
+    size_t dot = path.rfind('.');
+    std::string_view extension = dot == std::string_view::npos ? "" : path.substr(dot);
+    bool known = false;
+    for (const char* e : {".bmp", ".jpg", ".jpeg", ".png"}) known |= text::EqualNoCase(extension, e);
+    if (!known) return Fail(err::kXmlInvalidData);
+    std::memcpy(b + kImagePathAt, path.data(), path.size());
+    if (!x_.isClose() && !x_.Tag("Image", scan::kClose)) return false;
+  } else {
+    return Fail(err::kXmlUnexpectedElement);
   }
+  return x_.Tag("Background", scan::kClose);
+}
+
+bool DocumentReader::ReadLine(uint8_t* style, uint8_t* colourSet, uint8_t* width,
+                              uint8_t* colour) {
+  if (!Word("Style", xml_words::kLineStyles, 10, *style)) return false;
+  uint32_t value = 0;
+  if (x_.Attr("Color") != nullptr) {
+    if (!x_.ColourAttr("Color", value)) return false;
+    *colourSet = 1;
+    StoreU32(colour, value);
+  }
+  int w = 0;
+  if (!x_.IntAttr("Width", w, 0, 65535)) return false;
+  StoreU16(width, static_cast<uint16_t>(w));
+  return true;
+}
+
+bool DocumentReader::ReadContainer(Worksheet& sheet, std::vector<bool>& seenIds) {
+  using namespace container;
+  ContainerRecord c;
+  uint8_t* b = c.bytes.data();
+  int64_t id = 0;
+  int columns = 0, rows = 0, horizontal = 0, vertical = 0, opacity = 0;
+  if (!x_.IntAttr("ID", id, 0, 0xFFFFFFFFll) || !x_.IntAttr("Columns", columns, 0, 65535) ||
+      !x_.IntAttr("Rows", rows, 0, 65535) || !x_.IntAttr("HorzSpacing", horizontal, 0, 65535) ||
+      !x_.IntAttr("VertSpacing", vertical, 0, 65535) || !x_.IntAttr("Opacity", opacity, 0, 65535)) {
+    return false;
+  }
+  // An id already used in this sheet gives way to the lowest free one.
+  if (id <= 255) {
+    if (seenIds[static_cast<size_t>(id)]) {
+      id = 1;
+      while (id <= 255 && seenIds[static_cast<size_t>(id)]) ++id;
+    }
+    if (id <= 255) seenIds[static_cast<size_t>(id)] = true;
+  }
+  StoreU32(b + kIdAt, static_cast<uint32_t>(id));
+  StoreU16(b + kColumnsAt, static_cast<uint16_t>(columns));
+  StoreU16(b + kRowsAt, static_cast<uint16_t>(rows));
+  StoreU16(b + kHorzSpacingAt, static_cast<uint16_t>(horizontal));
+  StoreU16(b + kVertSpacingAt, static_cast<uint16_t>(vertical));
+  StoreU16(b + kOpacityAt, static_cast<uint16_t>(opacity));
+  if (x_.isClose()) {
+    sheet.containers.push_back(std::move(c));
+    return true;
+  }
+  if (x_.Tag("Placement", kOptionalOpen)) {
+    Address at;
+    int left = 0, top = 0, right = 0, bottom = 0;
+    if (!Rc(at, Address()) || !x_.IntAttr("Left", left, INT32_MIN, INT32_MAX) ||
+        !x_.IntAttr("Top", top, INT32_MIN, INT32_MAX) ||
+        !x_.IntAttr("Right", right, INT32_MIN, INT32_MAX) ||
+        !x_.IntAttr("Bottom", bottom, INT32_MIN, INT32_MAX) || !CloseIfOpen("Placement")) {
+      return false;
+    }
+    StoreU32(b + kPlacementRowAt, at.row);
+    StoreU16(b + kPlacementColumnAt, at.column);
+    StoreU32(b + kPlacementLeftAt, static_cast<uint32_t>(left));
+    StoreU32(b + kPlacementTopAt, static_cast<uint32_t>(top));
+    StoreU32(b + kPlacementRightAt, static_cast<uint32_t>(right));
+    StoreU32(b + kPlacementBottomAt, static_cast<uint32_t>(bottom));
+  }
+  if (x_.Tag("Border", kOptionalOpen)) {
+    if (!ReadLine(b + kBorderStyleAt, b + kBorderColourSetAt, b + kBorderWidthAt,
+                  b + kBorderColourAt) ||
+        !CloseIfOpen("Border")) {
+      return false;
+    }
+  }
+  if (!x_.ok() || !ReadBackground(b + kBackgroundAt)) return false;
+  if (x_.Tag("Title", scan::kOpen | scan::kOptional) && !x_.isClose()) {
+    if (x_.Tag("Font", kOptionalOpen)) {
+      if (!ReadFontAttributes(b + kTitleFontAt) || !CloseIfOpen("Font")) return false;
+      b[kTitleFontSetAt] = 1;
+    }
+    if (x_.Text("Text", 127, scan::kOptional)) {
+      std::memcpy(b + kTitleTextAt, x_.text().data(), x_.text().size());
+    }
+    if (!x_.ok() || !x_.Tag("Title", scan::kClose)) return false;
+  }
+  if (!x_.ok()) return false;
+  if (x_.Tag("Objects", scan::kOpen | scan::kOptional) && !x_.isClose()) {
+    uint32_t count = 0;
+    while (x_.Tag("", kOptionalOpen)) {
+      if (count == kMaxObjects) return Fail(err::kXmlUnexpectedElement);
+      std::string_view kind = x_.name();
+      if (kind == "Image") {
+        int image = 0;
+        if (x_.RequiredAttr("ID") == nullptr || !x_.IntAttr("ID", image, 1, 255) ||
+            !CloseIfOpen("Image")) {
+          return false;
+        }
+        b[kObjectsAt + count++] = static_cast<uint8_t>(image);
+      } else if (kind == "Chart2D" || kind == "ChartXY" || kind == "Chart3D") {
+        ChartRecord chart;
+        if (c.charts.size() == 255 || !ReadChartElement(x_, chart)) {
+          return c.charts.size() == 255 ? Fail(err::kXmlUnexpectedElement) : false;
+        }
+        c.charts.push_back(std::move(chart));
+        b[kObjectsAt + count++] = 0;
+      } else {
+        return Fail(err::kXmlUnexpectedElement);
+      }
+    }
+    if (!x_.ok() || !x_.Tag("Objects", scan::kClose)) return false;
+    b[kObjectCountAt] = static_cast<uint8_t>(count);
+  }
+  if (!x_.ok() || !x_.Tag("Container", scan::kClose)) return false;
+  b[kChartCountAt] = static_cast<uint8_t>(c.charts.size());
+  sheet.containers.push_back(std::move(c));
   return true;
 }
 
@@ -743,7 +917,7 @@ bool DocumentReader::ReadGeneralSettings(Worksheet& sheet) {
   if (x_.isClose()) return true;
   uint8_t* s = sheet.sheetSettings.data();
   using namespace sheet_settings;
-  if (x_.Tag("Background", kOptionalOpen) && !SkipElement()) return false;
+  if (!ReadBackground(s + kBackgroundAt)) return false;
   if (x_.Tag("Table", kOptionalOpen)) {
     if (const char* scale = x_.Attr("Scale")) {
       std::string_view t(scale);
@@ -952,9 +1126,9 @@ bool DocumentReader::ReadPageSettings(Worksheet& sheet) {
 }
 
 bool DocumentReader::ReadWorksheet(Worksheet& sheet) {
-  // Containers are carried by the binary form; here they are passed over for now.
+  std::vector<bool> seenIds(256);
   while (x_.Tag("Container", kOptionalOpen)) {
-    if (!SkipElement()) return false;
+    if (!ReadContainer(sheet, seenIds)) return false;
   }
   return x_.ok() && ReadFormatting(sheet) && ReadCells(sheet) && ReadGeneralSettings(sheet) &&
          ReadPageSettings(sheet) && x_.Tag("Worksheet", scan::kClose);

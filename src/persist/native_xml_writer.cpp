@@ -7,6 +7,7 @@
 #include "format/number_text.h"
 #include "formula/formula_value.h"
 #include "persist/native_xml.h"
+#include "persist/xml_charts.h"
 #include "persist/xml_writer.h"
 #include "store/bytes.h"
 
@@ -421,6 +422,7 @@ class DocumentWriter {
     const uint8_t* s = sheet.sheetSettings.data();
     using namespace sheet_settings;
     w_.Tag("GeneralSettings", TagMode::kOpen, 2, 1);
+    WriteBackground(s + kBackgroundAt, 3);
     XmlAttributes t;
     uint32_t scale = LoadU32(s + kScaleAt);
     if (scale != 100) t.Text("Scale", std::to_string(scale) + "%");
@@ -528,7 +530,109 @@ class DocumentWriter {
     w_.Tag("PageSettings", TagMode::kClose, 2, 1);
   }
 
+  static std::string ColourText(uint32_t colour) {
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", colour & 0xFF, (colour >> 8) & 0xFF,
+                  (colour >> 16) & 0xFF);
+    return text;
+  }
+
+  void WriteBackground(const uint8_t* b, int indent) {
+    using namespace background;
+    uint8_t kind = b[kKindAt];
+    if (kind == background_kind::kNone || kind > background_kind::kImage) return;
+    w_.Tag("Background", TagMode::kOpen, indent, 1);
+    if (kind == background_kind::kFill) {
+      XmlAttributes a;
+      a.Text("PatternType", Word(xml_words::kPatterns, b[kPatternAt]));
+      if (b[kColourFlagsAt] & 1) a.Colour("PatternColor", LoadU32(b + kPatternColourAt), HexCase::kUpper);
+      if (b[kColourFlagsAt] & 2) {
+        a.Colour("BackgroundColor", LoadU32(b + kBackgroundColourAt), HexCase::kUpper);
+      }
+      w_.Tag("FillPattern", a, TagMode::kEmpty, indent + 1, 1);
+    } else if (kind == background_kind::kFractal) {
+      w_.Tag("Fractal", TagMode::kOpen, indent + 1, 1);
+      static const char* const kNames[6] = {"Zr", "Zi", "MinX", "MaxX", "MinY", "MaxY"};
+      char number[32];
+      for (int k = 0; k < 6; ++k) {
+        double v;
+        std::memcpy(&v, b + kFractalAt + 8 * k, 8);
+        w_.TextElement(kNames[k], std::string_view(number, NumberToGeneral(v, number)), indent + 2, 1);
+      }
+      uint8_t count = std::min<uint8_t>(b[kColourCountAt], kMaxColours);
+      for (uint8_t k = 0; k < count; ++k) {
+        w_.TextElement("Color", ColourText(LoadU32(b + kColoursAt + 4 * k)), indent + 2, 1);
+      }
+      w_.Tag("Fractal", TagMode::kClose, indent + 1, 1);
+    } else {
+      static const char* const kViews[3] = {"Default", "FitToWindowSize", "Wallpaper"};
+      XmlAttributes a;
+      a.Text("View", Word(kViews, b[kViewAt]));
+      w_.TextElement("Image", a, FieldText(b + kImagePathAt, 255), indent + 1, 1);
+    }
+    w_.Tag("Background", TagMode::kClose, indent, 1);
+  }
+
+  void WriteContainer(const ContainerRecord& c, int indent) {
+    using namespace container;
+    const uint8_t* b = c.bytes.data();
+    XmlAttributes head;
+    head.Int("ID", LoadU32(b + kIdAt))
+        .Int("Columns", LoadU16(b + kColumnsAt))
+        .Int("Rows", LoadU16(b + kRowsAt))
+        .Int("HorzSpacing", LoadU16(b + kHorzSpacingAt))
+        .Int("VertSpacing", LoadU16(b + kVertSpacingAt))
+        .Int("Opacity", LoadU16(b + kOpacityAt));
+    w_.Tag("Container", head, TagMode::kOpen, indent, 1);
+    XmlAttributes place;
+    place.Text("rc", CellAddress(LoadU32(b + kPlacementRowAt), LoadU16(b + kPlacementColumnAt)))
+        .Int("Left", static_cast<int32_t>(LoadU32(b + kPlacementLeftAt)))
+        .Int("Top", static_cast<int32_t>(LoadU32(b + kPlacementTopAt)))
+        .Int("Right", static_cast<int32_t>(LoadU32(b + kPlacementRightAt)))
+        .Int("Bottom", static_cast<int32_t>(LoadU32(b + kPlacementBottomAt)));
+    w_.Tag("Placement", place, TagMode::kEmpty, indent + 1, 1);
+    if (b[kBorderStyleAt] || b[kBorderColourSetAt] || LoadU16(b + kBorderWidthAt)) {
+      XmlAttributes line;
+      line.Text("Style", Word(xml_words::kLineStyles, b[kBorderStyleAt]));
+      if (b[kBorderColourSetAt]) line.Colour("Color", LoadU32(b + kBorderColourAt), HexCase::kLower);
+      line.Int("Width", LoadU16(b + kBorderWidthAt));
+      w_.Tag("Border", line, TagMode::kEmpty, indent + 1, 1);
+    }
+    WriteBackground(b + kBackgroundAt, indent + 1);
+    std::string_view title = FieldText(b + kTitleTextAt, 127);
+    if (b[kTitleFontSetAt] || !title.empty()) {
+      w_.Tag("Title", TagMode::kOpen, indent + 1, 1);
+      if (b[kTitleFontSetAt]) {
+        XmlAttributes font;
+        FontAttributes(b + kTitleFontAt, font);
+        w_.Tag("Font", font, TagMode::kEmpty, indent + 2, 1);
+      }
+      w_.TextElement("Text", title, indent + 2, 1);
+      w_.Tag("Title", TagMode::kClose, indent + 1, 1);
+    }
+    uint32_t count = std::min<uint32_t>(b[kObjectCountAt], kMaxObjects);
+    if (count == 0) {
+      w_.Tag("Objects", TagMode::kEmpty, indent + 1, 1);
+    } else {
+      w_.Tag("Objects", TagMode::kOpen, indent + 1, 1);
+      size_t nextChart = 0;
+      for (uint32_t k = 0; k < count && w_.ok(); ++k) {
+        uint8_t object = b[kObjectsAt + k];
+        if (object != 0) {
+          XmlAttributes image;
+          image.Int("ID", object);
+          w_.Tag("Image", image, TagMode::kEmpty, indent + 2, 1);
+        } else if (nextChart < c.charts.size()) {
+          WriteChartElement(w_, c.charts[nextChart++], indent + 2);
+        }
+      }
+      w_.Tag("Objects", TagMode::kClose, indent + 1, 1);
+    }
+    w_.Tag("Container", TagMode::kClose, indent, 1);
+  }
+
   void WriteWorksheet(const Worksheet& sheet) {
+    for (const ContainerRecord& c : sheet.containers) WriteContainer(c, 2);
     WriteFormatting(sheet);
     WriteCells(sheet);
     WriteGeneralSettings(sheet);

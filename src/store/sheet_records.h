@@ -73,8 +73,55 @@ constexpr uint32_t kPathAt = 12;  // 256 bytes, zero-terminated
 constexpr uint32_t kNameAt = 268;
 }  // namespace inspected_cell
 
+// A background: a fill, a fractal, or an image file. The same 392-byte record stands in the sheet
+// settings and in every container.
+constexpr uint32_t kBackgroundSize = 392;
+namespace background {
+constexpr uint32_t kKindAt = 0;  // background_kind::
+constexpr uint32_t kPatternAt = 1;
+constexpr uint32_t kColourFlagsAt = 2;  // 1 pattern colour set, 2 background colour set
+constexpr uint32_t kPatternColourAt = 4;
+constexpr uint32_t kBackgroundColourAt = 8;
+constexpr uint32_t kFractalAt = 16;  // six doubles: Zr, Zi, MinX, MaxX, MinY, MaxY
+constexpr uint32_t kColourCountAt = 64;
+constexpr uint32_t kColoursAt = 68;  // up to 16 COLORREFs
+constexpr uint32_t kMaxColours = 16;
+constexpr uint32_t kViewAt = 132;  // 0 Default, 1 FitToWindowSize, 2 Wallpaper
+constexpr uint32_t kImagePathAt = 136;  // 256 bytes, zero-terminated
+}  // namespace background
+namespace background_kind {
+constexpr uint8_t kNone = 0;
+constexpr uint8_t kFill = 1;
+constexpr uint8_t kFractal = 2;
+constexpr uint8_t kImage = 3;
+}  // namespace background_kind
+
+// A container: a grid of images and charts placed over cells.
 namespace container {
 constexpr uint32_t kIdAt = 0;
+constexpr uint32_t kColumnsAt = 4;  // u16
+constexpr uint32_t kRowsAt = 6;
+constexpr uint32_t kHorzSpacingAt = 8;
+constexpr uint32_t kVertSpacingAt = 10;
+constexpr uint32_t kOpacityAt = 12;
+constexpr uint32_t kPlacementRowAt = 16;  // u32
+constexpr uint32_t kPlacementColumnAt = 20;  // u16
+constexpr uint32_t kPlacementLeftAt = 24;    // four i32 offsets
+constexpr uint32_t kPlacementTopAt = 28;
+constexpr uint32_t kPlacementRightAt = 32;
+constexpr uint32_t kPlacementBottomAt = 36;
+constexpr uint32_t kBorderStyleAt = 40;  // line style
+constexpr uint32_t kBorderColourSetAt = 41;
+constexpr uint32_t kBorderWidthAt = 42;  // u16
+constexpr uint32_t kBorderColourAt = 44;
+constexpr uint32_t kBackgroundAt = 48;  // a background record
+constexpr uint32_t kTitleFontAt = 440;  // a 135-byte font record
+constexpr uint32_t kTitleFontSetAt = 575;
+constexpr uint32_t kTitleTextAt = 576;  // 128 bytes
+constexpr uint32_t kObjectCountAt = 704;
+// One byte per object in cell order: 0 the next chart of the container, else an image's id.
+constexpr uint32_t kObjectsAt = 705;
+constexpr uint32_t kMaxObjects = 255;
 constexpr uint32_t kChartCountAt = 976;
 }  // namespace container
 

@@ -86,8 +86,10 @@ inline void ExpectSameWorkbook(const Workbook& a, const Workbook& b) {
     EXPECT_EQ(s.sheetSettings, t.sheetSettings);
     ASSERT_EQ(s.containers.size(), t.containers.size());
     for (size_t i = 0; i < s.containers.size(); ++i) {
+      EXPECT_EQ(s.containers[i].bytes, t.containers[i].bytes) << "container " << i;
       ASSERT_EQ(s.containers[i].charts.size(), t.containers[i].charts.size());
       for (size_t k = 0; k < s.containers[i].charts.size(); ++k) {
+        EXPECT_EQ(s.containers[i].charts[k].bytes, t.containers[i].charts[k].bytes);
         EXPECT_EQ(s.containers[i].charts[k].matrix, t.containers[i].charts[k].matrix);
         EXPECT_EQ(s.containers[i].charts[k].series, t.containers[i].charts[k].series);
       }
