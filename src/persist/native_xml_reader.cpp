@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "format/format_string.h"
 #include "format/number_style.h"
 #include "formula/formula_value.h"
-#include "format/format_string.h"
 #include "persist/native_xml.h"
 #include "persist/xml_charts.h"
 #include "persist/xml_scanner.h"
@@ -542,7 +542,8 @@ bool DocumentReader::ReadBackground(uint8_t* b) {
     size_t dot = path.rfind('.');
     std::string_view extension = dot == std::string_view::npos ? "" : path.substr(dot);
     bool known = false;
-    for (const char* e : {".bmp", ".jpg", ".jpeg", ".png"}) known |= text::EqualNoCase(extension, e);
+    for (const char* e : {".bmp", ".jpg", ".jpeg", ".png"})
+      known |= text::EqualNoCase(extension, e);
     if (!known) return Fail(err::kXmlInvalidData);
     std::memcpy(b + kImagePathAt, path.data(), path.size());
     if (!x_.isClose() && !x_.Tag("Image", scan::kClose)) return false;
@@ -552,8 +553,7 @@ bool DocumentReader::ReadBackground(uint8_t* b) {
   return x_.Tag("Background", scan::kClose);
 }
 
-bool DocumentReader::ReadLine(uint8_t* style, uint8_t* colourSet, uint8_t* width,
-                              uint8_t* colour) {
+bool DocumentReader::ReadLine(uint8_t* style, uint8_t* colourSet, uint8_t* width, uint8_t* colour) {
   if (!Word("Style", xml_words::kLineStyles, 10, *style)) return false;
   uint32_t value = 0;
   if (x_.Attr("Color") != nullptr) {

@@ -545,7 +545,8 @@ class DocumentWriter {
     if (kind == background_kind::kFill) {
       XmlAttributes a;
       a.Text("PatternType", Word(xml_words::kPatterns, b[kPatternAt]));
-      if (b[kColourFlagsAt] & 1) a.Colour("PatternColor", LoadU32(b + kPatternColourAt), HexCase::kUpper);
+      if (b[kColourFlagsAt] & 1)
+        a.Colour("PatternColor", LoadU32(b + kPatternColourAt), HexCase::kUpper);
       if (b[kColourFlagsAt] & 2) {
         a.Colour("BackgroundColor", LoadU32(b + kBackgroundColourAt), HexCase::kUpper);
       }
@@ -557,7 +558,8 @@ class DocumentWriter {
       for (int k = 0; k < 6; ++k) {
         double v;
         std::memcpy(&v, b + kFractalAt + 8 * k, 8);
-        w_.TextElement(kNames[k], std::string_view(number, NumberToGeneral(v, number)), indent + 2, 1);
+        w_.TextElement(kNames[k], std::string_view(number, NumberToGeneral(v, number)), indent + 2,
+                       1);
       }
       uint8_t count = std::min<uint8_t>(b[kColourCountAt], kMaxColours);
       for (uint8_t k = 0; k < count; ++k) {
@@ -594,7 +596,8 @@ class DocumentWriter {
     if (b[kBorderStyleAt] || b[kBorderColourSetAt] || LoadU16(b + kBorderWidthAt)) {
       XmlAttributes line;
       line.Text("Style", Word(xml_words::kLineStyles, b[kBorderStyleAt]));
-      if (b[kBorderColourSetAt]) line.Colour("Color", LoadU32(b + kBorderColourAt), HexCase::kLower);
+      if (b[kBorderColourSetAt])
+        line.Colour("Color", LoadU32(b + kBorderColourAt), HexCase::kLower);
       line.Int("Width", LoadU16(b + kBorderWidthAt));
       w_.Tag("Border", line, TagMode::kEmpty, indent + 1, 1);
     }

@@ -86,7 +86,7 @@ constexpr uint32_t kFractalAt = 16;  // six doubles: Zr, Zi, MinX, MaxX, MinY, M
 constexpr uint32_t kColourCountAt = 64;
 constexpr uint32_t kColoursAt = 68;  // up to 16 COLORREFs
 constexpr uint32_t kMaxColours = 16;
-constexpr uint32_t kViewAt = 132;  // 0 Default, 1 FitToWindowSize, 2 Wallpaper
+constexpr uint32_t kViewAt = 132;       // 0 Default, 1 FitToWindowSize, 2 Wallpaper
 constexpr uint32_t kImagePathAt = 136;  // 256 bytes, zero-terminated
 }  // namespace background
 namespace background_kind {
@@ -104,7 +104,7 @@ constexpr uint32_t kRowsAt = 6;
 constexpr uint32_t kHorzSpacingAt = 8;
 constexpr uint32_t kVertSpacingAt = 10;
 constexpr uint32_t kOpacityAt = 12;
-constexpr uint32_t kPlacementRowAt = 16;  // u32
+constexpr uint32_t kPlacementRowAt = 16;     // u32
 constexpr uint32_t kPlacementColumnAt = 20;  // u16
 constexpr uint32_t kPlacementLeftAt = 24;    // four i32 offsets
 constexpr uint32_t kPlacementTopAt = 28;

@@ -154,13 +154,22 @@ inline void BuildSampleWorkbook(Workbook& book) {
   book.dropDownLists[slot].items = {"red", "green", ""};
   ASSERT_TRUE(book.AddDropDownList(slot));
   book.RemoveDropDownList(0);  // an empty slot before a used one
+  // A container holding one chart of two series, with the counts the files keep beside them.
   ContainerRecord container;
-  container.bytes[0] = 1;
+  container.bytes[container::kIdAt] = 1;
+  container.bytes[container::kObjectCountAt] = 1;
+  container.bytes[container::kObjectsAt] = 0;  // the chart
+  container.bytes[container::kChartCountAt] = 1;
   ChartRecord chartRecord;
-  chartRecord.bytes[10] = 42;
-  chartRecord.matrix[0] = 0x3F;
+  chartRecord.bytes[0] = 1;    // a 2D chart
+  chartRecord.bytes[10] = 42;  // one of its options
+  for (int k = 0; k < 4; ++k) {
+    float one = 1.0f;
+    std::memcpy(chartRecord.matrix.data() + 20 * k, &one, 4);  // the identity
+  }
   chartRecord.series.resize(2);
-  chartRecord.series[1][100] = 9;
+  chartRecord.series[1][4] = 'S';  // the second series' name
+  chartRecord.bytes[chart::kSeriesCountAt] = 2;
   container.charts.push_back(chartRecord);
   data.containers.push_back(container);
   data.sheetSettings[sheet_settings::kFreezeFlagsAt] = 1;
