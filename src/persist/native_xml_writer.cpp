@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -378,42 +379,79 @@ class DocumentWriter {
     w_.Tag("Formatting", TagMode::kClose, 2, 1);
   }
 
+  // One line per cell, put together in place: the document's bulk, so no attribute objects.
+  bool WriteCellLine(const CellRecord* r, bool sameRow) {
+    std::string& line = cellLine_;
+    line.assign("\t\t\t<Cell rc=\"");
+    char number[32];
+    auto put = [&](uint32_t v) {
+      auto res = std::to_chars(number, number + sizeof number, v);
+      line.append(number, static_cast<size_t>(res.ptr - number));
+    };
+    if (!sameRow) {
+      line += 'r';
+      put(cell::Row(r) + 1);
+      line += 'c';
+    } else {
+      line += "rc";
+    }
+    put(cell::Column(r) + 1u);
+    line += '"';
+    if (cell::IsAuto(r)) line += " Auto=\"1\"";
+    line += '>';
+    if (cell::IsFormula(r)) {
+      line += "<F";
+      if (cell::FormulaFlags(r) & cell::kArrayHead) {
+        line += " Width=\"";
+        put(cell::ArrayColumns(r));
+        line += "\" Height=\"";
+        put(cell::ArrayRows(r));
+        line += '"';
+      }
+      line += '>';
+      if (!EscapeXml(cell::FormulaText(r), line)) return false;
+      line += "</F>";
+    }
+    auto element = [&](const char* name, std::string_view value) {
+      line += '<';
+      line += name;
+      line += '>';
+      bool fits = EscapeXml(value, line);
+      line += "</";
+      line += name;
+      line += '>';
+      return fits;
+    };
+    bool fits = true;
+    uint8_t error = cell::ErrorNibble(r);
+    if (error != 0) {
+      fits = element("Error", ErrorLiteral(error));
+    } else if (cell::IsText(r)) {
+      fits = element("T", cell::Text(r));
+    } else if (cell::IsNumber(r)) {
+      fits = element("N", std::string_view(number, NumberToGeneral(cell::Number(r), number)));
+    } else if (cell::FormulaFlags(r) & cell::kCachedString) {
+      fits = element("T", cell::CachedString(r));
+    } else if (cell::FormulaFlags(r) & cell::kCachedNumber) {
+      fits = element("N", std::string_view(number, NumberToGeneral(cell::CachedNumber(r), number)));
+    }
+    if (!fits) return false;
+    line += "</Cell>\r\n";
+    return w_.RawLine(line);
+  }
+
   void WriteCells(const Worksheet& sheet) {
     w_.Tag("Cells", TagMode::kOpen, 2, 1);
     CellCursor cursor;
     uint32_t lastRow = kRowLimit;
-    char number[32];
     while (const CellRecord* r = const_cast<CellStore&>(sheet.cells).NextCell(cursor)) {
       if (!w_.ok()) break;
-      uint32_t row = cell::Row(r);
-      uint16_t column = cell::Column(r);
-      XmlAttributes a;
-      a.Text("rc", row == lastRow ? "rc" + std::to_string(column + 1) : CellAddress(row, column));
-      lastRow = row;
-      if (cell::IsAuto(r)) a.Bool("Auto", true);
-      w_.Tag("Cell", a, TagMode::kOpen, 3, 0);
-      uint8_t error = cell::ErrorNibble(r);
-      if (cell::IsFormula(r)) {
-        XmlAttributes f;
-        if (cell::FormulaFlags(r) & cell::kArrayHead) {
-          f.Int("Width", cell::ArrayColumns(r)).Int("Height", cell::ArrayRows(r));
-        }
-        w_.TextElement("F", f, cell::FormulaText(r), 0, 0);
+      bool sameRow = cell::Row(r) == lastRow;
+      lastRow = cell::Row(r);
+      if (!WriteCellLine(r, sameRow)) {
+        w_.FailTooLong();
+        break;
       }
-      if (error != 0) {
-        w_.TextElement("Error", ErrorLiteral(error), 0, 0);
-      } else if (cell::IsText(r)) {
-        w_.TextElement("T", cell::Text(r), 0, 0);
-      } else if (cell::IsNumber(r)) {
-        w_.TextElement("N", std::string_view(number, NumberToGeneral(cell::Number(r), number)), 0,
-                       0);
-      } else if (cell::FormulaFlags(r) & cell::kCachedString) {
-        w_.TextElement("T", cell::CachedString(r), 0, 0);
-      } else if (cell::FormulaFlags(r) & cell::kCachedNumber) {
-        w_.TextElement(
-            "N", std::string_view(number, NumberToGeneral(cell::CachedNumber(r), number)), 0, 0);
-      }
-      w_.Tag("Cell", TagMode::kClose, 0, 1);
     }
     w_.Tag("Cells", TagMode::kClose, 2, 1);
   }
@@ -644,6 +682,7 @@ class DocumentWriter {
 
   XmlWriter w_;
   const Workbook& book_;
+  std::string cellLine_;
 };
 
 }  // namespace

@@ -158,6 +158,13 @@ bool XmlWriter::End(int lineEnds) {
   return stream_.Write(utf8_.data(), utf8_.size());
 }
 
+bool XmlWriter::RawLine(std::string_view escaped) {
+  if (!ok()) return false;
+  utf8_.clear();
+  text::AppendCp1252AsUtf8(utf8_, escaped);
+  return stream_.Write(utf8_.data(), utf8_.size());
+}
+
 bool XmlWriter::Tag(std::string_view name, const XmlAttributes& attributes, TagMode mode,
                     int indent, int lineEnds) {
   if (!ok()) return false;

@@ -69,6 +69,12 @@ class XmlWriter {
   bool TextElement(std::string_view name, const XmlAttributes& attributes, std::string_view text,
                    int indent, int lineEnds);
   bool TextElement(std::string_view name, std::string_view text, int indent, int lineEnds);
+  // A line the caller has put together from escaped parts (EscapeXml) and markup, in the code
+  // page: converted and written as it stands. For writers with a fast path over many small
+  // elements of one shape.
+  bool RawLine(std::string_view escaped);
+  // Sets 94: a value of the caller's own line was too long for the form.
+  bool FailTooLong() { return Fail(); }
 
   ErrorCode error() const { return stream_.error(); }
   bool ok() const { return stream_.ok(); }
