@@ -107,6 +107,40 @@ bool ParseValue(char kind, std::string_view body, double& number, bool& haveNumb
   return error != 0;
 }
 
+// Cells come in strictly ascending order, so they are packed straight into fresh blocks, as a
+// binary load does, and the sheet takes the chain once at the end, whatever happened.
+class CellAppender {
+ public:
+  explicit CellAppender(CellStore& cells) : cells_(cells) {}
+  ~CellAppender() { cells_.AdoptChain(head_); }
+  CellAppender(const CellAppender&) = delete;
+  CellAppender& operator=(const CellAppender&) = delete;
+
+  bool Append(const uint8_t* record) {
+    uint32_t size = cell::Size(record);
+    if (tail_ == nullptr || tail_->used + size > kBlockPayload) {
+      RowBlock* b = cells_.TakeSpareBlock();
+      if (b == nullptr) return false;
+      b->next = nullptr;
+      b->prev = tail_;
+      if (tail_ != nullptr) {
+        tail_->next = b;
+      } else {
+        head_ = b;
+      }
+      tail_ = b;
+    }
+    std::memcpy(tail_->data + tail_->used, record, size);
+    tail_->used = static_cast<uint16_t>(tail_->used + size);
+    return true;
+  }
+
+ private:
+  CellStore& cells_;
+  RowBlock* head_ = nullptr;
+  RowBlock* tail_ = nullptr;
+};
+
 class DocumentReader {
  public:
   DocumentReader(FileStream& stream, Workbook& book) : x_(stream), book_(book) {}
@@ -149,13 +183,13 @@ class DocumentReader {
   bool ReadWorksheet(Worksheet& sheet);
   bool ReadFormatting(Worksheet& sheet);
   bool ReadCells(Worksheet& sheet);
-  bool ReadCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor);
+  bool ReadCell(Address& last, bool& any, CellAppender& cursor);
   // The common cell forms parsed in place: false when the next element is not one of them, with
   // nothing consumed, so that ReadCell() takes it.
-  bool FastCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor, bool& failed);
-  bool StoreCell(Worksheet& sheet, const Address& at, uint8_t extra, bool formula, int width,
-                 int height, bool haveNumber, double number, bool haveText, std::string_view text,
-                 uint8_t error, CellCursor& cursor);
+  bool FastCell(Address& last, bool& any, CellAppender& cursor, bool& failed);
+  bool StoreCell(const Address& at, uint8_t extra, bool formula, int width, int height,
+                 bool haveNumber, double number, bool haveText, std::string_view text,
+                 uint8_t error, CellAppender& cursor);
   bool ReadGeneralSettings(Worksheet& sheet);
   bool ReadPageSettings(Worksheet& sheet);
   bool ReadBackground(uint8_t* record);
@@ -718,7 +752,7 @@ bool DocumentReader::ReadFormatting(Worksheet& sheet) {
   return x_.ok() && x_.Tag("Formatting", scan::kClose);
 }
 
-bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor) {
+bool DocumentReader::ReadCell(Address& last, bool& any, CellAppender& cursor) {
   Address at;
   if (!Rc(at, last)) return false;
   if (!at.hasColumn) return Fail(err::kXmlMissingAttribute);
@@ -775,13 +809,13 @@ bool DocumentReader::ReadCell(Worksheet& sheet, Address& last, bool& any, CellCu
     if (haveText) text = body;  // valid until the next value is read
   }
   if (!x_.ok() || !x_.Tag("Cell", scan::kClose)) return false;
-  return StoreCell(sheet, at, extra, formula, width, height, haveNumber, number, haveText, text,
-                   error, cursor);
+  return StoreCell(at, extra, formula, width, height, haveNumber, number, haveText, text, error,
+                   cursor);
 }
 
-bool DocumentReader::StoreCell(Worksheet& sheet, const Address& at, uint8_t extra, bool formula,
-                               int width, int height, bool haveNumber, double number, bool haveText,
-                               std::string_view text, uint8_t error, CellCursor& cursor) {
+bool DocumentReader::StoreCell(const Address& at, uint8_t extra, bool formula, int width,
+                               int height, bool haveNumber, double number, bool haveText,
+                               std::string_view text, uint8_t error, CellAppender& cursor) {
   std::vector<uint8_t>& record = record_;
   const std::string& formulaText = formulaText_;
   uint32_t row = at.row;
@@ -806,12 +840,11 @@ bool DocumentReader::StoreCell(Worksheet& sheet, const Address& at, uint8_t extr
   } else {
     return true;
   }
-  if (!sheet.cells.PutCell(record.data(), &cursor)) return Fail(err::kXmlOutOfMemory);
+  if (!cursor.Append(record.data())) return Fail(err::kXmlOutOfMemory);
   return true;
 }
 
-bool DocumentReader::FastCell(Worksheet& sheet, Address& last, bool& any, CellCursor& cursor,
-                              bool& failed) {
+bool DocumentReader::FastCell(Address& last, bool& any, CellAppender& cursor, bool& failed) {
   size_t size = 0;
   const uint8_t* p = x_.PeekRaw(size);
   // <Cell rc="...">, with Auto="1" allowed behind the address.
@@ -888,8 +921,8 @@ bool DocumentReader::FastCell(Worksheet& sheet, Address& last, bool& any, CellCu
   any = true;
   formulaText_.clear();
   // The text is stored before the bytes it lives in are consumed.
-  failed = !StoreCell(sheet, at, automatic ? cell::kAuto : 0, false, 0, 0, haveNumber, number,
-                      haveText, body, error, cursor);
+  failed = !StoreCell(at, automatic ? cell::kAuto : 0, false, 0, 0, haveNumber, number, haveText,
+                      body, error, cursor);
   x_.Consume(end);
   return true;
 }
@@ -899,15 +932,15 @@ bool DocumentReader::ReadCells(Worksheet& sheet) {
   if (x_.isClose()) return true;
   Address last;
   bool any = false;
-  CellCursor cursor;
+  CellAppender cursor(sheet.cells);
   for (;;) {
     bool failed = false;
-    if (FastCell(sheet, last, any, cursor, failed)) {
+    if (FastCell(last, any, cursor, failed)) {
       if (failed) return false;
       continue;
     }
     if (!x_.ok() || !x_.Tag("Cell", kOptionalOpen)) break;
-    if (!ReadCell(sheet, last, any, cursor)) return false;
+    if (!ReadCell(last, any, cursor)) return false;
   }
   return x_.ok() && x_.Tag("Cells", scan::kClose);
 }
