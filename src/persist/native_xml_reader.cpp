@@ -887,16 +887,23 @@ bool DocumentReader::FastCell(Address& last, bool& any, CellAppender& cursor, bo
   }
   i += nameSize + 1;
   size_t bodyStart = i;
-  while (i < size && p[i] != '<') {
-    uint8_t c = p[i];
-    // Anything that whitespace collapsing or decoding would change goes the general way.
-    if (c >= 0x80 || c < 0x20 || c == '&' || c == '>' ||
-        (c == ' ' && (i == bodyStart || p[i - 1] == ' '))) {
-      return false;
-    }
-    ++i;
-  }
+  const void* lt = std::memchr(p + i, '<', size - i);
+  if (lt == nullptr) return false;
+  i = static_cast<size_t>(static_cast<const uint8_t*>(lt) - p);
   size_t bodySize = i - bodyStart;
+  // Anything that whitespace collapsing or decoding would change goes the general way. The test
+  // is branch-free over the bytes, so the compiler can run it wide.
+  const uint8_t* raw = p + bodyStart;
+  unsigned bad = bodySize > 0 && raw[0] == ' ';
+  for (size_t k = 0; k < bodySize; ++k) {
+    uint8_t c = raw[k];
+    bad |= static_cast<unsigned>(c >= 0x80) | static_cast<unsigned>(c < 0x20) |
+           static_cast<unsigned>(c == '&') | static_cast<unsigned>(c == '>');
+  }
+  for (size_t k = 1; k < bodySize; ++k) {
+    bad |= static_cast<unsigned>(raw[k] == ' ') & static_cast<unsigned>(raw[k - 1] == ' ');
+  }
+  if (bad) return false;
   if (bodySize > XmlScanner::kTextBufferSize) return false;
   // </name></Cell>
   if (i + 2 + nameSize + 1 + 7 > size || p[i + 1] != '/' || !SameBytes(p + i + 2, name, nameSize) ||
