@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "persist/binary_format.h"
+#include "persist/chart_matrix.h"
 #include "persist/file_kind.h"
 #include "persist/old_drop_downs.h"
 #include "store/bytes.h"
@@ -180,34 +181,14 @@ bool Reader::ReadContainers(Worksheet& sheet) {
       if (version_ >= 3) {
         if (!Bytes(chart.matrix.data(), chart.matrix.size())) return false;
       } else {
-        // Older charts kept three rotation angles in degrees: the matrix is identity times the
-        // rotations about X, Y and Z in turn.
-        double m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+        // Older charts kept three rotation angles in degrees instead of the matrix.
+        double degrees[3];
         for (int axis = 0; axis < 3; ++axis) {
-          float degrees = 0;
-          std::memcpy(&degrees, chart.bytes.data() + chart::kRotationAt + 4 * axis, 4);
-          double a = degrees * M_PI * (1.0 / 180.0);
-          double c0 = std::cos(a), s0 = std::sin(a);
-          double r[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
-          int i = (axis + 1) % 3, j = (axis + 2) % 3;
-          r[i][i] = c0;
-          r[i][j] = -s0;
-          r[j][i] = s0;
-          r[j][j] = c0;
-          double t[4][4] = {};
-          for (int x = 0; x < 4; ++x) {
-            for (int y = 0; y < 4; ++y) {
-              for (int k = 0; k < 4; ++k) t[x][y] += m[x][k] * r[k][y];
-            }
-          }
-          std::memcpy(m, t, sizeof m);
+          float angle = 0;
+          std::memcpy(&angle, chart.bytes.data() + chart::kRotationAt + 4 * axis, 4);
+          degrees[axis] = angle;
         }
-        for (int k = 0; k < 16; ++k) {
-          float v = static_cast<float>(m[k / 4][k % 4]);
-          uint32_t bits;
-          std::memcpy(&bits, &v, 4);
-          StoreU32(chart.matrix.data() + 4 * k, bits);
-        }
+        StoreRotationMatrix(degrees, chart.matrix.data());
       }
       chart.series.resize(chart.bytes[chart::kSeriesCountAt]);
       for (auto& series : chart.series) {

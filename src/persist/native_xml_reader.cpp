@@ -172,6 +172,21 @@ class DocumentReader {
     return true;
   }
 
+  // An "rc" attribute holding two addresses apart by ":".
+  bool RcRange(Address& first, Address& last) {
+    const char* rc = x_.RequiredAttr("rc");
+    if (rc == nullptr) return false;
+    std::string_view text(rc);
+    if (!ParseAddress(text, Address(), first) || text.empty() || text[0] != ':') {
+      return Fail(err::kXmlMissingAttribute);
+    }
+    text.remove_prefix(1);
+    if (!ParseAddress(text, Address(), last) || !text.empty()) {
+      return Fail(err::kXmlMissingAttribute);
+    }
+    return true;
+  }
+
   bool ReadLastModification();
   bool ReadWindow();
   bool ReadDropDownLists();
@@ -729,17 +744,9 @@ bool DocumentReader::ReadFormatting(Worksheet& sheet) {
     }
     if (x_.isClose()) continue;
     while (x_.Tag("Span", kOptionalOpen)) {
-      const char* rc = x_.RequiredAttr("rc");
-      if (rc == nullptr) return false;
-      std::string_view text(rc);
       Address first, last;
-      if (!ParseAddress(text, Address(), first) || text.empty() || text[0] != ':') {
-        return Fail(err::kXmlMissingAttribute);
-      }
-      text.remove_prefix(1);
-      if (!ParseAddress(text, Address(), last) || !text.empty() || last.column < first.column) {
-        return Fail(err::kXmlMissingAttribute);
-      }
+      if (!RcRange(first, last)) return false;
+      if (last.column < first.column) return Fail(err::kXmlMissingAttribute);
       int styleId = 0;
       if (!x_.IntAttr("StyleID", styleId, 0, 511) || !CloseIfOpen("Span")) return false;
       if (!f.ApplyStyleRun(
@@ -990,17 +997,8 @@ bool DocumentReader::ReadGeneralSettings(Worksheet& sheet) {
         StoreU32(s + kTopLeftColumnAt, at.column);
       }
       if (x_.Tag("Selection", kOptionalOpen)) {
-        const char* rc = x_.RequiredAttr("rc");
-        if (rc == nullptr) return false;
-        std::string_view text(rc);
         Address first, last;
-        if (!ParseAddress(text, Address(), first) || text.empty() || text[0] != ':') {
-          return Fail(err::kXmlMissingAttribute);
-        }
-        text.remove_prefix(1);
-        if (!ParseAddress(text, Address(), last) || !text.empty() || !CloseIfOpen("Selection")) {
-          return Fail(err::kXmlMissingAttribute);
-        }
+        if (!RcRange(first, last) || !CloseIfOpen("Selection")) return false;
         StoreU32(s + kSelectionFirstRowAt, first.row);
         StoreU32(s + kSelectionFirstColumnAt, first.column);
         StoreU32(s + kSelectionLastRowAt, last.row);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "persist/chart_layout.h"
+#include "persist/chart_matrix.h"
 #include "persist/native_xml.h"
 #include "store/bytes.h"
 
@@ -493,38 +494,13 @@ class ChartReader {
       if (!RealText(kRotations[axis], degrees[axis], present)) return false;
       rotated |= present;
     }
-    if (rotated) StoreRotation(degrees);
+    if (rotated) StoreRotationMatrix(degrees, c_.matrix.data());
     if (!ByteText("LightDirectionX", 0, 180, chart::kLightDirectionXAt) ||
         !ByteText("LightDirectionY", 0, 180, chart::kLightDirectionYAt) ||
         !ByteText("Perspective", 1, 100, chart::kPerspectiveAt)) {
       return false;
     }
     return x_.Tag("Transformation", scan::kClose);
-  }
-
-  // Identity times the rotations about X, Y and Z in turn, computed in doubles and kept as floats.
-  void StoreRotation(const double (&degrees)[3]) {
-    double m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
-    for (int axis = 0; axis < 3; ++axis) {
-      double a = degrees[axis] * M_PI * (1.0 / 180.0);
-      double cs = std::cos(a), sn = std::sin(a);
-      double r[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
-      int i = (axis + 1) % 3, j = (axis + 2) % 3;
-      r[i][i] = cs;
-      r[i][j] = -sn;
-      r[j][i] = sn;
-      r[j][j] = cs;
-      double t[4][4] = {};
-      for (int x = 0; x < 4; ++x) {
-        for (int y = 0; y < 4; ++y) {
-          for (int k = 0; k < 4; ++k) t[x][y] += m[x][k] * r[k][y];
-        }
-      }
-      std::memcpy(m, t, sizeof m);
-    }
-    for (int k = 0; k < 16; ++k) {
-      StoreFloat(c_.matrix.data() + 4 * k, static_cast<float>(m[k / 4][k % 4]));
-    }
   }
 
   bool ReadDataSeries() {
