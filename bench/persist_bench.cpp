@@ -11,7 +11,7 @@
 #include "persist/binary_format.h"
 #include "persist/native_xml.h"
 #include "store/catalogue.h"
-#include "store/field_spec.h"
+#include "store/field_row.h"
 #include "table/schema.h"
 #include "table/table_state.h"
 
@@ -50,10 +50,10 @@ void Build(Workbook& book, long records, FILE* csv) {
   Check(CreateTable(book, "People"), "table");
   book.currentSheet = book.FindTable("People");
   for (int f = 0; f < kStandardFieldCount; ++f) {
-    FieldSpec spec;
-    spec.name = kStandardFieldNames[f];
-    spec.type = kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText;
-    Check(InsertField(book, static_cast<uint16_t>(f), spec), "field");
+    FieldSpec fieldRow;
+    fieldRow.name = kStandardFieldNames[f];
+    fieldRow.type = kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText;
+    Check(InsertField(book, static_cast<uint16_t>(f), fieldRow), "field");
   }
   CellStore& cells = book.FindTable("People")->cells;
   StandardTableGenerator gen;

@@ -11,7 +11,7 @@
 #include "bench/bench_util.h"
 #include "bench/standard_table.h"
 #include "store/catalogue.h"
-#include "store/field_spec.h"
+#include "store/field_row.h"
 #include "table/convert_column.h"
 #include "table/records.h"
 #include "table/schema.h"
@@ -30,11 +30,11 @@ void Check(bool ok, const char* what) {
 }
 
 FieldSpec Field(const char* name, uint8_t type, const char* formulaOrValue = "") {
-  FieldSpec spec;
-  spec.name = name;
-  spec.type = type;
-  spec.formulaOrValue = formulaOrValue;
-  return spec;
+  FieldSpec fieldRow;
+  fieldRow.name = name;
+  fieldRow.type = type;
+  fieldRow.formulaOrValue = formulaOrValue;
+  return fieldRow;
 }
 
 }  // namespace

@@ -471,8 +471,8 @@ bool CheckTables(Workbook& book) {
     return false;
   }
   for (WorkbookNode* n = system->next; n != nullptr && n->level > system->level; n = n->next) {
-    TableSpec spec;
-    if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), spec)) {
+    TableSpec compiled;
+    if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), compiled)) {
       book.errorCode = err::kInvalidDatabase;
       return false;
     }

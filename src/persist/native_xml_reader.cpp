@@ -1283,8 +1283,8 @@ bool CheckDocument(Workbook& book) {
   WorkbookNode* system = book.FindNode("\\system");
   if (system != nullptr && system->IsFolder()) {
     for (WorkbookNode* n = system->next; n != nullptr && n->level > system->level; n = n->next) {
-      TableSpec spec;
-      if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), spec)) {
+      TableSpec compiled;
+      if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), compiled)) {
         book.errorCode = err::kInvalidDatabase;
         return false;
       }

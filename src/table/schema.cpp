@@ -129,7 +129,7 @@ int ComboOfType(uint8_t type) {
   return -1;
 }
 
-FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& spec) {
+FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow) {
   // 1 and 2: only Text and Number convert into one another.
   uint8_t type = TypeOfCombo(edit.comboIndex);
   FieldSpec old;
@@ -163,27 +163,27 @@ FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& spec) 
     if (static_cast<int>(i) == edit.fieldIndex || !ReadField(table, i, other)) continue;
     if (text::EqualNoCase(other.name, edit.name)) return {str::kFieldExists, FieldFocus::kName};
   }
-  spec.name = edit.name;
-  spec.type = type;
-  spec.link = type == field_type::kText && edit.link;
-  spec.sortIndex = modifying ? old.sortIndex : edit.sortIndex;
-  spec.formulaOrValue = formulaOrValue;
-  spec.firstKeyExpression = modifying ? old.firstKeyExpression : edit.firstKeyExpression;
+  fieldRow.name = edit.name;
+  fieldRow.type = type;
+  fieldRow.link = type == field_type::kText && edit.link;
+  fieldRow.sortIndex = modifying ? old.sortIndex : edit.sortIndex;
+  fieldRow.formulaOrValue = formulaOrValue;
+  fieldRow.firstKeyExpression = modifying ? old.firstKeyExpression : edit.firstKeyExpression;
   return {};
 }
 
 FieldEdit EditOfField(const TableSpec& table, uint16_t fieldIndex) {
   FieldEdit edit;
-  FieldSpec spec;
-  if (!ReadField(table, fieldIndex, spec)) return edit;
+  FieldSpec fieldRow;
+  if (!ReadField(table, fieldIndex, fieldRow)) return edit;
   edit.fieldIndex = fieldIndex;
-  edit.name = spec.name;
-  edit.comboIndex = ComboOfType(spec.type);
-  edit.link = spec.link;
-  edit.sortIndex = spec.sortIndex;
-  edit.firstKeyExpression = spec.firstKeyExpression;
+  edit.name = fieldRow.name;
+  edit.comboIndex = ComboOfType(fieldRow.type);
+  edit.link = fieldRow.link;
+  edit.sortIndex = fieldRow.sortIndex;
+  edit.firstKeyExpression = fieldRow.firstKeyExpression;
   std::string formula, value;
-  SplitFormulaOrValue(spec.formulaOrValue, formula, value);
+  SplitFormulaOrValue(fieldRow.formulaOrValue, formula, value);
   edit.isValue = !value.empty();
   edit.formulaOrValue = edit.isValue ? value : Renotate(table, formula, false);
   return edit;
@@ -244,7 +244,7 @@ DeleteTableResult DeleteTable(Workbook& workbook, DetachedTable* detached,
   return RefreshCurrentTable(workbook) ? DeleteTableResult::kDeleted : DeleteTableResult::kFailed;
 }
 
-bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& spec,
+bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& fieldRow,
                  const UndoContext& context) {
   TableSpec table;
   if (!CurrentTable(workbook, table)) return false;
@@ -266,7 +266,7 @@ bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& spec,
       return Fail(workbook, error);
     }
   }
-  FieldSpec written = spec;
+  FieldSpec written = fieldRow;
   written.sortIndex = 0;
   if (!WriteField(table, position, written)) return false;
   return RefreshCurrentTable(workbook);
@@ -282,17 +282,17 @@ bool DeleteField(Workbook& workbook, uint16_t index, const UndoContext& context)
   return RefreshCurrentTable(workbook);
 }
 
-bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& spec,
+bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& fieldRow,
                  const UndoContext& context) {
   TableSpec table;
   if (!CurrentTable(workbook, table)) return false;
   FieldSpec old;
   if (!ReadField(table, index, old)) return false;
-  bool textNumber = (old.type == field_type::kText && spec.type == field_type::kNumber) ||
-                    (old.type == field_type::kNumber && spec.type == field_type::kText);
-  if (old.type != spec.type && !textNumber &&
+  bool textNumber = (old.type == field_type::kText && fieldRow.type == field_type::kNumber) ||
+                    (old.type == field_type::kNumber && fieldRow.type == field_type::kText);
+  if (old.type != fieldRow.type && !textNumber &&
       (old.type == field_type::kLongText || old.type == field_type::kFiles ||
-       spec.type == field_type::kLongText || spec.type == field_type::kFiles)) {
+       fieldRow.type == field_type::kLongText || fieldRow.type == field_type::kFiles)) {
     return false;  // the dialog refuses these with string 173
   }
   if (workbook.undo != nullptr) {
@@ -300,10 +300,10 @@ bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& spec,
                                : workbook.undo->RecordFieldChanged(context, index);
     if (!recorded) return false;
   }
-  if (!WriteField(table, index, spec)) return false;
+  if (!WriteField(table, index, fieldRow)) return false;
   if (textNumber) {
-    int mode =
-        spec.type == field_type::kNumber ? convert::kLabelsToNumbers : convert::kNumbersToLabels;
+    int mode = fieldRow.type == field_type::kNumber ? convert::kLabelsToNumbers
+                                                    : convert::kNumbersToLabels;
     if (!ConvertColumn(workbook, *table.data, index, mode, 0, kLastRow)) {
       RefreshCurrentTable(workbook);
       return false;

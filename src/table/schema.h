@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "core/locale_settings.h"
-#include "store/field_spec.h"
+#include "store/field_row.h"
 #include "store/undo_recorder.h"
 #include "store/workbook.h"
 
@@ -62,8 +62,8 @@ struct FieldCheck {
 // trailing blanks and must start with a letter (180), the formula or value gets its prefix and a
 // formula is brought to the stored notation when currentLocale's separators differ from the
 // generic ones,
-// and the name must be unique (158). On success `spec` holds the catalogue row to write.
-FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& spec);
+// and the name must be unique (158). On success `fieldRow` holds the catalogue row to write.
+FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow);
 // The dialog's texts for an existing field: the prefix taken off and a formula brought to the
 // notation in force.
 FieldEdit EditOfField(const TableSpec& table, uint16_t fieldIndex);
@@ -86,11 +86,11 @@ DeleteTableResult DeleteTable(Workbook& workbook, DetachedTable* detached = null
 
 // Inserts a field at `position` (the field count appends). Code 34 when a cell or catalogue row
 // would be pushed off the sheet.
-bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& spec,
+bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& fieldRow,
                  const UndoContext& context = {});
 bool DeleteField(Workbook& workbook, uint16_t index, const UndoContext& context = {});
 // A rename, a new formula or key, or a Text <-> Number change with its column converted.
-bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& spec,
+bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& fieldRow,
                  const UndoContext& context = {});
 // Exchanges two fields, catalogue rows and data columns. Moving past either end does nothing and
 // records nothing; returns false only on failure.

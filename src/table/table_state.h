@@ -7,7 +7,7 @@
 
 #include "formula/formula_engine.h"
 #include "store/catalogue.h"
-#include "store/field_spec.h"
+#include "store/field_row.h"
 #include "store/workbook.h"
 
 namespace kelpdex {

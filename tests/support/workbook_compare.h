@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "store/catalogue.h"
-#include "store/field_spec.h"
+#include "store/field_row.h"
 #include "store/workbook.h"
 #include "table/schema.h"
 

@@ -18,17 +18,17 @@ class SchemaTest : public testing::TableTest {
                Field("Notes", field_type::kLongText)});
   }
   FieldCheck Check(FieldEdit edit) {
-    FieldSpec spec;
-    return CheckField(Table(), edit, spec);
+    FieldSpec fieldRow;
+    return CheckField(Table(), edit, fieldRow);
   }
 };
 
 TEST_F(SchemaTest, FieldRowsRoundTripAndTypesReadByExactText) {
-  FieldSpec spec;
-  ASSERT_TRUE(ReadField(Table(), 1, spec));
-  EXPECT_EQ(spec.name, "Price");
-  EXPECT_EQ(spec.type, field_type::kNumber);
-  EXPECT_FALSE(ReadField(Table(), 3, spec));
+  FieldSpec fieldRow;
+  ASSERT_TRUE(ReadField(Table(), 1, fieldRow));
+  EXPECT_EQ(fieldRow.name, "Price");
+  EXPECT_EQ(fieldRow.type, field_type::kNumber);
+  EXPECT_FALSE(ReadField(Table(), 3, fieldRow));
   uint8_t type;
   bool link;
   ParseFieldTypeText("Text / Link", type, link);
@@ -39,11 +39,11 @@ TEST_F(SchemaTest, FieldRowsRoundTripAndTypesReadByExactText) {
   EXPECT_STREQ(FieldTypeText(field_type::kUnknown, false), "Unknown");
 
   // An empty text deletes its cell rather than writing an empty one.
-  spec.formulaOrValue = "V:3";
-  ASSERT_TRUE(WriteField(Table(), 1, spec));
+  fieldRow.formulaOrValue = "V:3";
+  ASSERT_TRUE(WriteField(Table(), 1, fieldRow));
   EXPECT_NE(Table().catalogue->cells.GetCell(2, catalogue::kFormulaColumn), nullptr);
-  spec.formulaOrValue.clear();
-  ASSERT_TRUE(WriteField(Table(), 1, spec));
+  fieldRow.formulaOrValue.clear();
+  ASSERT_TRUE(WriteField(Table(), 1, fieldRow));
   EXPECT_EQ(Table().catalogue->cells.GetCell(2, catalogue::kFormulaColumn), nullptr);
 }
 
@@ -56,8 +56,8 @@ TEST_F(SchemaTest, DialogChecksInTheirOrder) {
   notes.comboIndex = 3;  // Long Text to Images/Files
   EXPECT_EQ(Check(notes).stringId, str::kConversionUnavailable);
   edit.comboIndex = 2;
-  FieldSpec spec;
-  CheckField(Table(), edit, spec);
+  FieldSpec fieldRow;
+  CheckField(Table(), edit, fieldRow);
   EXPECT_EQ(edit.comboIndex, 1);  // the old type is put back
 
   FieldEdit added;
@@ -69,12 +69,12 @@ TEST_F(SchemaTest, DialogChecksInTheirOrder) {
   EXPECT_EQ(Check(added).stringId, str::kFieldExists);
   added.name = "Total";
   added.formulaOrValue = "=Price*2";
-  ASSERT_TRUE(CheckField(Table(), added, spec).ok());
-  EXPECT_EQ(spec.formulaOrValue, "F:=Price*2");
+  ASSERT_TRUE(CheckField(Table(), added, fieldRow).ok());
+  EXPECT_EQ(fieldRow.formulaOrValue, "F:=Price*2");
   added.isValue = true;
   added.formulaOrValue = "12";
-  ASSERT_TRUE(CheckField(Table(), added, spec).ok());
-  EXPECT_EQ(spec.formulaOrValue, "V:12");
+  ASSERT_TRUE(CheckField(Table(), added, fieldRow).ok());
+  EXPECT_EQ(fieldRow.formulaOrValue, "V:12");
 
   // Its own name is no duplicate; a Text <-> Number change is allowed.
   FieldEdit same = EditOfField(Table(), 0);
@@ -91,10 +91,10 @@ TEST_F(SchemaTest, FormulasAreStoredInTheGenericNotation) {
   FieldEdit edit;
   edit.name = "Rounded";
   edit.formulaOrValue = "=round(Price; 2) + 1,5";
-  FieldSpec spec;
-  ASSERT_TRUE(CheckField(Table(), edit, spec).ok());
-  EXPECT_EQ(spec.formulaOrValue, "F:=round(Price, 2) + 1.5");
-  ASSERT_TRUE(InsertField(book, 3, spec));
+  FieldSpec fieldRow;
+  ASSERT_TRUE(CheckField(Table(), edit, fieldRow).ok());
+  EXPECT_EQ(fieldRow.formulaOrValue, "F:=round(Price, 2) + 1.5");
+  ASSERT_TRUE(InsertField(book, 3, fieldRow));
   EXPECT_EQ(EditOfField(Table(), 3).formulaOrValue, "=round(Price; 2) + 1,5");
   currentLocale = saved;
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "store/catalogue.h"
-#include "store/field_spec.h"
+#include "store/field_row.h"
 #include "table/schema.h"
 #include "table/table_state.h"
 
@@ -15,11 +15,11 @@ namespace kelpdex::testing {
 
 inline FieldSpec Field(const std::string& name, uint8_t type,
                        const std::string& formulaOrValue = "") {
-  FieldSpec spec;
-  spec.name = name;
-  spec.type = type;
-  spec.formulaOrValue = formulaOrValue;
-  return spec;
+  FieldSpec fieldRow;
+  fieldRow.name = name;
+  fieldRow.type = type;
+  fieldRow.formulaOrValue = formulaOrValue;
+  return fieldRow;
 }
 
 class TableTest : public ::testing::Test {
@@ -69,9 +69,9 @@ class TableTest : public ::testing::Test {
   std::vector<std::string> Names() {
     std::vector<std::string> names;
     TableSpec t = Table();
-    FieldSpec spec;
+    FieldSpec fieldRow;
     for (uint16_t i = 0; i < FieldCount(t); ++i) {
-      names.push_back(ReadField(t, i, spec) ? spec.name : "?");
+      names.push_back(ReadField(t, i, fieldRow) ? fieldRow.name : "?");
     }
     return names;
   }

@@ -33,9 +33,9 @@ struct FieldSpec {
 uint16_t FieldCount(const TableSpec& table);
 // False past the last field, or when the name or type cell is not text or the sort index is not
 // a number.
-bool ReadField(const TableSpec& table, uint16_t fieldIndex, FieldSpec& spec);
+bool ReadField(const TableSpec& table, uint16_t fieldIndex, FieldSpec& fieldRow);
 // Writes the five cells of the field's row; an empty text deletes its cell. False with code 21.
-bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& spec);
+bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& fieldRow);
 
 // Splits a "Formula / Value" text by its two marker characters, compared without regard to case.
 void SplitFormulaOrValue(std::string_view text, std::string& formula, std::string& value);

@@ -1,4 +1,4 @@
-#include "store/field_spec.h"
+#include "store/field_row.h"
 
 #include <cmath>
 #include <vector>
@@ -61,7 +61,7 @@ uint16_t FieldCount(const TableSpec& table) {
   return static_cast<uint16_t>(maxRow > kLastColumn + 1u ? kLastColumn + 1u : maxRow);
 }
 
-bool ReadField(const TableSpec& table, uint16_t fieldIndex, FieldSpec& spec) {
+bool ReadField(const TableSpec& table, uint16_t fieldIndex, FieldSpec& fieldRow) {
   if (fieldIndex >= FieldCount(table)) return false;
   CellStore& cells = table.catalogue->cells;
   uint32_t row = fieldIndex + 1u;
@@ -73,31 +73,31 @@ bool ReadField(const TableSpec& table, uint16_t fieldIndex, FieldSpec& spec) {
       sort == nullptr || !cell::IsNumber(sort)) {
     return false;
   }
-  spec.name.assign(cell::Text(name));
-  ParseFieldTypeText(cell::Text(type), spec.type, spec.link);
+  fieldRow.name.assign(cell::Text(name));
+  ParseFieldTypeText(cell::Text(type), fieldRow.type, fieldRow.link);
   double s = std::trunc(cell::Number(sort));
-  spec.sortIndex = static_cast<uint16_t>(static_cast<uint32_t>(s < 0 ? 0 : s > 4e9 ? 4e9 : s));
+  fieldRow.sortIndex = static_cast<uint16_t>(static_cast<uint32_t>(s < 0 ? 0 : s > 4e9 ? 4e9 : s));
   CellRecord* formula = cells.GetCell(row, catalogue::kFormulaColumn, &cursor);
-  spec.formulaOrValue.assign(formula != nullptr && cell::IsText(formula) ? cell::Text(formula)
-                                                                         : std::string_view());
+  fieldRow.formulaOrValue.assign(formula != nullptr && cell::IsText(formula) ? cell::Text(formula)
+                                                                             : std::string_view());
   CellRecord* key = cells.GetCell(row, catalogue::kFirstKeyColumn, &cursor);
-  spec.firstKeyExpression.assign(key != nullptr && cell::IsText(key) ? cell::Text(key)
-                                                                     : std::string_view());
+  fieldRow.firstKeyExpression.assign(key != nullptr && cell::IsText(key) ? cell::Text(key)
+                                                                         : std::string_view());
   return true;
 }
 
-bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& spec) {
+bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& fieldRow) {
   Worksheet& sheet = *table.catalogue;
   uint32_t row = fieldIndex + 1u;
   CellCursor cursor;
   uint8_t number[cell::kNumberSize];
-  cell::EncodeNumber(number, row, catalogue::kSortIndexColumn, spec.sortIndex);
-  bool ok =
-      PutText(sheet, row, catalogue::kFieldColumn, spec.name, cursor) &&
-      PutText(sheet, row, catalogue::kTypeColumn, FieldTypeText(spec.type, spec.link), cursor) &&
-      sheet.cells.PutCell(number, &cursor) &&
-      PutText(sheet, row, catalogue::kFormulaColumn, spec.formulaOrValue, cursor) &&
-      PutText(sheet, row, catalogue::kFirstKeyColumn, spec.firstKeyExpression, cursor);
+  cell::EncodeNumber(number, row, catalogue::kSortIndexColumn, fieldRow.sortIndex);
+  bool ok = PutText(sheet, row, catalogue::kFieldColumn, fieldRow.name, cursor) &&
+            PutText(sheet, row, catalogue::kTypeColumn, FieldTypeText(fieldRow.type, fieldRow.link),
+                    cursor) &&
+            sheet.cells.PutCell(number, &cursor) &&
+            PutText(sheet, row, catalogue::kFormulaColumn, fieldRow.formulaOrValue, cursor) &&
+            PutText(sheet, row, catalogue::kFirstKeyColumn, fieldRow.firstKeyExpression, cursor);
   if (!ok) table.workbook->errorCode = err::kOutOfMemory;
   return ok;
 }
@@ -115,15 +115,15 @@ std::vector<FieldDefault> BuildFieldDefaults(const TableSpec& table) {
   std::vector<FieldDefault> defaults;
   uint16_t count = FieldCount(table);
   defaults.reserve(count);
-  FieldSpec spec;
+  FieldSpec fieldRow;
   for (uint16_t i = 0; i < count; ++i) {
     FieldDefault d;
-    if (ReadField(table, i, spec)) {
-      d.type = spec.type;
-      d.name = spec.name;
-      d.link = spec.link;
-      if (spec.type == field_type::kText || spec.type == field_type::kNumber) {
-        SplitFormulaOrValue(spec.formulaOrValue, d.formula, d.defaultValue);
+    if (ReadField(table, i, fieldRow)) {
+      d.type = fieldRow.type;
+      d.name = fieldRow.name;
+      d.link = fieldRow.link;
+      if (fieldRow.type == field_type::kText || fieldRow.type == field_type::kNumber) {
+        SplitFormulaOrValue(fieldRow.formulaOrValue, d.formula, d.defaultValue);
       }
     } else {
       d.type = field_type::kUnknown;
