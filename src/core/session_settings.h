@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace kelpdex {
 
@@ -28,6 +29,35 @@ struct SessionSettings {
   int32_t windowShow = show::kNormal;
   // 1 XML, 2 XML gzipped, 3 binary, 4 binary gzipped.
   uint8_t defaultFileFormat = 1;
+
+  // Options, with the values a first start shows.
+  int32_t undoLevel = 20;
+  bool wrapTextInMemoFields = true;
+  bool displayThumbnails = true;
+  bool plainTextInMemoFields = false;
+  bool displayImageLabels = true;
+  int32_t whenEnterPressed = 1;  // move down by one record
+  int32_t opacity = 100;         // percent
+  int32_t autoSaveMinutes = 0;   // 0 never
+  int32_t autoCloseMinutes = 0;
+  std::string startFolder;
+  std::string fontName;
+  bool fontColourSet = false;
+  uint32_t fontColour = 0;  // COLORREF
+
+  // Mail merge.
+  std::string senderName;
+  std::string senderAddress;
+  std::string smtpServer;
+  int32_t smtpPort = 25;
+  std::string mailUser;
+  std::string mailPassword;
+  bool mailPasswordStored = false;
+
+  // Newest first.
+  std::vector<std::string> recentFiles;
+  // The profile's own flag, kept as it was read.
+  bool profileReadOnly = false;
 };
 
 // The process's one instance.

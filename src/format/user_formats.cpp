@@ -42,9 +42,10 @@ UserFormatList::UserFormatList() {
 void UserFormatList::ResetToBuiltIn() {
   formats_.assign(std::begin(kBuiltIn), std::end(kBuiltIn));
   builtIn_ = formats_.size();
+  names_.assign(builtIn_, std::string());
 }
 
-bool UserFormatList::Add(std::string_view text) {
+bool UserFormatList::Add(std::string_view text, std::string_view name) {
   if (text.size() > kFormatTextMax) return false;
   for (const std::string& known : formats_) {
     if (known == text) return true;
@@ -53,6 +54,7 @@ bool UserFormatList::Add(std::string_view text) {
   auto compiled = std::make_unique<CompiledFormat>();
   if (!ParseFormatString(text, *compiled)) return false;
   formats_.emplace_back(text);
+  names_.emplace_back(name);
   return true;
 }
 

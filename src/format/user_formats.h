@@ -23,7 +23,9 @@ class UserFormatList {
   // Appends a format (checked in the generic notation, in which the list is kept). A format
   // already in the list is not added again and counts as success. False for a string that is no
   // valid format, is longer than a format may be, or when the list is full.
-  bool Add(std::string_view text);
+  bool Add(std::string_view text, std::string_view name = {});
+  // The name a user gave a format, empty for none.
+  const std::string& nameAt(size_t index) const { return names_[index]; }
   // The formats added beyond the built-in ones, in the order added, as the settings file
   // writes them.
   std::vector<std::string> UserFormats() const;
@@ -31,6 +33,7 @@ class UserFormatList {
 
  private:
   std::vector<std::string> formats_;
+  std::vector<std::string> names_;
   size_t builtIn_ = 0;
 };
 
