@@ -60,6 +60,30 @@ bool CreateFolder(const std::string& path);
 bool WriteWholeFile(const std::string& path, std::string_view bytes);
 bool ReadWholeFile(const std::string& path, std::string& bytes);
 
+// Renames a file over another in one step, as far as the system allows: a save replaces the old
+// document only once the new one is complete.
+bool ReplaceFile(const std::string& from, const std::string& to);
+// Waits until the file's bytes are on the disk.
+bool SyncFile(const std::string& path);
+
+// An advisory lock that other Kelpdex processes see, held for as long as the object lives or
+// until Release. It guards nothing against programs that do not ask.
+class FileLock {
+ public:
+  FileLock() = default;
+  ~FileLock();
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+  // False when another process holds the lock on that file (or it cannot be opened).
+  bool Acquire(const std::string& path);
+  void Release();
+  bool held() const { return handle_ != kNone; }
+
+ private:
+  static constexpr intptr_t kNone = -1;
+  intptr_t handle_ = kNone;
+};
+
 // The last OS error of this thread (errno, GetLastError) and its text (strerror, FormatMessage),
 // the text in UTF-8.
 int LastSystemError();

@@ -340,4 +340,65 @@ std::string SystemErrorText(int code) {
   return text;
 }
 
+bool ReplaceFile(const std::string& from, const std::string& to) {
+  return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+bool SyncFile(const std::string& path) {
+  int fd = ::open(path.c_str(), O_RDONLY);
+  if (fd < 0) return false;
+  bool ok = ::fsync(fd) == 0;
+  ::close(fd);
+  return ok;
+}
+
+FileLock::~FileLock() {
+  Release();
+}
+
+bool FileLock::Acquire(const std::string& path) {
+  Release();
+  int fd = ::open(path.c_str(), O_RDWR);
+  if (fd < 0) fd = ::open(path.c_str(), O_RDONLY);
+  if (fd < 0) return false;
+  // An open file description lock: held per open file, so that it also stands between threads,
+  // and released when the descriptor closes.
+  struct flock lock {};
+  lock.l_type = F_RDLCK;  // a reader's lock is enough to be seen, and works on read-only files
+  lock.l_whence = SEEK_SET;
+#ifdef F_OFD_SETLK
+  int command = F_OFD_SETLK;
+#else
+  int command = F_SETLK;
+#endif
+  // A second process takes a write lock to test; ours is a read lock, so test with both.
+  struct flock probe = lock;
+  probe.l_type = F_WRLCK;
+#ifdef F_OFD_GETLK
+  int getCommand = F_OFD_GETLK;
+#else
+  int getCommand = F_GETLK;
+#endif
+  if (::fcntl(fd, getCommand, &probe) == 0 && probe.l_type != F_UNLCK) {
+    ::close(fd);
+    return false;
+  }
+  lock.l_type = F_WRLCK;
+  if (::fcntl(fd, command, &lock) != 0) {
+    lock.l_type = F_RDLCK;
+    if (::fcntl(fd, command, &lock) != 0) {
+      ::close(fd);
+      return false;
+    }
+  }
+  handle_ = fd;
+  return true;
+}
+
+void FileLock::Release() {
+  if (handle_ == kNone) return;
+  ::close(static_cast<int>(handle_));
+  handle_ = kNone;
+}
+
 }  // namespace kelpdex::platform

@@ -1,0 +1,79 @@
+#include "persist/document_file.h"
+
+#include "persist/binary_format.h"
+#include "persist/native_xml.h"
+#include "platform/os.h"
+
+namespace kelpdex {
+
+namespace {
+
+// Beside the document, so that the final rename stays within one file system.
+std::string TemporaryPath(const std::string& path) {
+  std::string folder = platform::FolderOf(path);
+  std::string name = "." + platform::FileNameOf(path) + ".saving";
+  return folder.empty() ? name : platform::JoinPath(folder, name);
+}
+
+}  // namespace
+
+bool WriteDocumentFile(const std::string& path, const Workbook& book, uint8_t format,
+                       ErrorCode& error) {
+  if (format < native_format::kXml || format > native_format::kBinaryCompressed) {
+    format = native_format::kXml;
+  }
+  std::string temporary = TemporaryPath(path);
+  bool compressed =
+      format == native_format::kXmlCompressed || format == native_format::kBinaryCompressed;
+  FileStream stream;
+  bool ok = stream.Open(temporary, StreamMode::kWrite, compressed);
+  if (ok) {
+    ok = format <= native_format::kXmlCompressed ? WriteXmlDocument(stream, book)
+                                                 : WriteBinaryDocument(stream, book);
+  }
+  // Everything must be on the disk before the old file goes.
+  ok = ok && stream.Sync();
+  bool closed = stream.Close();
+  error = stream.error();
+  if (!ok || !closed) {
+    if (error == err::kNone) error = err::kFileWrite;
+    platform::DeleteFile(temporary);
+    return false;
+  }
+  if (!platform::ReplaceFile(temporary, path)) {
+    platform::DeleteFile(temporary);
+    error = err::kFileWrite;
+    return false;
+  }
+  // The rename itself is made durable by syncing the folder that holds it.
+  std::string folder = platform::FolderOf(path);
+  platform::SyncFile(folder.empty() ? "." : folder);
+  error = err::kNone;
+  return true;
+}
+
+bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& kind,
+                      ErrorCode& error, int* line) {
+  if (line != nullptr) *line = 0;
+  ProtectionMode protection;
+  if (!SniffFile(path, kind, protection, error)) return false;
+  if (kind == NativeFileKind::kEmpty) return true;
+  if (kind == NativeFileKind::kOlderDatabase) {
+    error = err::kInvalidBinaryFormat;  // the single-table form of old is not read
+    return false;
+  }
+  FileStream stream;
+  bool compressed =
+      kind == NativeFileKind::kXmlCompressed || kind == NativeFileKind::kBinaryCompressed;
+  if (!stream.Open(path, StreamMode::kRead, compressed)) {
+    error = stream.error();
+    return false;
+  }
+  bool ok = kind == NativeFileKind::kXml || kind == NativeFileKind::kXmlCompressed
+                ? ReadXmlDocument(stream, book, line)
+                : ReadBinaryDocument(stream, book, nullptr, path);
+  error = ok ? err::kNone : book.errorCode;
+  return ok;
+}
+
+}  // namespace kelpdex

@@ -1,0 +1,33 @@
+// A native document as a file: written so that a failed save never costs the previous file, and
+// read by the kind its first bytes tell.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/error_code.h"
+#include "persist/file_kind.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+// The native forms, by the codes the settings use.
+namespace native_format {
+constexpr uint8_t kXml = 1;
+constexpr uint8_t kXmlCompressed = 2;
+constexpr uint8_t kBinary = 3;
+constexpr uint8_t kBinaryCompressed = 4;
+}  // namespace native_format
+
+// Writes the document into a temporary file beside `path`, waits until it is on the disk, and
+// only then puts it in the place of `path`. On failure the previous file stands as it was, no
+// temporary file is left, and `error` says why.
+bool WriteDocumentFile(const std::string& path, const Workbook& book, uint8_t format,
+                       ErrorCode& error);
+
+// Reads a native file into `book` by its kind. An empty file gives kind kEmpty and leaves the
+// workbook alone: the caller makes a new database in it. `line` is set for XML failures.
+bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& kind,
+                      ErrorCode& error, int* line = nullptr);
+
+}  // namespace kelpdex

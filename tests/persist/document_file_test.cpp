@@ -1,0 +1,97 @@
+#include "persist/document_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "platform/os.h"
+#include "support/file_bytes.h"
+#include "support/temp_dir.h"
+#include "support/workbook_compare.h"
+
+namespace kelpdex {
+namespace {
+
+class DocumentFileTest : public ::testing::Test {
+ protected:
+  testing::TempDir dir;
+};
+
+TEST_F(DocumentFileTest, EachFormSavesAndReadsBackByItsKind) {
+  Workbook book;
+  testing::BuildSampleWorkbook(book);
+  const NativeFileKind kinds[] = {NativeFileKind::kXml, NativeFileKind::kXmlCompressed,
+                                  NativeFileKind::kBinary, NativeFileKind::kBinaryCompressed};
+  for (uint8_t format = native_format::kXml; format <= native_format::kBinaryCompressed; ++format) {
+    std::string path = dir.Path("doc" + std::to_string(format) + ".kpx");
+    ErrorCode error = err::kNone;
+    ASSERT_TRUE(WriteDocumentFile(path, book, format, error)) << int(error);
+    Workbook back;
+    NativeFileKind kind;
+    ASSERT_TRUE(ReadDocumentFile(path, back, kind, error)) << int(error);
+    EXPECT_EQ(kind, kinds[format - 1]);
+    testing::ExpectSameWorkbook(book, back);
+  }
+  testing::WriteFileBytes(dir.Path("empty.kpx"), "");
+  Workbook untouched;
+  NativeFileKind kind;
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(ReadDocumentFile(dir.Path("empty.kpx"), untouched, kind, error));
+  EXPECT_EQ(kind, NativeFileKind::kEmpty);
+  EXPECT_EQ(untouched.firstNode, nullptr);
+}
+
+TEST_F(DocumentFileTest, AFailedSaveLeavesThePreviousFileAndNoTemporary) {
+  Workbook book;
+  testing::BuildSampleWorkbook(book);
+  std::string path = dir.Path("keep.kpx");
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(WriteDocumentFile(path, book, native_format::kXml, error));
+  std::string before = testing::ReadFileBytes(path);
+  // A text too long for the XML form fails the save half-way.
+  uint8_t record[4000];
+  cell::EncodeText(record, 0, 5, std::string(3500, 'x'));
+  ASSERT_TRUE(book.FindTable("People")->cells.PutCell(record));
+  EXPECT_FALSE(WriteDocumentFile(path, book, native_format::kXml, error));
+  EXPECT_EQ(error, err::kXmlInvalidData);
+  EXPECT_EQ(testing::ReadFileBytes(path), before);
+  EXPECT_FALSE(platform::FileExists(dir.Path(".keep.kpx.saving")));
+  // The binary form holds it: the save goes through and replaces the file.
+  ASSERT_TRUE(WriteDocumentFile(path, book, native_format::kBinary, error));
+  EXPECT_NE(testing::ReadFileBytes(path), before);
+  EXPECT_FALSE(platform::FileExists(dir.Path(".keep.kpx.saving")));
+  // A folder that does not exist cannot take the temporary file.
+  EXPECT_FALSE(WriteDocumentFile(dir.Path("no/such/doc.kpx"), book, native_format::kBinary, error));
+  EXPECT_EQ(error, err::kFileOpenWrite);
+}
+
+// Whether another process can take the lock on `path`: its exit status says.
+bool OtherProcessCanLock(const std::string& path) {
+  pid_t child = fork();
+  if (child == 0) {
+    platform::FileLock lock;
+    _exit(lock.Acquire(path) ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST_F(DocumentFileTest, AnOpenDocumentIsInUseForAnotherProcess) {
+  std::string path = dir.Path("locked.kpx");
+  testing::WriteFileBytes(path, "30000000000");
+  {
+    platform::FileLock lock;
+    ASSERT_TRUE(lock.Acquire(path));
+    EXPECT_TRUE(lock.held());
+    EXPECT_FALSE(OtherProcessCanLock(path));
+  }
+  EXPECT_TRUE(OtherProcessCanLock(path));
+  platform::FileLock missing;
+  EXPECT_FALSE(missing.Acquire(dir.Path("absent.kpx")));
+}
+
+}  // namespace
+}  // namespace kelpdex
