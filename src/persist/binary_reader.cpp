@@ -85,6 +85,21 @@ class Reader {
     bad_ = true;
     return false;
   }
+  // A fresh block (null when memory ran out) joins the chain and takes `used` bytes from the
+  // stream. Null on failure; a block that joined stays in the chain, empty, for its store to free.
+  RowBlock* TakeBlockAndRead(RowBlock* b, Chain& chain, uint16_t used) {
+    if (b == nullptr) {
+      s_.SetError(err::kOutOfMemory);
+      return nullptr;
+    }
+    chain.Append(b);
+    b->used = used;
+    if (!Bytes(b->data, used)) {
+      b->used = 0;
+      return nullptr;
+    }
+    return b;
+  }
 
   bool ReadDropDownLists(Workbook& book);
   bool ReadOldDropDownBlock(Workbook& book);
@@ -249,16 +264,8 @@ bool Reader::ReadRunBlocks(FormatStore& formats, uint16_t styleCount) {
       failed = !Damaged();
     }
     if (failed) break;
-    RowBlock* b = formats.TakeSpareBlock();
+    RowBlock* b = TakeBlockAndRead(formats.TakeSpareBlock(), chain, used);
     if (b == nullptr) {
-      s_.SetError(err::kOutOfMemory);
-      failed = true;
-      break;
-    }
-    chain.Append(b);
-    b->used = used;
-    if (!Bytes(b->data, used)) {
-      b->used = 0;
       failed = true;
       break;
     }
@@ -335,16 +342,8 @@ bool Reader::ReadCellBlocks(CellStore& cells) {
     if (cells.freeBlockCount() == 0 && count - i >= 256) {
       cells.ReserveSpareBlocks(std::min(count - i, kSlabBlocks));
     }
-    RowBlock* b = cells.TakeSpareBlock();
+    RowBlock* b = TakeBlockAndRead(cells.TakeSpareBlock(), chain, used);
     if (b == nullptr) {
-      s_.SetError(err::kOutOfMemory);
-      failed = true;
-      break;
-    }
-    chain.Append(b);
-    b->used = used;
-    if (!Bytes(b->data, used)) {
-      b->used = 0;
       failed = true;
       break;
     }
