@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelpdex {
 
@@ -32,12 +34,46 @@ constexpr int kYes = 6;
 constexpr int kNo = 7;
 }  // namespace answer
 
+// One field as the New Database wizard's second page holds it: the texts of the field dialog.
+struct WizardField {
+  std::string name;
+  int comboIndex = 0;  // 0 Text, 1 Number, 2 Long Text, 3 Images/Files
+  bool link = false;
+  bool isValue = false;  // a default value rather than a formula
+  std::string formulaOrValue;
+};
+
+// The three pages of the New Database wizard.
+struct NewDatabaseAnswers {
+  std::string tableName;
+  std::vector<WizardField> fields;
+  std::string path;  // empty: the database stays without a file until it is saved
+};
+
+// The Save As dialog: the file and the filter chosen (0 and 1 native, 2 text, 3 Excel 2003 XML,
+// 4 to 7 the xBase dialects).
+struct SaveFileChoice {
+  std::string path;
+  int filterIndex = 0;
+};
+
 class Prompter {
  public:
   virtual ~Prompter() = default;
   // Shows a message box. Title and text are in the document code page. Returns the answer
   // (answer::kOk, kCancel, kYes, kNo) that the buttons in `flags` allow.
   virtual int MessageBox(std::string_view title, std::string_view text, unsigned flags) = 0;
+
+  // The dialogs. Each default is the answer that changes nothing, for a prompter that cannot
+  // show the dialog.
+
+  // Another process has the file open: true to open it read-only all the same.
+  virtual bool OfferReadOnly(std::string_view /*path*/) { return false; }
+  // The Save As dialog, starting from `choice`; false on Cancel.
+  virtual bool ChooseSaveFile(SaveFileChoice& /*choice*/) { return false; }
+  // The New Database wizard; false on Cancel. The dialog checks each page as the field and table
+  // dialogs do, and the caller checks the answers again.
+  virtual bool NewDatabaseWizard(NewDatabaseAnswers& /*answers*/) { return false; }
 };
 
 // The answer that changes nothing, for a prompter that cannot ask: Cancel where there is one,

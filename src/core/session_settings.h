@@ -54,8 +54,13 @@ struct SessionSettings {
   std::string mailPassword;
   bool mailPasswordStored = false;
 
-  // Newest first.
+  // Newest first, at most recentFileLimit of them.
   std::vector<std::string> recentFiles;
+  // The menu has room for 16; no option sets it, and 8 keeps the File menu short.
+  size_t recentFileLimit = 8;
+  // The filters last chosen in the Open and Save As dialogs, for this run only.
+  int openFilterIndex = 0;
+  int saveFilterIndex = 0;
   // The profile's own flag, kept as it was read.
   bool profileReadOnly = false;
 };

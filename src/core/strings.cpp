@@ -23,6 +23,14 @@ constexpr StringEntry kStringTable[] = {
     {137, "Updating all fomulas in all displayed records may take a long time. Continue?"},
     {146, "The entered passwords do not match. Please re-type your password."},
     {147, "Please enter at least 6 characters as a password."},
+    {149,
+     "To apply your current password protection and encryption settings for this workbook, you "
+     "must use the native binary file format.\n\nClick OK to switch to the binary file format "
+     "and to continue saving the workbook."},
+    {150,
+     "Your current password protection and encryption settings for will be ignored for this file "
+     "format."},
+    {151, "New Database"},
     {156, "Deleting the table will permanently delete all the records it contains.\nContinue?"},
     {157, "A table with that name already exists. Please enter a unique name."},
     {158, "A field with that name already exists. Please enter a unique field name."},

@@ -17,6 +17,14 @@ std::string TemporaryPath(const std::string& path) {
 
 }  // namespace
 
+std::string SideFilePath(const std::string& documentPath) {
+  size_t nameStart = documentPath.size() - platform::FileNameOf(documentPath).size();
+  size_t dot = documentPath.rfind('.');
+  // A dot in a folder's name, or one that starts a hidden file's name, is no extension.
+  if (dot == std::string::npos || dot <= nameStart) return documentPath + ".tx2";
+  return documentPath.substr(0, dot) + ".tx2";
+}
+
 bool WriteDocumentFile(const std::string& path, const Workbook& book, uint8_t format,
                        ErrorCode& error) {
   if (format < native_format::kXml || format > native_format::kBinaryCompressed) {

@@ -19,6 +19,10 @@ constexpr uint8_t kBinary = 3;
 constexpr uint8_t kBinaryCompressed = 4;
 }  // namespace native_format
 
+// The side file that holds a document's long texts and files: the same path with ".tx2" in place
+// of the extension.
+std::string SideFilePath(const std::string& documentPath);
+
 // Writes the document into a temporary file beside `path`, waits until it is on the disk, and
 // only then puts it in the place of `path`. On failure the previous file stands as it was, no
 // temporary file is left, and `error` says why.

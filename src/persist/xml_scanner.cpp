@@ -104,9 +104,11 @@ const uint8_t* XmlScanner::PeekRaw(size_t& size) {
   return stream_.Span(size);
 }
 
+// Lines are counted at LF, so that a file with CR LF and one edited to LF alone give the same
+// line numbers.
 int XmlScanner::Get() {
   const int c = stream_.Next();
-  if (c == '\r') ++line_;
+  if (c == '\n') ++line_;
   return c;
 }
 
@@ -117,7 +119,7 @@ void XmlScanner::SkipWhitespace() {
     const uint8_t* p = stream_.Span(size);
     size_t i = 0;
     while (i < size && IsSpace(p[i])) {
-      if (p[i] == '\r') ++line_;
+      if (p[i] == '\n') ++line_;
       ++i;
     }
     stream_.Advance(i);
@@ -236,7 +238,7 @@ bool XmlScanner::ReadAttribute(bool keep) {
     size_t i = 0;
     while (i < available && p[i] != quote) {
       if (size == kTextBufferSize) return Fail(err::kXmlInvalidAttribute);
-      if (p[i] == '\r') ++line_;
+      if (p[i] == '\n') ++line_;
       raw_[size++] = static_cast<char>(p[i++]);
     }
     closed = i < available;
@@ -363,7 +365,7 @@ bool XmlScanner::TextBody(size_t maxLength) {
       }
       ++i;
       if (IsSpace(c)) {
-        if (c == '\r') ++line_;
+        if (c == '\n') ++line_;
         blank = size > 0;
         continue;
       }

@@ -66,16 +66,26 @@ bool ReplaceFile(const std::string& from, const std::string& to);
 // Waits until the file's bytes are on the disk.
 bool SyncFile(const std::string& path);
 
+// Whether two paths name the same file: the same device and file number where the file exists,
+// else the same text (without regard to case on Windows).
+bool SameFile(const std::string& a, const std::string& b);
+
+enum class LockResult {
+  kLocked,       // this object holds the lock now
+  kInUse,        // another process holds it
+  kUnavailable,  // the file cannot be opened at all
+};
+
 // An advisory lock that other Kelpdex processes see, held for as long as the object lives or
-// until Release. It guards nothing against programs that do not ask.
+// until Release. It guards nothing against programs that do not ask, and it does not keep this
+// or any other process from reading the file.
 class FileLock {
  public:
   FileLock() = default;
   ~FileLock();
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
-  // False when another process holds the lock on that file (or it cannot be opened).
-  bool Acquire(const std::string& path);
+  LockResult Acquire(const std::string& path);
   void Release();
   bool held() const { return handle_ != kNone; }
 

@@ -356,11 +356,20 @@ FileLock::~FileLock() {
   Release();
 }
 
-bool FileLock::Acquire(const std::string& path) {
+bool SameFile(const std::string& a, const std::string& b) {
+  struct stat sa {};
+  struct stat sb {};
+  if (::stat(a.c_str(), &sa) == 0 && ::stat(b.c_str(), &sb) == 0) {
+    return sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
+  }
+  return a == b;
+}
+
+LockResult FileLock::Acquire(const std::string& path) {
   Release();
   int fd = ::open(path.c_str(), O_RDWR);
   if (fd < 0) fd = ::open(path.c_str(), O_RDONLY);
-  if (fd < 0) return false;
+  if (fd < 0) return LockResult::kUnavailable;
   // An open file description lock: held per open file, so that it also stands between threads,
   // and released when the descriptor closes.
   struct flock lock {};
@@ -381,18 +390,18 @@ bool FileLock::Acquire(const std::string& path) {
 #endif
   if (::fcntl(fd, getCommand, &probe) == 0 && probe.l_type != F_UNLCK) {
     ::close(fd);
-    return false;
+    return LockResult::kInUse;
   }
   lock.l_type = F_WRLCK;
   if (::fcntl(fd, command, &lock) != 0) {
     lock.l_type = F_RDLCK;
     if (::fcntl(fd, command, &lock) != 0) {
       ::close(fd);
-      return false;
+      return LockResult::kInUse;
     }
   }
   handle_ = fd;
-  return true;
+  return LockResult::kLocked;
 }
 
 void FileLock::Release() {

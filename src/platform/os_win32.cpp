@@ -292,18 +292,32 @@ FileLock::~FileLock() {
   Release();
 }
 
-bool FileLock::Acquire(const std::string& path) {
+bool SameFile(const std::string& a, const std::string& b) {
+  char fullA[MAX_PATH];
+  char fullB[MAX_PATH];
+  if (::GetFullPathNameA(a.c_str(), MAX_PATH, fullA, nullptr) == 0 ||
+      ::GetFullPathNameA(b.c_str(), MAX_PATH, fullB, nullptr) == 0) {
+    return ::lstrcmpiA(a.c_str(), b.c_str()) == 0;
+  }
+  return ::lstrcmpiA(fullA, fullB) == 0;
+}
+
+LockResult FileLock::Acquire(const std::string& path) {
   Release();
-  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE) return false;
+  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE) return LockResult::kUnavailable;
+  // Byte-range locks on Windows bar reads of the range, even through this process's own other
+  // handles; a byte far past any document's end is locked instead, so readers are never stopped.
   OVERLAPPED at{};
+  at.Offset = 0;
+  at.OffsetHigh = 0x7FFFFFFF;
   if (!::LockFileEx(h, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at)) {
     ::CloseHandle(h);
-    return false;
+    return LockResult::kInUse;
   }
   handle_ = reinterpret_cast<intptr_t>(h);
-  return true;
+  return LockResult::kLocked;
 }
 
 void FileLock::Release() {

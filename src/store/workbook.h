@@ -154,6 +154,12 @@ class Workbook {
   std::vector<InspectedCell> inspectCells;
   // Opened as a read-only copy: it may not be saved over its file.
   bool readOnly = false;
+  // The document's file and how it is kept. The lifecycle sets these; loads and Clear leave them.
+  std::string fileName;        // the full path, empty for a new document
+  uint8_t openKind = 0;        // 0 native, 1 text, 2 Excel 2003 XML, 3 to 6 the xBase dialects
+  uint8_t fileFormat = 0;      // 0 the default, else the native form 1 to 4
+  uint8_t protectionMode = 0;  // 0 none
+  bool modified = false;       // differs from its file
   ErrorCode errorCode = err::kNone;
 };
 

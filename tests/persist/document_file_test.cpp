@@ -67,16 +67,16 @@ TEST_F(DocumentFileTest, AFailedSaveLeavesThePreviousFileAndNoTemporary) {
   EXPECT_EQ(error, err::kFileOpenWrite);
 }
 
-// Whether another process can take the lock on `path`: its exit status says.
-bool OtherProcessCanLock(const std::string& path) {
+// What another process gets when it tries the lock on `path`: its exit status says.
+platform::LockResult OtherProcessLocks(const std::string& path) {
   pid_t child = fork();
   if (child == 0) {
     platform::FileLock lock;
-    _exit(lock.Acquire(path) ? 0 : 1);
+    _exit(static_cast<int>(lock.Acquire(path)));
   }
   int status = 0;
   waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return static_cast<platform::LockResult>(WIFEXITED(status) ? WEXITSTATUS(status) : 99);
 }
 
 TEST_F(DocumentFileTest, AnOpenDocumentIsInUseForAnotherProcess) {
@@ -84,13 +84,13 @@ TEST_F(DocumentFileTest, AnOpenDocumentIsInUseForAnotherProcess) {
   testing::WriteFileBytes(path, "30000000000");
   {
     platform::FileLock lock;
-    ASSERT_TRUE(lock.Acquire(path));
+    ASSERT_EQ(lock.Acquire(path), platform::LockResult::kLocked);
     EXPECT_TRUE(lock.held());
-    EXPECT_FALSE(OtherProcessCanLock(path));
+    EXPECT_EQ(OtherProcessLocks(path), platform::LockResult::kInUse);
   }
-  EXPECT_TRUE(OtherProcessCanLock(path));
+  EXPECT_EQ(OtherProcessLocks(path), platform::LockResult::kLocked);
   platform::FileLock missing;
-  EXPECT_FALSE(missing.Acquire(dir.Path("absent.kpx")));
+  EXPECT_EQ(missing.Acquire(dir.Path("absent.kpx")), platform::LockResult::kUnavailable);
 }
 
 }  // namespace

@@ -25,8 +25,37 @@ class RecordingPrompter : public Prompter {
     return next;
   }
 
+  bool OfferReadOnly(std::string_view path) override {
+    dialogs.push_back("read-only:" + std::string(path));
+    if (readOnlyAnswers.empty()) return false;
+    bool next = readOnlyAnswers.front();
+    readOnlyAnswers.pop_front();
+    return next;
+  }
+
+  bool ChooseSaveFile(SaveFileChoice& choice) override {
+    dialogs.push_back("save-as:" + choice.path + ":" + std::to_string(choice.filterIndex));
+    if (saveChoices.empty()) return false;
+    choice = saveChoices.front();
+    saveChoices.pop_front();
+    return true;
+  }
+
+  bool NewDatabaseWizard(NewDatabaseAnswers& answers) override {
+    dialogs.push_back("wizard");
+    if (wizards.empty()) return false;
+    answers = wizards.front();
+    wizards.pop_front();
+    return true;
+  }
+
   std::vector<Box> boxes;
   std::deque<int> answers;
+  // The dialogs shown, in order, and their scripted answers; an empty script cancels.
+  std::vector<std::string> dialogs;
+  std::deque<bool> readOnlyAnswers;
+  std::deque<SaveFileChoice> saveChoices;
+  std::deque<NewDatabaseAnswers> wizards;
 };
 
 // Makes a prompter the active one for a scope.

@@ -1,0 +1,468 @@
+#include "document/document_session.h"
+
+#include "core/reporting.h"
+#include "core/strings.h"
+#include "document/document_status.h"
+#include "document/recent_files.h"
+#include "format/generic_date.h"
+#include "persist/document_file.h"
+#include "store/catalogue.h"
+#include "table/schema.h"
+
+namespace kelpdex {
+
+namespace {
+
+constexpr size_t kUserNameMax = 127;
+
+void ShowLoadError(ErrorCode code, int line) {
+  if (IsXmlLineError(code)) {
+    ShowErrorAtLine(code, line);
+  } else {
+    ShowError(code);
+  }
+}
+
+// The extension a kind's files take when the user typed none.
+const char* ExtensionOfKind(uint8_t kind) {
+  switch (kind) {
+    case open_kind::kNative:
+      return ".kpx";
+    case open_kind::kText:
+      return ".txt";
+    case open_kind::kExcelXml:
+      return ".xml";
+    default:
+      return ".dbf";
+  }
+}
+
+std::string WithExtension(const std::string& path, uint8_t kind) {
+  if (platform::FileNameOf(path).find('.') != std::string::npos) return path;
+  return path + ExtensionOfKind(kind);
+}
+
+// The file dialogs' filter index as an open kind: 0 and 1 native, 2 text, 3 Excel 2003 XML, 4 to
+// 7 the xBase dialects.
+uint8_t KindOfSaveFilter(int filterIndex) {
+  if (filterIndex <= 1) return open_kind::kNative;
+  if (filterIndex == 2) return open_kind::kText;
+  if (filterIndex == 3) return open_kind::kExcelXml;
+  return static_cast<uint8_t>(filterIndex <= 7 ? filterIndex - 1 : open_kind::kNative);
+}
+
+int SaveFilterOfKind(uint8_t kind) {
+  if (kind == open_kind::kNative) return 1;
+  return kind + 1;
+}
+
+// The table made in an empty file takes the file's name, without the extension.
+std::string TableNameOfFile(const std::string& path) {
+  std::string name = platform::FileNameOf(path);
+  size_t dot = name.rfind('.');
+  if (dot != std::string::npos && dot > 0) name.resize(dot);
+  std::string clean;
+  for (char c : name) {
+    if (c != '\\') clean += c;
+  }
+  if (clean.size() > kTableNameMax) clean.resize(kTableNameMax);
+  return clean.empty() ? std::string("Table") : clean;
+}
+
+std::string NowAsGenericText() {
+  platform::LocalTime now = platform::GetLocalTime();
+  DateTimeRecord at;
+  at.hasDate = true;
+  at.hasTime = true;
+  at.year = now.year;
+  at.month = now.month;
+  at.day = now.day;
+  at.hour = now.hour;
+  at.minute = now.minute;
+  at.second = now.second;
+  return FormatGenericDate(at);
+}
+
+}  // namespace
+
+DocumentSession::DocumentSession(Workbook& book, SessionSettings& settings)
+    : book_(book), settings_(settings) {}
+
+void DocumentSession::Cleared() {
+  if (view_ != nullptr) view_->DocumentCleared();
+  UpdateTitle();
+}
+
+void DocumentSession::Shown() {
+  if (view_ != nullptr) view_->DocumentShown();
+  UpdateTitle();
+  UpdateDocumentStatus();
+}
+
+void DocumentSession::ResetDocument() {
+  lock_.Release();
+  book_.Clear();
+  book_.fileName.clear();
+  book_.openKind = 0;
+  book_.fileFormat = 0;
+  book_.protectionMode = 0;
+  book_.modified = false;
+  book_.readOnly = false;
+  book_.errorCode = err::kNone;
+}
+
+bool DocumentSession::LockForOpen(const std::string& path, bool askReadOnly) {
+  switch (lock_.Acquire(path)) {
+    case platform::LockResult::kLocked:
+      return true;
+    case platform::LockResult::kInUse:
+      // Another Kelpdex has it: reading is harmless, saving over its work is not.
+      if (askReadOnly && !ActivePrompter().OfferReadOnly(path)) return false;
+      book_.readOnly = true;
+      return true;
+    case platform::LockResult::kUnavailable:
+      break;
+  }
+  ShowError(err::kFileOpenRead);
+  return false;
+}
+
+bool DocumentSession::LoadFile(const std::string& path, uint8_t openKind, bool reuseOptions) {
+  bool readOnly = book_.readOnly;
+  bool ok = false;
+  int line = 0;
+  ErrorCode error = err::kNone;
+  uint8_t format = 0;
+  if (openKind == open_kind::kNative) {
+    NativeFileKind kind = NativeFileKind::kNone;
+    ok = ReadDocumentFile(path, book_, kind, error, &line);
+    if (ok && kind == NativeFileKind::kEmpty) {
+      // An empty file becomes a new database of that name.
+      ok = CreateTable(book_, TableNameOfFile(path));
+      error = ok ? err::kNone : book_.errorCode;
+    } else if (ok) {
+      // A save keeps the form the file came in, unless the user picks another.
+      format = static_cast<uint8_t>(kind);
+    }
+  } else if (foreign_ != nullptr) {
+    book_.errorCode = err::kNone;
+    ok = foreign_->Read(openKind, path, book_, reuseOptions);
+    error = book_.errorCode;
+    if (!ok && error == err::kNone) return false;  // the import's dialog was cancelled
+  } else {
+    // No reader for this kind is linked into the program.
+    error = err::kFileOpenRead;
+  }
+  if (error != err::kNone) ShowLoadError(error, line);
+  if (!ok) {
+    ResetDocument();
+    return false;
+  }
+  book_.fileName = path;
+  book_.openKind = openKind;
+  book_.fileFormat = format;
+  // A read-only copy from the file itself, or a file another process holds.
+  book_.readOnly = book_.readOnly || readOnly;
+  book_.modified = false;
+  book_.errorCode = err::kNone;
+  if (book_.readOnly) lock_.Release();
+  return true;
+}
+
+bool DocumentSession::OpenDocument(const std::string& path, uint8_t openKind) {
+  if (HasDocument() && !book_.fileName.empty() && platform::SameFile(path, book_.fileName)) {
+    return true;
+  }
+  if (HasDocument()) {
+    if (!AskToSave()) return false;
+    ResetDocument();
+    Cleared();
+  }
+  if (!LockForOpen(path, true)) {
+    ResetDocument();
+    return false;
+  }
+  if (!LoadFile(path, openKind, false)) {
+    Cleared();
+    return false;
+  }
+  AddRecentFile(settings_, path);
+  if (view_ != nullptr) view_->RecentFilesChanged();
+  Shown();
+  return true;
+}
+
+bool DocumentSession::OpenFromCommandLine(const std::string& path) {
+  return OpenDocument(path, GuessFormat(path));
+}
+
+bool DocumentSession::OpenRecent(size_t index) {
+  if (index >= settings_.recentFiles.size()) return false;
+  std::string path = settings_.recentFiles[index];
+  return OpenDocument(path, GuessFormat(path));
+}
+
+bool DocumentSession::ReloadDocument() {
+  if (!HasDocument() || book_.fileName.empty()) return false;
+  std::string path = book_.fileName;
+  uint8_t kind = book_.openKind;
+  ResetDocument();
+  // The user chose this file already: a file in use is read again read-only, without asking.
+  if (!LockForOpen(path, false) || !LoadFile(path, kind, true)) {
+    ResetDocument();
+    Cleared();
+    return false;
+  }
+  Shown();
+  return true;
+}
+
+bool DocumentSession::CloseDocument() {
+  if (!AskToSave()) return false;
+  ResetDocument();
+  Cleared();
+  return true;
+}
+
+bool DocumentSession::AskToSave() {
+  if (!HasDocument() || !book_.modified) return true;
+  if (!book_.fileName.empty() && book_.readOnly) return true;
+  std::string name = book_.fileName.empty() ? std::string(LoadStringText(str::kNewDatabase))
+                                            : platform::FileNameOf(book_.fileName);
+  int choice = AskText(FormatString(str::kSaveChanges, {name}),
+                       mb::kYesNoCancel | mb::kIconQuestion);
+  if (choice == answer::kCancel) return false;
+  if (choice == answer::kYes) return SaveDocument();
+  return true;
+}
+
+bool DocumentSession::CreateFromWizard(const NewDatabaseAnswers& answers) {
+  switch (CheckTableName(book_, answers.tableName)) {
+    case TableNameCheck::kOk:
+      break;
+    case TableNameCheck::kDuplicate:
+      Ask(str::kTableExists, mb::kOk | mb::kIconExclamation);
+      return false;
+    case TableNameCheck::kInvalid:
+      Ask(str::kInvalidValue, mb::kOk | mb::kIconExclamation);
+      return false;
+  }
+  if (!CreateTable(book_, answers.tableName)) {
+    ShowError(book_.errorCode);
+    return false;
+  }
+  TableSpec table;
+  if (!MakeTableSpec(book_, answers.tableName, table)) {
+    ShowError(book_.errorCode);
+    return false;
+  }
+  for (const WizardField& field : answers.fields) {
+    FieldEdit edit;
+    edit.name = field.name;
+    edit.comboIndex = field.comboIndex;
+    edit.link = field.link;
+    edit.isValue = field.isValue;
+    edit.formulaOrValue = field.formulaOrValue;
+    FieldSpec fieldRow;
+    FieldCheck check = CheckField(table, edit, fieldRow);
+    if (!check.ok()) {
+      Ask(check.stringId, mb::kOk | mb::kIconExclamation);
+      return false;
+    }
+    if (!InsertField(book_, FieldCount(table), fieldRow)) {
+      ShowError(book_.errorCode);
+      return false;
+    }
+  }
+  return true;
+}
+
+bool DocumentSession::NewDatabase() {
+  if (HasDocument()) {
+    if (!AskToSave()) return false;
+    ResetDocument();
+    Cleared();
+  }
+  if (!book_.records.allocated() && !book_.records.Allocate()) {
+    ShowError(err::kOutOfMemory);
+    return false;
+  }
+  book_.records.SetCount(0);
+  NewDatabaseAnswers answers;
+  if (!ActivePrompter().NewDatabaseWizard(answers)) return false;
+  if (!CreateFromWizard(answers)) {
+    ResetDocument();
+    return false;
+  }
+  book_.modified = true;
+  if (!answers.path.empty()) {
+    // The file page names where the database lives from the start; a failed write leaves it
+    // open and unnamed, so that nothing typed is lost.
+    std::string path = WithExtension(answers.path, open_kind::kNative);
+    if (WriteDocument(&path, open_kind::kNative, book_.fileFormat)) {
+      book_.fileName = path;
+      book_.modified = false;
+      lock_.Acquire(path);
+      AddRecentFile(settings_, path);
+      if (view_ != nullptr) view_->RecentFilesChanged();
+    }
+  }
+  Shown();
+  return true;
+}
+
+bool DocumentSession::WriteDocument(const std::string* path, uint8_t kind, uint8_t format) {
+  const std::string& target = path != nullptr ? *path : book_.fileName;
+  bool ok = false;
+  ErrorCode error = err::kNone;
+  if (kind == open_kind::kNative) {
+    std::string savedBy = book_.lastSavedBy;
+    std::string savedAt = book_.lastSavedAt;
+    book_.lastSavedBy = platform::UserName();
+    if (book_.lastSavedBy.size() > kUserNameMax) book_.lastSavedBy.resize(kUserNameMax);
+    book_.lastSavedAt = NowAsGenericText();
+    ok = WriteDocumentFile(target, book_, EffectiveFormat(format, settings_.defaultFileFormat),
+                           error);
+    if (!ok) {
+      // The file still holds the earlier save, and so does the status line.
+      book_.lastSavedBy = savedBy;
+      book_.lastSavedAt = savedAt;
+    }
+  } else if (foreign_ != nullptr) {
+    book_.errorCode = err::kNone;
+    ok = foreign_->Write(kind, target, book_);
+    error = book_.errorCode;
+    if (!ok && error == err::kNone) return false;  // the export's dialog was cancelled
+  } else {
+    error = err::kFileOpenWrite;
+  }
+  if (!ok) {
+    ShowError(error != err::kNone ? error : err::kFileWrite);
+    return false;
+  }
+  // The save put a new file in the old one's place; the lock belongs on the new one.
+  if (!book_.readOnly && !book_.fileName.empty() && platform::SameFile(target, book_.fileName)) {
+    lock_.Acquire(target);
+  }
+  return true;
+}
+
+bool DocumentSession::SaveDocument() {
+  if (!HasDocument()) return false;
+  if (book_.fileName.empty()) return SaveDocumentAs();
+  if (book_.readOnly) {
+    UpdateTitle();
+    return false;
+  }
+  if (book_.protectionMode != 0) {
+    if (book_.openKind != open_kind::kNative) {
+      Ask(str::kProtectionIgnored, mb::kOk | mb::kIconExclamation);
+    } else if (EffectiveFormat(book_.fileFormat, settings_.defaultFileFormat) <
+               native_format::kBinary) {
+      if (Ask(str::kSwitchToBinary, mb::kOkCancel | mb::kIconQuestion) != answer::kOk) {
+        return false;
+      }
+      book_.fileFormat = native_format::kBinary;
+    }
+  }
+  if (!WriteDocument(nullptr, book_.openKind, book_.fileFormat)) return false;
+  MarkModified(false);
+  UpdateDocumentStatus();
+  return true;
+}
+
+bool DocumentSession::SaveDocumentAs() {
+  if (!HasDocument()) return false;
+  SaveFileChoice choice;
+  choice.path = book_.fileName;
+  if (choice.path.empty()) {
+    std::string name = std::string(LoadStringText(str::kNewDatabase)) + ".kpx";
+    choice.path = settings_.startFolder.empty() ? name
+                                                : platform::JoinPath(settings_.startFolder, name);
+  }
+  choice.filterIndex = book_.fileName.empty() ? settings_.saveFilterIndex
+                                              : SaveFilterOfKind(book_.openKind);
+  if (!ActivePrompter().ChooseSaveFile(choice) || choice.path.empty()) return false;
+  settings_.saveFilterIndex = choice.filterIndex;
+  uint8_t kind = KindOfSaveFilter(choice.filterIndex);
+  std::string path = WithExtension(choice.path, kind);
+  if (!book_.fileName.empty() && platform::SameFile(path, book_.fileName)) {
+    book_.openKind = kind;
+    return SaveDocument();
+  }
+  // Saving over a document that another Kelpdex has open would pull it from under that user.
+  platform::FileLock target;
+  if (platform::FileExists(path) && target.Acquire(path) == platform::LockResult::kInUse) {
+    ShowError(err::kFileInUse);
+    return false;
+  }
+  target.Release();
+  // The long texts and files go with the document: its cells point into the side file.
+  if (!book_.fileName.empty()) {
+    std::string side = SideFilePath(book_.fileName);
+    if (platform::FileExists(side) && !platform::CopyFile(side, SideFilePath(path), false)) {
+      ShowSystemError(SideFilePath(path));
+      return false;
+    }
+  }
+  if (!WriteDocument(&path, kind, book_.fileFormat)) return false;
+  book_.fileName = path;
+  book_.openKind = kind;
+  // The copy under the new name is the user's own, whatever kept the old one read-only.
+  book_.readOnly = false;
+  lock_.Acquire(path);
+  AddRecentFile(settings_, path);
+  if (view_ != nullptr) view_->RecentFilesChanged();
+  MarkModified(false);
+  UpdateDocumentStatus();
+  return true;
+}
+
+void DocumentSession::MarkModified(bool modified) {
+  book_.modified = modified;
+  UpdateTitle();
+}
+
+void DocumentSession::SetFileFormat(uint8_t format) {
+  if (format > native_format::kBinaryCompressed) return;
+  book_.fileFormat = format;
+  UpdateDocumentStatus();
+}
+
+std::string DocumentSession::WindowTitle() const {
+  return kelpdex::WindowTitle(book_, HasDocument());
+}
+
+std::string DocumentSession::StatusText() const {
+  if (!HasDocument()) return std::string();
+  return DocumentStatusText(book_, settings_.defaultFileFormat, MeasureDocument(book_.fileName),
+                            currentLocale);
+}
+
+void DocumentSession::UpdateTitle() {
+  if (view_ != nullptr) view_->TitleChanged(WindowTitle());
+}
+
+void DocumentSession::UpdateDocumentStatus() {
+  if (view_ != nullptr) view_->StatusChanged(StatusText());
+}
+
+TimerAction DocumentSession::OnTimer(double minutesSinceSave, double minutesIdle) {
+  if (!HasDocument()) return TimerAction::kNone;
+  // A read-only document cannot be saved, so to the timer it is one without a file: its changes
+  // are never closed away.
+  bool canSave = !book_.fileName.empty() && !book_.readOnly;
+  TimerAction action =
+      AutoTimerAction(settings_, book_.modified, canSave, minutesSinceSave, minutesIdle);
+  bool saved = true;
+  if (action == TimerAction::kSave || action == TimerAction::kSaveAndClose) {
+    saved = SaveDocument();
+  }
+  if (saved && (action == TimerAction::kClose || action == TimerAction::kSaveAndClose)) {
+    ResetDocument();
+    Cleared();
+  }
+  return action;
+}
+
+}  // namespace kelpdex

@@ -1,0 +1,103 @@
+// The life of the one open document: New, Open, Reload, Close, Save and Save As, the question
+// whether to save changes, read-only handling, and what the frame shows about the document. Every
+// question goes through the active Prompter; every failure is shown once, here.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/document_kind.h"
+#include "core/prompter.h"
+#include "core/session_settings.h"
+#include "platform/os.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+// The frame's side of the document: what it must redraw when the document changes.
+class DocumentView {
+ public:
+  virtual ~DocumentView() = default;
+  virtual void TitleChanged(const std::string& /*title*/) {}
+  virtual void StatusChanged(const std::string& /*status*/) {}
+  // A document was opened or made: rebuild the panes and show the first table.
+  virtual void DocumentShown() {}
+  // The document went: clear the panes and leave an empty frame.
+  virtual void DocumentCleared() {}
+  virtual void RecentFilesChanged() {}
+};
+
+// The readers and writers of foreign files (text, Excel 2003 XML, xBase), which show their own
+// option dialogs through the Prompter. `reuseOptions` is set by Reload: the options of the last
+// import apply again and no dialog is shown.
+class ForeignFiles {
+ public:
+  virtual ~ForeignFiles() = default;
+  virtual bool Read(uint8_t openKind, const std::string& path, Workbook& book,
+                    bool reuseOptions) = 0;
+  virtual bool Write(uint8_t openKind, const std::string& path, const Workbook& book) = 0;
+};
+
+class DocumentSession {
+ public:
+  DocumentSession(Workbook& book, SessionSettings& settings);
+  DocumentSession(const DocumentSession&) = delete;
+  DocumentSession& operator=(const DocumentSession&) = delete;
+
+  void SetView(DocumentView* view) { view_ = view; }
+  void SetForeignFiles(ForeignFiles* foreign) { foreign_ = foreign; }
+
+  Workbook& book() { return book_; }
+  bool HasDocument() const { return book_.firstNode != nullptr; }
+
+  // Opens a file as `openKind` says. Opening the document that is open does nothing and returns
+  // true. A failure is shown and leaves no document.
+  bool OpenDocument(const std::string& path, uint8_t openKind);
+  // The process's command line: the kind follows the extension.
+  bool OpenFromCommandLine(const std::string& path);
+  bool OpenRecent(size_t index);
+  // Reads the document's file again, discarding changes without asking.
+  bool ReloadDocument();
+  // False when the user cancelled.
+  bool CloseDocument();
+  // Whether the document may go: true when it is saved, unchanged, read-only or the user said No.
+  bool AskToSave();
+  bool NewDatabase();
+  bool SaveDocument();
+  bool SaveDocumentAs();
+  // Writes the document to `path`, or to its own file when `path` is null, as `kind` and
+  // `format` say (format 0 is the default one). Shows a failure.
+  bool WriteDocument(const std::string* path, uint8_t kind, uint8_t format);
+  // Drops everything of the document, and the lock on its file.
+  void ResetDocument();
+
+  void MarkModified(bool modified);
+  // The File Format menu: 1 to 4, or 0 for the default.
+  void SetFileFormat(uint8_t format);
+
+  std::string WindowTitle() const;
+  std::string StatusText() const;
+  void UpdateTitle();
+  void UpdateDocumentStatus();
+
+  // What the frame's timer calls: saves and closes as the AutoSave and AutoClose settings say.
+  TimerAction OnTimer(double minutesSinceSave, double minutesIdle);
+
+ private:
+  // The part of an open that reads: the lock is taken and the book is empty.
+  bool LoadFile(const std::string& path, uint8_t openKind, bool reuseOptions);
+  // Takes the lock on a file. False when the user refused the read-only offer or the file cannot
+  // be opened; the error is shown.
+  bool LockForOpen(const std::string& path, bool askReadOnly);
+  bool CreateFromWizard(const NewDatabaseAnswers& answers);
+  void Cleared();
+  void Shown();
+
+  Workbook& book_;
+  SessionSettings& settings_;
+  DocumentView* view_ = nullptr;
+  ForeignFiles* foreign_ = nullptr;
+  platform::FileLock lock_;
+};
+
+}  // namespace kelpdex
