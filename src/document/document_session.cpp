@@ -42,7 +42,7 @@ std::string WithExtension(const std::string& path, uint8_t kind) {
   return path + ExtensionOfKind(kind);
 }
 
-// The file dialogs' filter index as an open kind: 0 and 1 native, 2 text, 3 Excel 2003 XML, 4 to
+// The file dialogs' filter index as an open kind: 0 and 1 native (Open: by the extension), 2 text, 3 Excel 2003 XML, 4 to
 // 7 the xBase dialects.
 uint8_t KindOfSaveFilter(int filterIndex) {
   if (filterIndex <= 1) return open_kind::kNative;
@@ -190,6 +190,17 @@ bool DocumentSession::OpenDocument(const std::string& path, uint8_t openKind) {
   if (view_ != nullptr) view_->RecentFilesChanged();
   Shown();
   return true;
+}
+
+bool DocumentSession::OpenWithDialog() {
+  OpenFileChoice choice;
+  choice.path = book_.fileName.empty() ? settings_.startFolder : platform::FolderOf(book_.fileName);
+  choice.filterIndex = settings_.openFilterIndex;
+  if (!ActivePrompter().ChooseOpenFile(choice) || choice.path.empty()) return false;
+  settings_.openFilterIndex = choice.filterIndex;
+  uint8_t kind = choice.filterIndex <= 1 ? GuessFormat(choice.path)
+                                         : KindOfSaveFilter(choice.filterIndex);
+  return OpenDocument(choice.path, kind);
 }
 
 bool DocumentSession::OpenFromCommandLine(const std::string& path) {

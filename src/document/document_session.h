@@ -53,6 +53,8 @@ class DocumentSession {
   // Opens a file as `openKind` says. Opening the document that is open does nothing and returns
   // true. A failure is shown and leaves no document.
   bool OpenDocument(const std::string& path, uint8_t openKind);
+  // The Open command: the file and its kind come from the Open dialog.
+  bool OpenWithDialog();
   // The process's command line: the kind follows the extension.
   bool OpenFromCommandLine(const std::string& path);
   bool OpenRecent(size_t index);

@@ -201,6 +201,17 @@ TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
   EXPECT_EQ(book.openKind, open_kind::kText);
   ASSERT_TRUE(session.OpenFromCommandLine(tsv));
   EXPECT_EQ(foreign.calls, "read 1 data.TXT;read 1 data.tsv;");
+  // The Open dialog's first two filters go by the extension too; the others name the kind.
+  foreign.calls.clear();
+  prompter.openChoices = {{upper, 0}, {tsv, 1}, {upper, 3}, {tsv, 7}};
+  for (int i = 0; i < 4; ++i) ASSERT_TRUE(session.OpenWithDialog());
+  EXPECT_EQ(foreign.calls, "read 1 data.TXT;read 1 data.tsv;read 2 data.TXT;read 6 data.tsv;");
+  EXPECT_EQ(settings.openFilterIndex, 7);
+  EXPECT_FALSE(session.OpenWithDialog());  // Cancel
+  EXPECT_EQ(book.fileName, tsv);
+  ASSERT_TRUE(session.CloseDocument());
+  ASSERT_TRUE(session.OpenFromCommandLine(tsv));
+  foreign.calls = "read 1 data.TXT;read 1 data.tsv;";
   EXPECT_EQ(session.StatusText().rfind("Format: Text", 0), 0u);
   // Reload reads again with the import's options, and a save writes the same foreign form.
   ASSERT_TRUE(session.ReloadDocument());

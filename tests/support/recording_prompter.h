@@ -33,6 +33,14 @@ class RecordingPrompter : public Prompter {
     return next;
   }
 
+  bool ChooseOpenFile(OpenFileChoice& choice) override {
+    dialogs.push_back("open:" + choice.path + ":" + std::to_string(choice.filterIndex));
+    if (openChoices.empty()) return false;
+    choice = openChoices.front();
+    openChoices.pop_front();
+    return true;
+  }
+
   bool ChooseSaveFile(SaveFileChoice& choice) override {
     dialogs.push_back("save-as:" + choice.path + ":" + std::to_string(choice.filterIndex));
     if (saveChoices.empty()) return false;
@@ -54,6 +62,7 @@ class RecordingPrompter : public Prompter {
   // The dialogs shown, in order, and their scripted answers; an empty script cancels.
   std::vector<std::string> dialogs;
   std::deque<bool> readOnlyAnswers;
+  std::deque<OpenFileChoice> openChoices;
   std::deque<SaveFileChoice> saveChoices;
   std::deque<NewDatabaseAnswers> wizards;
 };
