@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "core/locale_settings.h"
+#include "core/progress.h"
 #include "format/number_text.h"
 #include "formula/formula_engine.h"
 #include "store/workbook.h"
@@ -141,11 +142,12 @@ bool FormulaEngine::RecalculateRows(const uint32_t* rows, size_t count, bool res
   std::sort(ordered.begin(), ordered.end());
   StartPass();
   bool ok = true;
-  for (uint32_t row : ordered) {
-    if (!RecalculateRow(row)) {
+  for (size_t i = 0; i < ordered.size(); ++i) {
+    if (!RecalculateRow(ordered[i])) {
       ok = false;
       break;
     }
+    if ((i & 0xFFFF) == 0xFFFF) ReportProgress(i + 1, ordered.size());
   }
   bool merged = EndPass();
   return ok && merged;

@@ -9,6 +9,9 @@
 #include <cstring>
 #include <new>
 
+#include "core/progress.h"
+#include "platform/os.h"
+
 #ifdef _WIN32
 #include <io.h>
 #define KELPDEX_OPEN ::_open
@@ -79,6 +82,9 @@ bool FileStream::Open(const std::string& path, StreamMode mode, bool compress, s
 
 bool FileStream::OpenLayers(StreamMode mode, bool compress) {
   mode_ = mode;
+  moved_ = 0;
+  fileSize_ = 0;
+  if (mode == StreamMode::kRead) platform::GetFileSize(path_, fileSize_);
   position_ = fill_ = 0;
   mark_ = SIZE_MAX;
   endOfFile_ = false;
@@ -168,6 +174,9 @@ bool FileStream::Fill() {
     return false;
   }
   fill_ += static_cast<size_t>(got);
+  // The file's own bytes, compressed or not, measure how far the read has come.
+  moved_ += static_cast<uint64_t>(got);
+  ReportProgress(gz_ != nullptr ? static_cast<uint64_t>(gzoffset(Gz(gz_))) : moved_, fileSize_);
   return true;
 }
 
@@ -278,6 +287,8 @@ bool FileStream::Drain() {
     }
     done += static_cast<size_t>(n);
   }
+  moved_ += position_;
+  ReportProgress(moved_, 0);
   position_ = 0;
   return ok();
 }

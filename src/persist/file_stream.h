@@ -111,6 +111,9 @@ class FileStream {
   bool OpenLayers(StreamMode mode, bool compress);
 
   std::string path_;
+  // For progress: the bytes read or written so far, and the size of a file read.
+  uint64_t moved_ = 0;
+  uint64_t fileSize_ = 0;
   int fd_ = -1;
   void* gz_ = nullptr;  // gzFile
   StreamMode mode_ = StreamMode::kRead;

@@ -1,0 +1,132 @@
+#include "kpx/kpx_document.h"
+
+#include "core/document_kind.h"
+#include "persist/document_file.h"
+#include "table/table_state.h"
+#include "text/utf8.h"
+
+namespace kelpdex::kpx {
+
+CommandPrompter::CommandPrompter(FILE* err, int defaultAnswer)
+    : ConsolePrompter(err, stdin, "kpx: ", defaultAnswer), err_(err) {}
+
+bool CommandPrompter::OfferReadOnly(std::string_view path) {
+  if (readOnlyAllowed) return true;
+  std::fprintf(err_, "kpx: %s: %s\n", std::string(path).c_str(), ErrorText(err::kFileInUse));
+  return false;
+}
+
+bool CommandPrompter::ChooseSaveFile(SaveFileChoice& choice) {
+  if (!saveChoice) return false;
+  choice = *saveChoice;
+  return true;
+}
+
+bool CommandPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {
+  if (!wizard) return false;
+  answers = *wizard;
+  return true;
+}
+
+CommandDocument::CommandDocument(CommandContext& context, int defaultAnswer)
+    : session(book, settings), prompter(context.err, defaultAnswer), context_(context) {
+  previous_ = SetActivePrompter(&prompter);
+}
+
+CommandDocument::~CommandDocument() {
+  // The lock and the nodes go before the prompter that would report about them.
+  session.ResetDocument();
+  SetActivePrompter(previous_);
+}
+
+bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed) {
+  prompter.readOnlyAllowed = readOnlyAllowed;
+  // kpx reads only the native forms; whatever the extension says, the first bytes decide.
+  return session.OpenDocument(path, open_kind::kNative);
+}
+
+bool CommandDocument::SelectTable(const std::string& name, TableSpec& table) {
+  Worksheet* sheet = name.empty() ? book.TableByIndex(0) : book.FindTable(FromTerminal(name));
+  if (sheet == nullptr) {
+    Fail(context_, name.empty() ? "the document holds no table"
+                                : "no table named '" + name + "' in " + book.fileName);
+    return false;
+  }
+  book.currentSheet = sheet;
+  if (!RefreshCurrentTable(book) || !CurrentTable(book, table)) {
+    Fail(context_, ErrorText(book.errorCode));
+    return false;
+  }
+  return true;
+}
+
+bool CommandDocument::Save() {
+  if (book.readOnly) {
+    Fail(context_, book.fileName + ": " + ErrorText(err::kFileInUse));
+    return false;
+  }
+  session.MarkModified(true);
+  return session.SaveDocument();
+}
+
+bool ParseFieldOption(const std::string& option, WizardField& field, std::string& why) {
+  size_t colon = option.find(':');
+  if (colon == std::string::npos || colon == 0) {
+    why = "a field is NAME:TYPE[=FORMULA_OR_VALUE], not '" + option + "'";
+    return false;
+  }
+  size_t equals = option.find('=', colon);
+  std::string type = option.substr(colon + 1, equals == std::string::npos ? std::string::npos
+                                                                          : equals - colon - 1);
+  field = WizardField();
+  field.name = FromTerminal(option.substr(0, colon));
+  if (type == "Text") {
+    field.comboIndex = 0;
+  } else if (type == "Link") {
+    field.comboIndex = 0;
+    field.link = true;
+  } else if (type == "Number") {
+    field.comboIndex = 1;
+  } else if (type == "LongText") {
+    field.comboIndex = 2;
+  } else if (type == "Files") {
+    field.comboIndex = 3;
+  } else {
+    why = "unknown field type '" + type + "' (Text, Link, Number, LongText or Files)";
+    return false;
+  }
+  if (equals != std::string::npos) {
+    field.formulaOrValue = FromTerminal(option.substr(equals + 1));
+    char first = field.formulaOrValue.empty() ? '\0' : field.formulaOrValue[0];
+    field.isValue = first != '=' && first != '+';
+  }
+  return true;
+}
+
+uint8_t ParseFormatOption(const std::string& text) {
+  if (text == "xml") return native_format::kXml;
+  if (text == "xml.gz") return native_format::kXmlCompressed;
+  if (text == "binary") return native_format::kBinary;
+  if (text == "binary.gz") return native_format::kBinaryCompressed;
+  return 0;
+}
+
+const char* FormatOptionName(uint8_t format) {
+  static const char* const kNames[] = {"xml", "xml.gz", "binary", "binary.gz"};
+  return format >= 1 && format <= 4 ? kNames[format - 1] : "";
+}
+
+std::string FromTerminal(const std::string& utf8) {
+  return text::Utf8ToCp1252(utf8);
+}
+
+std::string ToTerminal(std::string_view cp1252) {
+  return text::Cp1252ToUtf8(cp1252);
+}
+
+int Fail(CommandContext& context, const std::string& message) {
+  std::fprintf(context.err, "kpx: %s\n", message.c_str());
+  return kExitFailure;
+}
+
+}  // namespace kelpdex::kpx

@@ -1,0 +1,80 @@
+// What the document subcommands share: a prompter that answers the lifecycle's dialogs from the
+// command line, the opening of a document with its table, and the reading of field and format
+// options.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/prompter.h"
+#include "core/session_settings.h"
+#include "document/document_session.h"
+#include "kpx/kpx_commands.h"
+#include "store/catalogue.h"
+#include "store/workbook.h"
+
+namespace kelpdex::kpx {
+
+// The console prompter with the dialogs answered as the command line says: the wizard's pages,
+// the Save As file, whether a file in use may be read.
+class CommandPrompter : public ConsolePrompter {
+ public:
+  CommandPrompter(FILE* err, int defaultAnswer);
+  bool OfferReadOnly(std::string_view path) override;
+  bool ChooseSaveFile(SaveFileChoice& choice) override;
+  bool NewDatabaseWizard(NewDatabaseAnswers& answers) override;
+
+  bool readOnlyAllowed = false;
+  std::optional<SaveFileChoice> saveChoice;
+  std::optional<NewDatabaseAnswers> wizard;
+
+ private:
+  FILE* err_;
+};
+
+// One document open for a subcommand, with the command's prompter active while it lives.
+class CommandDocument {
+ public:
+  // `defaultAnswer` answers the questions a command implies (Yes to a long recalculation).
+  explicit CommandDocument(CommandContext& context, int defaultAnswer = 0);
+  ~CommandDocument();
+  CommandDocument(const CommandDocument&) = delete;
+  CommandDocument& operator=(const CommandDocument&) = delete;
+
+  // Opens a native document. A command that only reads may take a file another process holds.
+  // False after the failure was reported.
+  bool Open(const std::string& path, bool readOnlyAllowed);
+  // Makes the named table current and fills `table`; the first table when `name` is empty. False
+  // after a message.
+  bool SelectTable(const std::string& name, TableSpec& table);
+  // Saves over the document's own file; false after the failure was reported.
+  bool Save();
+
+  Workbook book;
+  SessionSettings settings;
+  DocumentSession session;
+  CommandPrompter prompter;
+
+ private:
+  CommandContext& context_;
+  Prompter* previous_;
+};
+
+// "NAME:TYPE[=FORMULA_OR_VALUE]", TYPE one of Text, Link, Number, LongText, Files. A text behind
+// "=" that begins with "=" or "+" is a formula, any other a default value. False with `why`.
+bool ParseFieldOption(const std::string& option, WizardField& field, std::string& why);
+
+// "xml", "xml.gz", "binary", "binary.gz" as the native format codes 1 to 4; 0 when unknown.
+uint8_t ParseFormatOption(const std::string& text);
+const char* FormatOptionName(uint8_t format);
+
+// Text between the command line (UTF-8) and cells (the document code page).
+std::string FromTerminal(const std::string& utf8);
+std::string ToTerminal(std::string_view cp1252);
+
+// "kpx: <message>" on standard error, for failures the error table has no text for.
+int Fail(CommandContext& context, const std::string& message);
+
+}  // namespace kelpdex::kpx
