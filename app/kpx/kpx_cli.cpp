@@ -6,6 +6,7 @@
 
 #include "core/prompter.h"
 #include "kpx/kpx_commands.h"
+#include "kpx/terminal_progress.h"
 
 namespace kelpdex::kpx {
 
@@ -82,6 +83,7 @@ int Main(int argc, const char* const* argv, FILE* out, FILE* err) {
     }
     context.words.emplace_back(argv[i]);
   }
+  TerminalProgress progress(err, command->name);
   return command->run(context);
 }
 

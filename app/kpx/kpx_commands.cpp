@@ -4,6 +4,27 @@ namespace kelpdex::kpx {
 
 const std::vector<CommandInfo>& Commands() {
   static const std::vector<CommandInfo> commands = {
+      {"new",
+       "FILE --table NAME [--field NAME:TYPE[=FORMULA_OR_VALUE]]... "
+       "[--format xml|xml.gz|binary|binary.gz]",
+       "make a new database with one table (TYPE: Text, Link, Number, LongText, Files)", RunNew},
+      {"info", "FILE [--json]", "show the format, tables, fields and record counts", RunInfo},
+      {"dump", "FILE [--table NAME] [--tsv|--json] [--header] [--limit N]",
+       "print the records of a table as the grid shows them", RunDump},
+      {"set", "FILE --table NAME --record N --field NAME VALUE",
+       "type a value into a cell, recalculate the record and save", RunSet},
+      {"add-table", "FILE NAME [--field NAME:TYPE[=FORMULA_OR_VALUE]]...",
+       "add a table and save", RunAddTable},
+      {"add-field", "FILE --table NAME --field NAME:TYPE[=FORMULA_OR_VALUE] [--position N]",
+       "add a field to a table and save", RunAddField},
+      {"delete-field", "FILE --table NAME --field NAME", "delete a field and its values, and save",
+       RunDeleteField},
+      {"rename-table", "FILE --table OLD NEW", "rename a table and save", RunRenameTable},
+      {"eval", "[--doc FILE [--table NAME] [--record N]] [--locale generic|current] FORMULA",
+       "evaluate one formula, alone or against a record", RunEval},
+      {"recalc", "FILE", "recompute the calculated fields of every table and save", RunRecalc},
+      {"convert", "IN OUT [--format xml|xml.gz|binary|binary.gz]",
+       "save a document under another name and native form", RunConvert},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
   };

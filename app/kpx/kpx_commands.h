@@ -32,6 +32,17 @@ const CommandInfo* FindCommand(const std::string& name);
 // Writes "kpx: <message>" and a pointer to the command's help to `err`; returns kExitUsage.
 int UsageError(CommandContext& context, const CommandInfo& command, const std::string& message);
 
+int RunNew(CommandContext& context);
+int RunInfo(CommandContext& context);
+int RunDump(CommandContext& context);
+int RunSet(CommandContext& context);
+int RunAddTable(CommandContext& context);
+int RunAddField(CommandContext& context);
+int RunDeleteField(CommandContext& context);
+int RunRenameTable(CommandContext& context);
+int RunEval(CommandContext& context);
+int RunRecalc(CommandContext& context);
+int RunConvert(CommandContext& context);
 int RunLocale(CommandContext& context);
 
 }  // namespace kelpdex::kpx

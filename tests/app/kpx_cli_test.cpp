@@ -8,38 +8,10 @@
 
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_cli.h"
+#include "run_kpx.h"
 
 namespace kelpdex::kpx {
 namespace {
-
-struct Result {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-std::string ReadAll(FILE* f) {
-  std::fflush(f);
-  std::rewind(f);
-  std::string text;
-  char buf[512];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) text.append(buf, n);
-  return text;
-}
-
-Result RunKpx(std::vector<const char*> words) {
-  words.insert(words.begin(), "kpx");
-  FILE* out = std::tmpfile();
-  FILE* err = std::tmpfile();
-  Result r;
-  r.status = Main(static_cast<int>(words.size()), words.data(), out, err);
-  r.out = ReadAll(out);
-  r.err = ReadAll(err);
-  std::fclose(out);
-  std::fclose(err);
-  return r;
-}
 
 TEST(Kpx, HelpAndVersionSucceedOnStandardOutput) {
   Result help = RunKpx({"--help"});

@@ -1,0 +1,149 @@
+// kpx info: what a document holds, without its records.
+#include <string>
+#include <vector>
+
+#include "document/document_status.h"
+#include "kpx/kpx_args.h"
+#include "kpx/kpx_commands.h"
+#include "kpx/kpx_document.h"
+#include "kpx/kpx_json.h"
+#include "store/field_row.h"
+
+namespace kelpdex::kpx {
+
+namespace {
+
+struct KeyFilter {
+  std::string key;
+  std::string expression;
+};
+
+struct FieldInfo {
+  FieldSpec spec;
+  std::vector<KeyFilter> filters;
+};
+
+struct TableInfo {
+  std::string name;
+  uint32_t records = 0;
+  std::vector<std::string> keys;
+  std::vector<FieldInfo> fields;
+};
+
+std::string CellText(Worksheet& sheet, uint32_t row, uint16_t column) {
+  const CellRecord* r = sheet.cells.GetCell(row, column);
+  return r != nullptr && cell::IsText(r) ? std::string(cell::Text(r)) : std::string();
+}
+
+// The key columns stand from column 4 of the catalogue; each field's row holds its filter.
+void ReadTable(CommandDocument& document, Worksheet* data, TableInfo& info) {
+  info.name = data->Name();
+  TableSpec table;
+  if (!document.SelectTable(ToTerminal(info.name), table)) return;
+  info.records = document.book.records.count();
+  uint16_t keyCount = KeyCount(table);
+  for (uint16_t k = 0; k < keyCount; ++k) {
+    std::string name;
+    ParseKeyTitle(CellText(*table.catalogue, 0, static_cast<uint16_t>(4 + k)), name);
+    info.keys.push_back(name);
+  }
+  uint16_t count = FieldCount(table);
+  for (uint16_t i = 0; i < count; ++i) {
+    FieldInfo field;
+    if (!ReadField(table, i, field.spec)) continue;
+    for (uint16_t k = 0; k < keyCount; ++k) {
+      std::string expression = CellText(*table.catalogue, i + 1u, static_cast<uint16_t>(4 + k));
+      if (!expression.empty()) field.filters.push_back({info.keys[k], expression});
+    }
+    info.fields.push_back(field);
+  }
+}
+
+void PrintText(FILE* out, const CommandDocument& document, const std::string& format,
+               const std::vector<TableInfo>& tables) {
+  const Workbook& book = document.book;
+  std::fprintf(out, "file: %s\nformat: %s\n", book.fileName.c_str(), format.c_str());
+  if (!book.lastSavedAt.empty()) {
+    std::fprintf(out, "last saved: %s by %s\n", ToTerminal(book.lastSavedAt).c_str(),
+                 ToTerminal(book.lastSavedBy).c_str());
+  }
+  if (book.readOnly) std::fputs("read-only: yes\n", out);
+  for (const TableInfo& table : tables) {
+    std::fprintf(out, "table %s: %u records, %zu fields\n", ToTerminal(table.name).c_str(),
+                 table.records, table.fields.size());
+    for (const FieldInfo& field : table.fields) {
+      std::fprintf(out, "  %s\t%s", ToTerminal(field.spec.name).c_str(),
+                   FieldTypeText(field.spec.type, field.spec.link));
+      if (!field.spec.formulaOrValue.empty()) {
+        std::fprintf(out, "\t%s", ToTerminal(field.spec.formulaOrValue).c_str());
+      }
+      if (field.spec.sortIndex != 0) std::fprintf(out, "\tsort %u", field.spec.sortIndex);
+      for (const KeyFilter& filter : field.filters) {
+        std::fprintf(out, "\tkey %s: %s", ToTerminal(filter.key).c_str(),
+                     ToTerminal(filter.expression).c_str());
+      }
+      std::fputc('\n', out);
+    }
+  }
+}
+
+void PrintJson(FILE* out, const CommandDocument& document, const std::string& format,
+               const std::vector<TableInfo>& tables) {
+  const Workbook& book = document.book;
+  std::fprintf(out, "{\"file\": %s, \"format\": %s, \"lastSavedBy\": %s, \"lastSavedAt\": %s, "
+                    "\"readOnly\": %s, \"tables\": [",
+               JsonString(book.fileName).c_str(), JsonString(format).c_str(),
+               JsonString(ToTerminal(book.lastSavedBy)).c_str(),
+               JsonString(ToTerminal(book.lastSavedAt)).c_str(), book.readOnly ? "true" : "false");
+  for (size_t t = 0; t < tables.size(); ++t) {
+    const TableInfo& table = tables[t];
+    std::fprintf(out, "%s\n  {\"name\": %s, \"records\": %u, \"keys\": [", t ? "," : "",
+                 JsonString(ToTerminal(table.name)).c_str(), table.records);
+    for (size_t k = 0; k < table.keys.size(); ++k) {
+      std::fprintf(out, "%s%s", k ? ", " : "", JsonString(ToTerminal(table.keys[k])).c_str());
+    }
+    std::fputs("], \"fields\": [", out);
+    for (size_t f = 0; f < table.fields.size(); ++f) {
+      const FieldInfo& field = table.fields[f];
+      std::fprintf(out, "%s\n    {\"name\": %s, \"type\": %s, \"formulaOrValue\": %s, "
+                        "\"sortIndex\": %u, \"keyFilters\": {",
+                   f ? "," : "", JsonString(ToTerminal(field.spec.name)).c_str(),
+                   JsonString(FieldTypeText(field.spec.type, field.spec.link)).c_str(),
+                   JsonString(ToTerminal(field.spec.formulaOrValue)).c_str(),
+                   field.spec.sortIndex);
+      for (size_t k = 0; k < field.filters.size(); ++k) {
+        std::fprintf(out, "%s%s: %s", k ? ", " : "",
+                     JsonString(ToTerminal(field.filters[k].key)).c_str(),
+                     JsonString(ToTerminal(field.filters[k].expression)).c_str());
+      }
+      std::fputs("}}", out);
+    }
+    std::fputs("]}", out);
+  }
+  std::fputs("\n]}\n", out);
+}
+
+}  // namespace
+
+int RunInfo(CommandContext& context) {
+  const CommandInfo& self = *FindCommand("info");
+  Args args(context.words, {}, {"json"});
+  if (!args.ok()) return UsageError(context, self, args.error());
+  if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
+  CommandDocument document(context);
+  if (!document.Open(args.positionals()[0], true)) return kExitFailure;
+  std::string format = FormatOptionName(EffectiveFormat(document.book.fileFormat, 1));
+  std::vector<TableInfo> tables;
+  for (uint32_t i = 0; Worksheet* data = document.book.TableByIndex(i); ++i) {
+    tables.emplace_back();
+    ReadTable(document, data, tables.back());
+  }
+  if (args.Flag("json")) {
+    PrintJson(context.out, document, format, tables);
+  } else {
+    PrintText(context.out, document, format, tables);
+  }
+  return kExitSuccess;
+}
+
+}  // namespace kelpdex::kpx

@@ -1,0 +1,156 @@
+// kpx add-table, add-field, delete-field and rename-table, with the table and field dialogs'
+// checks and messages.
+#include <string>
+
+#include "core/strings.h"
+#include "kpx/kpx_args.h"
+#include "kpx/kpx_commands.h"
+#include "kpx/kpx_document.h"
+#include "store/field_row.h"
+#include "table/schema.h"
+#include "table/table_state.h"
+
+namespace kelpdex::kpx {
+
+int FindFieldIndex(const TableSpec& table, const std::string& name);
+
+namespace {
+
+// The table dialog's verdict on a name, as its message.
+bool TableNameAccepted(CommandContext& context, const Workbook& book, const std::string& name,
+                       const Worksheet* current) {
+  switch (CheckTableName(book, name, current)) {
+    case TableNameCheck::kOk:
+      return true;
+    case TableNameCheck::kDuplicate:
+      Fail(context, LoadStringText(str::kTableExists));
+      return false;
+    case TableNameCheck::kInvalid:
+      Fail(context, "'" + ToTerminal(name) + "' is no table name: it must not be empty, pass " +
+                        std::to_string(kTableNameMax) + " characters or hold '\\'");
+      return false;
+  }
+  return false;
+}
+
+// Runs the field dialog's checks on one option and inserts the field at `position`.
+bool AddField(CommandContext& context, Workbook& book, const WizardField& option,
+              uint16_t position) {
+  TableSpec table;
+  if (!CurrentTable(book, table)) {
+    Fail(context, ErrorText(book.errorCode));
+    return false;
+  }
+  FieldEdit edit;
+  edit.name = option.name;
+  edit.comboIndex = option.comboIndex;
+  edit.link = option.link;
+  edit.isValue = option.isValue;
+  edit.formulaOrValue = option.formulaOrValue;
+  FieldSpec fieldRow;
+  FieldCheck check = CheckField(table, edit, fieldRow);
+  if (!check.ok()) {
+    Fail(context, FormatString(check.stringId));
+    return false;
+  }
+  if (!InsertField(book, position, fieldRow)) {
+    Fail(context, ErrorText(book.errorCode));
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int RunAddTable(CommandContext& context) {
+  const CommandInfo& self = *FindCommand("add-table");
+  Args args(context.words, {"field"}, {});
+  if (!args.ok()) return UsageError(context, self, args.error());
+  if (args.positionals().size() != 2) return UsageError(context, self, "FILE and NAME are needed");
+  std::vector<WizardField> fields;
+  for (const std::string& option : args.Values("field")) {
+    WizardField field;
+    std::string why;
+    if (!ParseFieldOption(option, field, why)) return UsageError(context, self, why);
+    fields.push_back(field);
+  }
+  CommandDocument document(context);
+  if (!document.Open(args.positionals()[0], false)) return kExitFailure;
+  std::string name = FromTerminal(args.positionals()[1]);
+  if (!TableNameAccepted(context, document.book, name, nullptr)) return kExitFailure;
+  if (!AddTable(document.book, name)) return Fail(context, ErrorText(document.book.errorCode));
+  TableSpec table;
+  if (!document.SelectTable(args.positionals()[1], table)) return kExitFailure;
+  for (const WizardField& field : fields) {
+    if (!AddField(context, document.book, field, FieldCount(table))) return kExitFailure;
+  }
+  return document.Save() ? kExitSuccess : kExitFailure;
+}
+
+int RunAddField(CommandContext& context) {
+  const CommandInfo& self = *FindCommand("add-field");
+  Args args(context.words, {"table", "field", "position"}, {});
+  long position = 0;
+  if (!args.ok() || !args.IntValue("position", 1, 2047, position)) {
+    return UsageError(context, self, args.error());
+  }
+  if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
+  if (!args.Value("table") || !args.Value("field")) {
+    return UsageError(context, self, "--table and --field are needed");
+  }
+  WizardField field;
+  std::string why;
+  if (!ParseFieldOption(*args.Value("field"), field, why)) return UsageError(context, self, why);
+  CommandDocument document(context);
+  if (!document.Open(args.positionals()[0], false)) return kExitFailure;
+  TableSpec table;
+  if (!document.SelectTable(*args.Value("table"), table)) return kExitFailure;
+  uint16_t count = FieldCount(table);
+  // Positions count from 1 as the grid's columns do; none or one past the end appends.
+  uint16_t at = position == 0 ? count : static_cast<uint16_t>(position - 1);
+  if (at > count) {
+    return Fail(context, "position " + std::to_string(position) + " is out of range (1 to " +
+                             std::to_string(count + 1) + ")");
+  }
+  if (!AddField(context, document.book, field, at)) return kExitFailure;
+  return document.Save() ? kExitSuccess : kExitFailure;
+}
+
+int RunDeleteField(CommandContext& context) {
+  const CommandInfo& self = *FindCommand("delete-field");
+  Args args(context.words, {"table", "field"}, {});
+  if (!args.ok()) return UsageError(context, self, args.error());
+  if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
+  if (!args.Value("table") || !args.Value("field")) {
+    return UsageError(context, self, "--table and --field are needed");
+  }
+  CommandDocument document(context);
+  if (!document.Open(args.positionals()[0], false)) return kExitFailure;
+  TableSpec table;
+  if (!document.SelectTable(*args.Value("table"), table)) return kExitFailure;
+  int field = FindFieldIndex(table, FromTerminal(*args.Value("field")));
+  if (field < 0) return Fail(context, "no field named '" + *args.Value("field") + "'");
+  if (!DeleteField(document.book, static_cast<uint16_t>(field))) {
+    return Fail(context, ErrorText(document.book.errorCode));
+  }
+  return document.Save() ? kExitSuccess : kExitFailure;
+}
+
+int RunRenameTable(CommandContext& context) {
+  const CommandInfo& self = *FindCommand("rename-table");
+  Args args(context.words, {"table"}, {});
+  if (!args.ok()) return UsageError(context, self, args.error());
+  if (args.positionals().size() != 2 || !args.Value("table")) {
+    return UsageError(context, self, "FILE, --table OLD and NEW are needed");
+  }
+  CommandDocument document(context);
+  if (!document.Open(args.positionals()[0], false)) return kExitFailure;
+  TableSpec table;
+  if (!document.SelectTable(*args.Value("table"), table)) return kExitFailure;
+  std::string name = FromTerminal(args.positionals()[1]);
+  if (!TableNameAccepted(context, document.book, name, table.data)) return kExitFailure;
+  if (!RenameTable(document.book, name)) return Fail(context, ErrorText(document.book.errorCode));
+  return document.Save() ? kExitSuccess : kExitFailure;
+}
+
+}  // namespace kelpdex::kpx
