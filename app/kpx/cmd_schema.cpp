@@ -33,33 +33,6 @@ bool TableNameAccepted(CommandContext& context, const Workbook& book, const std:
   return false;
 }
 
-// Runs the field dialog's checks on one option and inserts the field at `position`.
-bool AddField(CommandContext& context, Workbook& book, const WizardField& option,
-              uint16_t position) {
-  TableSpec table;
-  if (!CurrentTable(book, table)) {
-    Fail(context, ErrorText(book.errorCode));
-    return false;
-  }
-  FieldEdit edit;
-  edit.name = option.name;
-  edit.comboIndex = option.comboIndex;
-  edit.link = option.link;
-  edit.isValue = option.isValue;
-  edit.formulaOrValue = option.formulaOrValue;
-  FieldSpec fieldRow;
-  FieldCheck check = CheckField(table, edit, fieldRow);
-  if (!check.ok()) {
-    Fail(context, FormatString(check.stringId));
-    return false;
-  }
-  if (!InsertField(book, position, fieldRow)) {
-    Fail(context, ErrorText(book.errorCode));
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 int RunAddTable(CommandContext& context) {
@@ -82,7 +55,7 @@ int RunAddTable(CommandContext& context) {
   TableSpec table;
   if (!document.SelectTable(args.positionals()[1], table)) return kExitFailure;
   for (const WizardField& field : fields) {
-    if (!AddField(context, document.book, field, FieldCount(table))) return kExitFailure;
+    if (!InsertCheckedField(document.book, field, FieldCount(table))) return kExitFailure;
   }
   return document.Save() ? kExitSuccess : kExitFailure;
 }
@@ -112,7 +85,7 @@ int RunAddField(CommandContext& context) {
     return Fail(context, "position " + std::to_string(position) + " is out of range (1 to " +
                              std::to_string(count + 1) + ")");
   }
-  if (!AddField(context, document.book, field, at)) return kExitFailure;
+  if (!InsertCheckedField(document.book, field, at)) return kExitFailure;
   return document.Save() ? kExitSuccess : kExitFailure;
 }
 

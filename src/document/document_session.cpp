@@ -8,6 +8,7 @@
 #include "persist/document_file.h"
 #include "store/catalogue.h"
 #include "table/schema.h"
+#include "table/table_state.h"
 
 namespace kelpdex {
 
@@ -84,6 +85,31 @@ std::string NowAsGenericText() {
 }
 
 }  // namespace
+
+bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t position) {
+  TableSpec table;
+  if (!CurrentTable(book, table)) {
+    ShowError(book.errorCode);
+    return false;
+  }
+  FieldEdit edit;
+  edit.name = field.name;
+  edit.comboIndex = field.comboIndex;
+  edit.link = field.link;
+  edit.isValue = field.isValue;
+  edit.formulaOrValue = field.formulaOrValue;
+  FieldSpec fieldRow;
+  FieldCheck check = CheckField(table, edit, fieldRow);
+  if (!check.ok()) {
+    Ask(check.stringId, mb::kOk | mb::kIconExclamation);
+    return false;
+  }
+  if (!InsertField(book, position, fieldRow)) {
+    ShowError(book.errorCode);
+    return false;
+  }
+  return true;
+}
 
 DocumentSession::DocumentSession(Workbook& book, SessionSettings& settings)
     : book_(book), settings_(settings) {}
@@ -262,28 +288,8 @@ bool DocumentSession::CreateFromWizard(const NewDatabaseAnswers& answers) {
     ShowError(book_.errorCode);
     return false;
   }
-  TableSpec table;
-  if (!MakeTableSpec(book_, answers.tableName, table)) {
-    ShowError(book_.errorCode);
-    return false;
-  }
-  for (const WizardField& field : answers.fields) {
-    FieldEdit edit;
-    edit.name = field.name;
-    edit.comboIndex = field.comboIndex;
-    edit.link = field.link;
-    edit.isValue = field.isValue;
-    edit.formulaOrValue = field.formulaOrValue;
-    FieldSpec fieldRow;
-    FieldCheck check = CheckField(table, edit, fieldRow);
-    if (!check.ok()) {
-      Ask(check.stringId, mb::kOk | mb::kIconExclamation);
-      return false;
-    }
-    if (!InsertField(book_, FieldCount(table), fieldRow)) {
-      ShowError(book_.errorCode);
-      return false;
-    }
+  for (size_t i = 0; i < answers.fields.size(); ++i) {
+    if (!InsertCheckedField(book_, answers.fields[i], static_cast<uint16_t>(i))) return false;
   }
   return true;
 }

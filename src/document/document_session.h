@@ -38,6 +38,10 @@ class ForeignFiles {
   virtual bool Write(uint8_t openKind, const std::string& path, const Workbook& book) = 0;
 };
 
+// Runs the field dialog's checks on a field given as the wizard's texts and inserts it at
+// `position` of the current table. A refusal shows the dialog's message; a failure its code.
+bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t position);
+
 class DocumentSession {
  public:
   DocumentSession(Workbook& book, SessionSettings& settings);

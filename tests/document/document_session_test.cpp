@@ -14,6 +14,7 @@
 #include "persist/document_file.h"
 #include "store/catalogue.h"
 #include "support/file_bytes.h"
+#include "support/other_process.h"
 #include "support/recording_prompter.h"
 #include "support/temp_dir.h"
 #include "support/workbook_compare.h"
@@ -372,23 +373,13 @@ TEST_F(DocumentSessionTest, AFileInUseIsOfferedReadOnlyAndNeverSavedOver) {
 TEST_F(DocumentSessionTest, AnOpenDocumentIsInUseForOtherProcessesAfterEachSave) {
   std::string path = SavedSample("mine.kpx");
   ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
-  auto otherGets = [&] {
-    pid_t child = fork();
-    if (child == 0) {
-      platform::FileLock lock;
-      _exit(static_cast<int>(lock.Acquire(path)));
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return static_cast<platform::LockResult>(WEXITSTATUS(status));
-  };
-  EXPECT_EQ(otherGets(), platform::LockResult::kInUse);
+  EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kInUse);
   // The save renames a new file into place; the lock must follow it.
   EditFirstRecord("again");
   ASSERT_TRUE(session.SaveDocument());
-  EXPECT_EQ(otherGets(), platform::LockResult::kInUse);
+  EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kInUse);
   ASSERT_TRUE(session.CloseDocument());
-  EXPECT_EQ(otherGets(), platform::LockResult::kLocked);
+  EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kLocked);
 }
 
 TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {

@@ -8,6 +8,7 @@
 
 #include "platform/os.h"
 #include "support/file_bytes.h"
+#include "support/other_process.h"
 #include "support/temp_dir.h"
 #include "support/workbook_compare.h"
 
@@ -67,18 +68,6 @@ TEST_F(DocumentFileTest, AFailedSaveLeavesThePreviousFileAndNoTemporary) {
   EXPECT_EQ(error, err::kFileOpenWrite);
 }
 
-// What another process gets when it tries the lock on `path`: its exit status says.
-platform::LockResult OtherProcessLocks(const std::string& path) {
-  pid_t child = fork();
-  if (child == 0) {
-    platform::FileLock lock;
-    _exit(static_cast<int>(lock.Acquire(path)));
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return static_cast<platform::LockResult>(WIFEXITED(status) ? WEXITSTATUS(status) : 99);
-}
-
 TEST_F(DocumentFileTest, AnOpenDocumentIsInUseForAnotherProcess) {
   std::string path = dir.Path("locked.kpx");
   testing::WriteFileBytes(path, "30000000000");
@@ -86,9 +75,9 @@ TEST_F(DocumentFileTest, AnOpenDocumentIsInUseForAnotherProcess) {
     platform::FileLock lock;
     ASSERT_EQ(lock.Acquire(path), platform::LockResult::kLocked);
     EXPECT_TRUE(lock.held());
-    EXPECT_EQ(OtherProcessLocks(path), platform::LockResult::kInUse);
+    EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kInUse);
   }
-  EXPECT_EQ(OtherProcessLocks(path), platform::LockResult::kLocked);
+  EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kLocked);
   platform::FileLock missing;
   EXPECT_EQ(missing.Acquire(dir.Path("absent.kpx")), platform::LockResult::kUnavailable);
 }
