@@ -1,0 +1,410 @@
+// The standard table as a real Kelpdex table (catalogue and data sheet), timed through the jobs a
+// user runs on a large database: building it, saving and loading the four native forms, a scan,
+// Update Formulas, a filter formula over every record and the display text of every cell. Each
+// job prints one JSON line; bench/compare sets them beside sqlite3, pandas and gzip.
+//
+//   kelpdex_bench [--records N] [--dir DIR] [--csv PATH] [--jobs a,b,c]
+//   kelpdex_bench --load FILE --op load_binary      (one load in a process of its own)
+//
+// A load always runs in a fresh process, started from here, so that its peak memory is the
+// load's own and can be set against what the loaded document holds. "bytes" is the file's size for
+// a save or a load, the heap the table takes for build, the cells' bytes for scan and the text
+// made for display_text. Files go to --dir (default /tmp) and stay there.
+#include <malloc.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/bench_util.h"
+#include "bench/standard_table.h"
+#include "core/prompter.h"
+#include "format/cell_text.h"
+#include "formula/formula_engine.h"
+#include "functions/function_table.h"
+#include "persist/document_file.h"
+#include "store/catalogue.h"
+#include "store/field_row.h"
+#include "table/records.h"
+#include "table/schema.h"
+#include "table/table_state.h"
+
+extern char** environ;
+
+using namespace kelpdex;
+using namespace kelpdex::bench;
+
+namespace {
+
+constexpr const char* kTableName = "People";
+
+// The four native forms, each with the job that saves it and the one that loads it.
+struct NativeForm {
+  const char* saveJob;
+  const char* loadJob;
+  uint8_t format;
+  const char* file;
+};
+constexpr NativeForm kForms[] = {
+    {"save_xml", "load_xml", native_format::kXml, "xml.kpx"},
+    {"save_xml_gz", "load_xml_gz", native_format::kXmlCompressed, "xml_gz.kpx"},
+    {"save_binary", "load_binary", native_format::kBinary, "binary.kpx"},
+    {"save_binary_gz", "load_binary_gz", native_format::kBinaryCompressed, "binary_gz.kpx"},
+};
+constexpr const char* kOtherJobs[] = {"build", "scan", "update_formulas", "filter_eval",
+                                      "display_text"};
+
+struct Options {
+  long records = 1000000;
+  std::string dir = "/tmp";
+  const char* csv = nullptr;
+  std::vector<std::string> jobs;
+};
+
+void Check(bool ok, const char* what) {
+  if (!ok) {
+    std::fprintf(stderr, "kelpdex_bench: %s failed\n", what);
+    std::exit(1);
+  }
+}
+
+const char* Argument(int argc, char** argv, const char* name) {
+  for (int i = 1; i + 1 < argc; ++i) {
+    if (std::strcmp(argv[i], name) == 0) return argv[i + 1];
+  }
+  return nullptr;
+}
+
+bool KnownJob(const std::string& job) {
+  for (const NativeForm& form : kForms) {
+    if (job == form.saveJob || job == form.loadJob) return true;
+  }
+  return std::find(std::begin(kOtherJobs), std::end(kOtherJobs), job) != std::end(kOtherJobs);
+}
+
+// Every job in a fixed order unless --jobs names some; false on a name no job has.
+bool ParseJobs(const char* list, std::vector<std::string>& jobs) {
+  if (list == nullptr) {
+    jobs.assign(std::begin(kOtherJobs), std::end(kOtherJobs));
+    for (const NativeForm& form : kForms) {
+      jobs.push_back(form.saveJob);
+      jobs.push_back(form.loadJob);
+    }
+    return true;
+  }
+  std::string rest = list;
+  while (!rest.empty()) {
+    size_t comma = rest.find(',');
+    std::string job = rest.substr(0, comma);
+    if (!KnownJob(job)) {
+      std::fprintf(stderr, "kelpdex_bench: no job called \"%s\"\n", job.c_str());
+      return false;
+    }
+    jobs.push_back(job);
+    rest = comma == std::string::npos ? "" : rest.substr(comma + 1);
+  }
+  return true;
+}
+
+bool Chosen(const Options& options, const char* job) {
+  return std::find(options.jobs.begin(), options.jobs.end(), job) != options.jobs.end();
+}
+
+// Starts the peak memory afresh, so that each job's peak_rss_kb is its own rather than the
+// highest of every job before it.
+void ResetPeak() {
+  FILE* f = std::fopen("/proc/self/clear_refs", "w");
+  if (f == nullptr) return;
+  std::fputs("5", f);
+  std::fclose(f);
+}
+
+long CurrentRssKb() {
+  FILE* f = std::fopen("/proc/self/status", "r");
+  if (f == nullptr) return 0;
+  char line[256];
+  long kb = 0;
+  while (std::fgets(line, sizeof line, f) != nullptr) {
+    if (std::strncmp(line, "VmRSS:", 6) == 0) kb = std::strtol(line + 6, nullptr, 10);
+  }
+  std::fclose(f);
+  return kb;
+}
+
+// Heap bytes in use: what a document holds, without the pages malloc keeps after a free.
+long long HeapInUse() {
+  struct mallinfo2 info = mallinfo2();
+  return static_cast<long long>(info.uordblks + info.hblkhd);
+}
+
+long long FileBytes(const std::string& path) {
+  FILE* f = std::fopen(path.c_str(), "rb");
+  if (f == nullptr) return -1;
+  std::fseek(f, 0, SEEK_END);
+  long long bytes = std::ftell(f);
+  std::fclose(f);
+  return bytes;
+}
+
+std::string Extra(const char* name, long long value) {
+  return ", \"" + std::string(name) + "\": " + std::to_string(value);
+}
+
+FieldSpec Field(const char* name, uint8_t type, const char* formulaOrValue = "") {
+  FieldSpec field;
+  field.name = name;
+  field.type = type;
+  field.formulaOrValue = formulaOrValue;
+  return field;
+}
+
+// The table as the field dialog makes it, then filled record by record.
+void Build(Workbook& book, long records) {
+  Check(CreateTable(book, kTableName), "creating the table");
+  book.currentSheet = book.FindTable(kTableName);
+  for (int f = 0; f < kStandardFieldCount; ++f) {
+    uint8_t type = kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText;
+    Check(InsertField(book, static_cast<uint16_t>(f), Field(kStandardFieldNames[f], type)),
+          "inserting a field");
+  }
+  CellStore& cells = book.FindTable(kTableName)->cells;
+  StandardTableGenerator generator;
+  StandardRecord r;
+  CellCursor cursor;
+  for (long i = 0; i < records; ++i) {
+    generator.Next(static_cast<uint32_t>(i), r);
+    Check(PutStandardRecord(cells, cursor, static_cast<uint32_t>(i), r), "filling the table");
+  }
+  Check(RefreshCurrentTable(book), "refreshing the table");
+}
+
+// The same records as CSV for the anchors, from the same seed.
+void WriteCsv(const char* path, long records) {
+  FILE* csv = std::fopen(path, "w");
+  Check(csv != nullptr, "opening the CSV file");
+  for (int f = 0; f < kStandardFieldCount; ++f) {
+    std::fprintf(csv, "%s%s", f ? "," : "", kStandardFieldNames[f]);
+  }
+  std::fputc('\n', csv);
+  StandardTableGenerator generator;
+  StandardRecord r;
+  for (long i = 0; i < records; ++i) {
+    generator.Next(static_cast<uint32_t>(i), r);
+    std::fprintf(csv, "%.0f,%s,%s,%s,%s,%.2f,%.0f,%s\n", r.id, r.lastName.c_str(),
+                 r.firstName.c_str(), r.city.c_str(), r.birth.c_str(), r.salary, r.quantity,
+                 r.note.c_str());
+  }
+  Check(std::fclose(csv) == 0, "writing the CSV file");
+}
+
+// The save as the Save command does it: temporary file, flush to the disk, rename.
+void Save(const Workbook& book, const NativeForm& form, const std::string& path, long records,
+          bool report) {
+  ResetPeak();
+  Stopwatch watch;
+  ErrorCode error = err::kNone;
+  Check(WriteDocumentFile(path, book, form.format, error), form.saveJob);
+  double seconds = watch.Seconds();
+  if (report) Report(form.saveJob, records, seconds, FileBytes(path));
+}
+
+// Runs this program again for one load, and waits for it.
+void LoadInChild(const NativeForm& form, const std::string& path, long records) {
+  std::string recordText = std::to_string(records);
+  const char* args[] = {"kelpdex_bench", "--load",    path.c_str(),       "--op",
+                        form.loadJob,    "--records", recordText.c_str(), nullptr};
+  std::fflush(stdout);
+  pid_t child = 0;
+  int started = posix_spawn(&child, "/proc/self/exe", nullptr, nullptr,
+                            const_cast<char* const*>(args), environ);
+  Check(started == 0, "starting the load process");
+  int status = 0;
+  Check(waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0,
+        form.loadJob);
+}
+
+// One load; `records` is what the file must hold (-1: any number). What the loaded document holds
+// is measured twice: held_kb as heap in use, rss_held_kb as resident memory gained. base_rss_kb is
+// the process before the load, so that peak_rss_kb - base_rss_kb is the load at its highest.
+int LoadOnly(const char* path, const char* op, long records) {
+  const NativeForm* form = nullptr;
+  for (const NativeForm& f : kForms) {
+    if (std::strcmp(op, f.loadJob) == 0) form = &f;
+  }
+  Check(form != nullptr, "--op naming a load job");
+  long baseRss = CurrentRssKb();
+  long long baseHeap = HeapInUse();
+  ResetPeak();
+  auto book = std::make_unique<Workbook>();
+  Stopwatch watch;
+  NativeFileKind kind = NativeFileKind::kNone;
+  ErrorCode error = err::kNone;
+  Check(ReadDocumentFile(path, *book, kind, error), op);
+  double seconds = watch.Seconds();
+  long long held = (HeapInUse() - baseHeap) / 1024;
+  long rssHeld = CurrentRssKb() - baseRss;
+  // A file of another form, or one short of records, would time the wrong thing.
+  Check(static_cast<uint8_t>(kind) == form->format, "the file's form");
+  const Worksheet* data = book->FindTable(kTableName);
+  long loaded = data != nullptr ? static_cast<long>(data->UsedRows()) : 0;
+  Check(records < 0 || loaded == records, "the number of records loaded");
+  Report(op, loaded, seconds, FileBytes(path),
+         Extra("held_kb", held) + Extra("rss_held_kb", rssHeld) + Extra("base_rss_kb", baseRss));
+  return 0;
+}
+
+void Scan(Workbook& book, long records) {
+  CellStore& cells = book.FindTable(kTableName)->cells;
+  ResetPeak();
+  Stopwatch watch;
+  long long bytes = 0;
+  long count = 0;
+  CellCursor cursor;
+  while (const CellRecord* cell = cells.NextCell(cursor)) {
+    bytes += cell::Size(cell);
+    ++count;
+  }
+  Report("scan", records, watch.Seconds(), bytes, Extra("cells", count));
+}
+
+// The filter a Find by formula applies: one evaluation per record, in record order.
+void FilterEval(Workbook& book, long records) {
+  TableSpec table;
+  Check(CurrentTable(book, table), "the current table");
+  std::vector<FormulaField> fields = FormulaFields(book.fieldDefaults);
+  const std::string filter = "=(Salary >= 30000)*(Salary <= 60000)";
+  ResetPeak();
+  Stopwatch watch;
+  FormulaEngine engine(&book, table.data, &BuiltinFunctions());
+  engine.SetFields(fields.data(), static_cast<uint16_t>(fields.size()));
+  long matched = 0;
+  const uint32_t* rows = book.records.rows();
+  const uint32_t count = book.records.count();
+  engine.StartPass();
+  for (uint32_t i = 0; i < count; ++i) {
+    engine.EvaluateFormula(filter, 0, rows[i]);
+    matched += engine.Result().number != 0;
+  }
+  Check(engine.EndPass(), "the filter pass");
+  double seconds = watch.Seconds();
+  Report("filter_eval", records, seconds, 0,
+         Extra("matched", matched) +
+             Extra("evaluations_per_second", static_cast<long long>(count / seconds)));
+}
+
+// Every cell through its column's formatter, as the grid and the exports draw them: Birth as a
+// date, Salary as currency with cents, Quantity grouped, the rest in their default form.
+void DisplayText(Workbook& book, long records) {
+  CellStore& cells = book.FindTable(kTableName)->cells;
+  NumberStyle styles[kStandardFieldCount];
+  styles[4].kind = format_kind::kDate;
+  styles[4].index = 9;
+  styles[5].kind = format_kind::kCurrency;
+  std::strcpy(styles[5].symbol, "$");
+  styles[5].decimalDigits = 2;
+  styles[6].kind = format_kind::kGeneral;
+  styles[6].fixedDecimals = true;
+  styles[6].groupDigits = true;
+  ResetPeak();
+  Stopwatch watch;
+  std::vector<std::unique_ptr<CellFormatter>> formatters;
+  for (const NumberStyle& style : styles) {
+    formatters.push_back(std::make_unique<CellFormatter>(style, genericLocale));
+  }
+  char out[kDisplayTextMax];
+  long long bytes = 0;
+  long count = 0;
+  CellCursor cursor;
+  while (const CellRecord* cell = cells.NextCell(cursor)) {
+    bytes += static_cast<long long>(formatters[cell::Column(cell)]->Display(cell, out));
+    ++count;
+  }
+  Report("display_text", records, watch.Seconds(), bytes, Extra("cells", count));
+}
+
+// Answers every question yes, as the user who asked for the update does.
+class YesPrompter : public Prompter {
+ public:
+  int MessageBox(std::string_view, std::string_view, unsigned) override { return answer::kYes; }
+};
+
+// A calculated field added behind the eight, then Update Formulas over every record: the first
+// computation, which makes the field's cell in each record.
+void UpdateAll(Workbook& book, long records) {
+  uint16_t total = kStandardFieldCount;
+  Check(InsertField(book, total, Field("Total", field_type::kNumber, "F:=Salary*Quantity")),
+        "adding the calculated field");
+  YesPrompter yes;
+  Prompter* previous = SetActivePrompter(&yes);
+  ResetPeak();
+  Stopwatch watch;
+  UpdateResult result = UpdateFormulas(book);
+  double seconds = watch.Seconds();
+  SetActivePrompter(previous);
+  Check(result == UpdateResult::kUpdated, "Update Formulas");
+  // The last record's total, against its own Salary and Quantity.
+  CellStore& cells = book.FindTable(kTableName)->cells;
+  uint32_t last = static_cast<uint32_t>(records - 1);
+  const CellRecord* salary = cells.GetCell(last, 5);
+  const CellRecord* quantity = cells.GetCell(last, 6);
+  const CellRecord* product = cells.GetCell(last, total);
+  Check(salary != nullptr && quantity != nullptr && product != nullptr && cell::IsAuto(product) &&
+            cell::Number(product) == cell::Number(salary) * cell::Number(quantity),
+        "the computed total");
+  Report("update_formulas", records, seconds, 0);
+}
+
+void RunJobs(const Options& options) {
+  auto book = std::make_unique<Workbook>();
+  long long heapBefore = HeapInUse();
+  ResetPeak();
+  Stopwatch watch;
+  Build(*book, options.records);
+  double seconds = watch.Seconds();
+  if (Chosen(options, "build")) {
+    Report("build", options.records, seconds, HeapInUse() - heapBefore);
+  }
+  if (options.csv != nullptr) WriteCsv(options.csv, options.records);
+  for (const NativeForm& form : kForms) {
+    bool load = Chosen(options, form.loadJob);
+    if (!Chosen(options, form.saveJob) && !load) continue;
+    std::string path = options.dir + "/" + form.file;
+    Save(*book, form, path, options.records, Chosen(options, form.saveJob));
+    if (load) LoadInChild(form, path, options.records);
+  }
+  if (Chosen(options, "scan")) Scan(*book, options.records);
+  if (Chosen(options, "filter_eval")) FilterEval(*book, options.records);
+  if (Chosen(options, "display_text")) DisplayText(*book, options.records);
+  // Last, since it adds a field to the table.
+  if (Chosen(options, "update_formulas")) UpdateAll(*book, options.records);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  options.records = RecordsArgument(argc, argv);
+  if (options.records < 1 || options.records > static_cast<long>(kRowLimit)) {
+    std::fprintf(stderr, "kelpdex_bench: --records must be 1 to %u\n", kRowLimit);
+    return 2;
+  }
+  const char* load = Argument(argc, argv, "--load");
+  if (load != nullptr) {
+    const char* op = Argument(argc, argv, "--op");
+    // Without --records any number of records will do.
+    long expected = Argument(argc, argv, "--records") != nullptr ? options.records : -1;
+    return LoadOnly(load, op != nullptr ? op : "", expected);
+  }
+  if (const char* dir = Argument(argc, argv, "--dir")) options.dir = dir;
+  options.csv = Argument(argc, argv, "--csv");
+  if (!ParseJobs(Argument(argc, argv, "--jobs"), options.jobs)) return 2;
+  RunJobs(options);
+  return 0;
+}
