@@ -292,6 +292,11 @@ FileLock::~FileLock() {
   Release();
 }
 
+void PrefaultMemory(void* /*memory*/, size_t /*bytes*/) {
+  // Windows commits pages on first touch with no call to populate them ahead; they fault as
+  // they are filled.
+}
+
 bool SameFile(const std::string& a, const std::string& b) {
   char fullA[MAX_PATH];
   char fullB[MAX_PATH];

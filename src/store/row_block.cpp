@@ -3,9 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-#ifndef _WIN32
-#include <sys/mman.h>
-#endif
+#include "platform/os.h"
 
 namespace kelpdex {
 
@@ -57,6 +55,9 @@ RowBlock* AllocateBlockSlab(uint32_t count) {
     delete slab;
     return nullptr;
   }
+  // A slab is taken to be filled at once (a load, a large insertion): its pages are mapped in
+  // one sweep rather than one fault at a time.
+  platform::PrefaultMemory(slab->memory, rounded);
   auto* blocks = static_cast<RowBlock*>(slab->memory);
   for (uint32_t i = 0; i < count; ++i) {
     blocks[i].next = i + 1 < count ? &blocks[i + 1] : nullptr;
