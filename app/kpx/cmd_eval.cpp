@@ -66,9 +66,8 @@ int RunEval(CommandContext& context) {
     return UsageError(context, self, "--table and --record need --doc");
   }
   LocaleScope scope;
-  currentLocale = locale == "current"
-                      ? BuildLocaleSettings(2, platform::SystemLocaleProvider())
-                      : genericLocale;
+  currentLocale = locale == "current" ? BuildLocaleSettings(2, platform::SystemLocaleProvider())
+                                      : genericLocale;
 
   CommandDocument document(context);
   TableSpec table;

@@ -90,8 +90,9 @@ void PrintText(FILE* out, const CommandDocument& document, const std::string& fo
 void PrintJson(FILE* out, const CommandDocument& document, const std::string& format,
                const std::vector<TableInfo>& tables) {
   const Workbook& book = document.book;
-  std::fprintf(out, "{\"file\": %s, \"format\": %s, \"lastSavedBy\": %s, \"lastSavedAt\": %s, "
-                    "\"readOnly\": %s, \"tables\": [",
+  std::fprintf(out,
+               "{\"file\": %s, \"format\": %s, \"lastSavedBy\": %s, \"lastSavedAt\": %s, "
+               "\"readOnly\": %s, \"tables\": [",
                JsonString(book.fileName).c_str(), JsonString(format).c_str(),
                JsonString(ToTerminal(book.lastSavedBy)).c_str(),
                JsonString(ToTerminal(book.lastSavedAt)).c_str(), book.readOnly ? "true" : "false");
@@ -105,12 +106,12 @@ void PrintJson(FILE* out, const CommandDocument& document, const std::string& fo
     std::fputs("], \"fields\": [", out);
     for (size_t f = 0; f < table.fields.size(); ++f) {
       const FieldInfo& field = table.fields[f];
-      std::fprintf(out, "%s\n    {\"name\": %s, \"type\": %s, \"formulaOrValue\": %s, "
-                        "\"sortIndex\": %u, \"keyFilters\": {",
+      std::fprintf(out,
+                   "%s\n    {\"name\": %s, \"type\": %s, \"formulaOrValue\": %s, "
+                   "\"sortIndex\": %u, \"keyFilters\": {",
                    f ? "," : "", JsonString(ToTerminal(field.spec.name)).c_str(),
                    JsonString(FieldTypeText(field.spec.type, field.spec.link)).c_str(),
-                   JsonString(ToTerminal(field.spec.formulaOrValue)).c_str(),
-                   field.spec.sortIndex);
+                   JsonString(ToTerminal(field.spec.formulaOrValue)).c_str(), field.spec.sortIndex);
       for (size_t k = 0; k < field.filters.size(); ++k) {
         std::fprintf(out, "%s%s: %s", k ? ", " : "",
                      JsonString(ToTerminal(field.filters[k].key)).c_str(),

@@ -45,8 +45,8 @@ int RunSet(CommandContext& context) {
     return Fail(context, "record " + std::to_string(record) + " is out of range (1 to " +
                              std::to_string(count + 1) + ")");
   }
-  switch (CommitText(document.book, static_cast<uint32_t>(record - 1),
-                     static_cast<uint16_t>(field), FromTerminal(args.positionals()[1]))) {
+  switch (CommitText(document.book, static_cast<uint32_t>(record - 1), static_cast<uint16_t>(field),
+                     FromTerminal(args.positionals()[1]))) {
     case EntryResult::kWritten:
       break;
     case EntryResult::kRefused:

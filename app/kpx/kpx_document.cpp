@@ -76,8 +76,8 @@ bool ParseFieldOption(const std::string& option, WizardField& field, std::string
     return false;
   }
   size_t equals = option.find('=', colon);
-  std::string type = option.substr(colon + 1, equals == std::string::npos ? std::string::npos
-                                                                          : equals - colon - 1);
+  std::string type = option.substr(
+      colon + 1, equals == std::string::npos ? std::string::npos : equals - colon - 1);
   field = WizardField();
   field.name = FromTerminal(option.substr(0, colon));
   if (type == "Text") {

@@ -43,8 +43,8 @@ std::string WithExtension(const std::string& path, uint8_t kind) {
   return path + ExtensionOfKind(kind);
 }
 
-// The file dialogs' filter index as an open kind: 0 and 1 native (Open: by the extension), 2 text, 3 Excel 2003 XML, 4 to
-// 7 the xBase dialects.
+// The file dialogs' filter index as an open kind: 0 and 1 native (Open: by the extension), 2 text,
+// 3 Excel 2003 XML, 4 to 7 the xBase dialects.
 uint8_t KindOfSaveFilter(int filterIndex) {
   if (filterIndex <= 1) return open_kind::kNative;
   if (filterIndex == 2) return open_kind::kText;
@@ -224,8 +224,8 @@ bool DocumentSession::OpenWithDialog() {
   choice.filterIndex = settings_.openFilterIndex;
   if (!ActivePrompter().ChooseOpenFile(choice) || choice.path.empty()) return false;
   settings_.openFilterIndex = choice.filterIndex;
-  uint8_t kind = choice.filterIndex <= 1 ? GuessFormat(choice.path)
-                                         : KindOfSaveFilter(choice.filterIndex);
+  uint8_t kind =
+      choice.filterIndex <= 1 ? GuessFormat(choice.path) : KindOfSaveFilter(choice.filterIndex);
   return OpenDocument(choice.path, kind);
 }
 
@@ -266,8 +266,8 @@ bool DocumentSession::AskToSave() {
   if (!book_.fileName.empty() && book_.readOnly) return true;
   std::string name = book_.fileName.empty() ? std::string(LoadStringText(str::kNewDatabase))
                                             : platform::FileNameOf(book_.fileName);
-  int choice = AskText(FormatString(str::kSaveChanges, {name}),
-                       mb::kYesNoCancel | mb::kIconQuestion);
+  int choice =
+      AskText(FormatString(str::kSaveChanges, {name}), mb::kYesNoCancel | mb::kIconQuestion);
   if (choice == answer::kCancel) return false;
   if (choice == answer::kYes) return SaveDocument();
   return true;
@@ -394,11 +394,11 @@ bool DocumentSession::SaveDocumentAs() {
   choice.path = book_.fileName;
   if (choice.path.empty()) {
     std::string name = std::string(LoadStringText(str::kNewDatabase)) + ".kpx";
-    choice.path = settings_.startFolder.empty() ? name
-                                                : platform::JoinPath(settings_.startFolder, name);
+    choice.path =
+        settings_.startFolder.empty() ? name : platform::JoinPath(settings_.startFolder, name);
   }
-  choice.filterIndex = book_.fileName.empty() ? settings_.saveFilterIndex
-                                              : SaveFilterOfKind(book_.openKind);
+  choice.filterIndex =
+      book_.fileName.empty() ? settings_.saveFilterIndex : SaveFilterOfKind(book_.openKind);
   if (!ActivePrompter().ChooseSaveFile(choice) || choice.path.empty()) return false;
   settings_.saveFilterIndex = choice.filterIndex;
   uint8_t kind = KindOfSaveFilter(choice.filterIndex);

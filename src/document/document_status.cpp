@@ -27,8 +27,8 @@ uint8_t EffectiveFormat(uint8_t fileFormat, uint8_t defaultFileFormat) {
 
 const char* FormatName(uint8_t openKind, uint8_t effectiveFormat) {
   static const char* const kNative[] = {"Xml", "Xml, compressed", "Binary", "Binary, compressed"};
-  static const char* const kForeign[] = {"Text",     "Excel 2003 XML", "dBaseIII",
-                                         "dBaseIV",  "Foxpro",         "Clipper"};
+  static const char* const kForeign[] = {"Text",    "Excel 2003 XML", "dBaseIII",
+                                         "dBaseIV", "Foxpro",         "Clipper"};
   if (openKind == 0) return kNative[EffectiveFormat(effectiveFormat, 1) - 1];
   return openKind <= 6 ? kForeign[openKind - 1] : "";
 }

@@ -6,10 +6,10 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <thread>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "platform/os.h"
 

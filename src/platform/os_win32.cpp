@@ -309,8 +309,9 @@ bool SameFile(const std::string& a, const std::string& b) {
 
 LockResult FileLock::Acquire(const std::string& path) {
   Release();
-  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ,
+                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (h == INVALID_HANDLE_VALUE) return LockResult::kUnavailable;
   // Byte-range locks on Windows bar reads of the range, even through this process's own other
   // handles; a byte far past any document's end is locked instead, so readers are never stopped.

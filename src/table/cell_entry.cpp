@@ -17,8 +17,7 @@ EntryResult Failed(Workbook& workbook, ErrorCode code) {
 }
 
 bool IsDateKind(uint8_t kind) {
-  return kind == format_kind::kDate || kind == format_kind::kTime ||
-         kind == format_kind::kDateTime;
+  return kind == format_kind::kDate || kind == format_kind::kTime || kind == format_kind::kDateTime;
 }
 
 }  // namespace
@@ -30,8 +29,7 @@ EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std:
   if (!workbook.records.allocated() && !RefreshCurrentTable(workbook)) return EntryResult::kFailed;
   if (field >= workbook.fieldDefaults.size()) return EntryResult::kRefused;
   const FieldDefault& fieldDefault = workbook.fieldDefaults[field];
-  bool typed =
-      fieldDefault.type == field_type::kText || fieldDefault.type == field_type::kNumber;
+  bool typed = fieldDefault.type == field_type::kText || fieldDefault.type == field_type::kNumber;
   if (!typed || fieldDefault.IsCalculated()) return EntryResult::kRefused;
   if (record >= RecordSet::kEntries) return Failed(workbook, err::kTooManyRecords);
   const uint32_t row = workbook.records[record];

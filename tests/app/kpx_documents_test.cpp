@@ -31,12 +31,11 @@ class KpxDocuments : public ::testing::Test {
                    "Zo\xC3\xAB\ttab"})
                   .status,
               0);
-    EXPECT_EQ(Kpx({"set", path, "--table", "people", "--record", "1", "--field", "QTY", "2.5"})
-                  .status,
-              0);
-    EXPECT_EQ(Kpx({"set", path, "--table", "People", "--record", "2", "--field", "Qty", "-4"})
-                  .status,
-              0);
+    EXPECT_EQ(
+        Kpx({"set", path, "--table", "people", "--record", "1", "--field", "QTY", "2.5"}).status,
+        0);
+    EXPECT_EQ(
+        Kpx({"set", path, "--table", "People", "--record", "2", "--field", "Qty", "-4"}).status, 0);
     return path;
   }
   testing::TempDir dir;
@@ -84,10 +83,10 @@ TEST_F(KpxDocuments, InfoAndDumpShowTheSchemaAndRecords) {
 
 TEST_F(KpxDocuments, SchemaCommandsCheckAsTheDialogsDo) {
   std::string path = People();
-  EXPECT_EQ(Kpx({"add-field", path, "--table", "People", "--field", "Note:Text=none",
-                 "--position", "1"})
-                .status,
-            0);
+  EXPECT_EQ(
+      Kpx({"add-field", path, "--table", "People", "--field", "Note:Text=none", "--position", "1"})
+          .status,
+      0);
   EXPECT_EQ(Kpx({"dump", path, "--header", "--limit", "0"}).out, "Note\tName\tQty\tDouble\tSite\n");
   Result duplicate = Kpx({"add-field", path, "--table", "People", "--field", "name:Number"});
   EXPECT_EQ(duplicate.status, 1);

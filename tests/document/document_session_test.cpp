@@ -218,7 +218,8 @@ TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
   ASSERT_TRUE(session.ReloadDocument());
   EditFirstRecord("x");
   ASSERT_TRUE(session.SaveDocument());
-  EXPECT_EQ(foreign.calls, "read 1 data.TXT;read 1 data.tsv;read 1 data.tsv again;write 1 data.tsv;");
+  EXPECT_EQ(foreign.calls,
+            "read 1 data.TXT;read 1 data.tsv;read 1 data.tsv again;write 1 data.tsv;");
 }
 
 TEST_F(DocumentSessionTest, ReloadDiscardsChangesWithoutAsking) {

@@ -43,7 +43,9 @@ TEST(DocumentStatusTest, StatusTellsFormatSizeAndLastSave) {
             "Format: Xml;    Size: 1,00 MB (2,00 KB);    Last saved: 21.11.2026 09:05:07 by ann");
   // Excel files show size and save; the other foreign kinds only their format.
   book.openKind = 2;
-  EXPECT_EQ(DocumentStatusText(book, 4, sizes, genericLocale).rfind("Format: Excel 2003 XML;    Size: ", 0), 0u);
+  EXPECT_EQ(DocumentStatusText(book, 4, sizes, genericLocale)
+                .rfind("Format: Excel 2003 XML;    Size: ", 0),
+            0u);
   book.openKind = 5;
   EXPECT_EQ(DocumentStatusText(book, 4, sizes, genericLocale), "Format: Foxpro");
   // A document never saved has no size and no save to tell.
@@ -74,7 +76,8 @@ TEST(RecentFilesTest, LongPathsLoseTheirMiddleFolders) {
   EXPECT_EQ(ShortenPath("/home/ann/a.kpx", 40), "/home/ann/a.kpx");
   EXPECT_EQ(ShortenPath("/home/ann/projects/2026/stock/parts.kpx", 30),
             "/home/.../2026/stock/parts.kpx");
-  EXPECT_EQ(ShortenPath("/home/ann/projects/2026/stock/parts.kpx", 29), "/home/.../stock/parts.kpx");
+  EXPECT_EQ(ShortenPath("/home/ann/projects/2026/stock/parts.kpx", 29),
+            "/home/.../stock/parts.kpx");
   EXPECT_EQ(ShortenPath("/home/ann/projects/2026/stock/parts.kpx", 22), "/home/.../parts.kpx");
   EXPECT_EQ(ShortenPath("/home/ann/a-very-long-database-name.kpx", 20),
             "a-very-long-database-name.kpx");
