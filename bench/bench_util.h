@@ -20,17 +20,27 @@ class Stopwatch {
   std::chrono::steady_clock::time_point start_;
 };
 
-// Peak resident memory of the process so far, from /proc (0 where there is none).
-inline long PeakRssKb() {
+// A figure in kB of /proc/self/status, by its key ("VmHWM:", "VmRSS:"); 0 where there is none.
+inline long ProcStatusKb(const char* key) {
   FILE* f = std::fopen("/proc/self/status", "r");
   if (f == nullptr) return 0;
   char line[256];
   long kb = 0;
+  size_t keyLength = std::strlen(key);
   while (std::fgets(line, sizeof line, f) != nullptr) {
-    if (std::strncmp(line, "VmHWM:", 6) == 0) kb = std::strtol(line + 6, nullptr, 10);
+    if (std::strncmp(line, key, keyLength) == 0) kb = std::strtol(line + keyLength, nullptr, 10);
   }
   std::fclose(f);
   return kb;
+}
+
+// Peak resident memory of the process so far.
+inline long PeakRssKb() {
+  return ProcStatusKb("VmHWM:");
+}
+
+inline long CurrentRssKb() {
+  return ProcStatusKb("VmRSS:");
 }
 
 // One job's result as one JSON line; `extra` is appended inside the object (",\"k\":v,...").

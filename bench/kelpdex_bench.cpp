@@ -126,18 +126,6 @@ void ResetPeak() {
   std::fclose(f);
 }
 
-long CurrentRssKb() {
-  FILE* f = std::fopen("/proc/self/status", "r");
-  if (f == nullptr) return 0;
-  char line[256];
-  long kb = 0;
-  while (std::fgets(line, sizeof line, f) != nullptr) {
-    if (std::strncmp(line, "VmRSS:", 6) == 0) kb = std::strtol(line + 6, nullptr, 10);
-  }
-  std::fclose(f);
-  return kb;
-}
-
 // Heap bytes in use: what a document holds, without the pages malloc keeps after a free.
 long long HeapInUse() {
   struct mallinfo2 info = mallinfo2();

@@ -27,18 +27,6 @@ void Check(bool ok, const char* what) {
   }
 }
 
-long CurrentRssKb() {
-  FILE* f = std::fopen("/proc/self/status", "r");
-  if (f == nullptr) return 0;
-  char line[256];
-  long kb = 0;
-  while (std::fgets(line, sizeof line, f) != nullptr) {
-    if (std::strncmp(line, "VmRSS:", 6) == 0) kb = std::strtol(line + 6, nullptr, 10);
-  }
-  std::fclose(f);
-  return kb;
-}
-
 const char* Argument(int argc, char** argv, const char* name) {
   for (int i = 1; i + 1 < argc; ++i) {
     if (std::strcmp(argv[i], name) == 0) return argv[i + 1];
