@@ -19,7 +19,7 @@ struct KeyFilter {
 };
 
 struct FieldInfo {
-  FieldSpec spec;
+  FieldSpec row;
   std::vector<KeyFilter> filters;
 };
 
@@ -50,7 +50,7 @@ void ReadTable(CommandDocument& document, Worksheet* data, TableInfo& info) {
   uint16_t count = FieldCount(table);
   for (uint16_t i = 0; i < count; ++i) {
     FieldInfo field;
-    if (!ReadField(table, i, field.spec)) continue;
+    if (!ReadField(table, i, field.row)) continue;
     for (uint16_t k = 0; k < keyCount; ++k) {
       std::string expression = CellText(*table.catalogue, i + 1u, static_cast<uint16_t>(4 + k));
       if (!expression.empty()) field.filters.push_back({info.keys[k], expression});
@@ -72,12 +72,12 @@ void PrintText(FILE* out, const CommandDocument& document, const std::string& fo
     std::fprintf(out, "table %s: %u records, %zu fields\n", ToTerminal(table.name).c_str(),
                  table.records, table.fields.size());
     for (const FieldInfo& field : table.fields) {
-      std::fprintf(out, "  %s\t%s", ToTerminal(field.spec.name).c_str(),
-                   FieldTypeText(field.spec.type, field.spec.link));
-      if (!field.spec.formulaOrValue.empty()) {
-        std::fprintf(out, "\t%s", ToTerminal(field.spec.formulaOrValue).c_str());
+      std::fprintf(out, "  %s\t%s", ToTerminal(field.row.name).c_str(),
+                   FieldTypeText(field.row.type, field.row.link));
+      if (!field.row.formulaOrValue.empty()) {
+        std::fprintf(out, "\t%s", ToTerminal(field.row.formulaOrValue).c_str());
       }
-      if (field.spec.sortIndex != 0) std::fprintf(out, "\tsort %u", field.spec.sortIndex);
+      if (field.row.sortIndex != 0) std::fprintf(out, "\tsort %u", field.row.sortIndex);
       for (const KeyFilter& filter : field.filters) {
         std::fprintf(out, "\tkey %s: %s", ToTerminal(filter.key).c_str(),
                      ToTerminal(filter.expression).c_str());
@@ -109,9 +109,9 @@ void PrintJson(FILE* out, const CommandDocument& document, const std::string& fo
       std::fprintf(out,
                    "%s\n    {\"name\": %s, \"type\": %s, \"formulaOrValue\": %s, "
                    "\"sortIndex\": %u, \"keyFilters\": {",
-                   f ? "," : "", JsonString(ToTerminal(field.spec.name)).c_str(),
-                   JsonString(FieldTypeText(field.spec.type, field.spec.link)).c_str(),
-                   JsonString(ToTerminal(field.spec.formulaOrValue)).c_str(), field.spec.sortIndex);
+                   f ? "," : "", JsonString(ToTerminal(field.row.name)).c_str(),
+                   JsonString(FieldTypeText(field.row.type, field.row.link)).c_str(),
+                   JsonString(ToTerminal(field.row.formulaOrValue)).c_str(), field.row.sortIndex);
       for (size_t k = 0; k < field.filters.size(); ++k) {
         std::fprintf(out, "%s%s: %s", k ? ", " : "",
                      JsonString(ToTerminal(field.filters[k].key)).c_str(),
