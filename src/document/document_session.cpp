@@ -172,9 +172,9 @@ bool DocumentSession::LoadFile(const std::string& path, uint8_t openKind, bool r
     }
   } else if (foreign_ != nullptr) {
     book_.errorCode = err::kNone;
+    // A cancelled import dialog fails without a code: nothing is shown, and no document stays.
     ok = foreign_->Read(openKind, path, book_, reuseOptions);
     error = book_.errorCode;
-    if (!ok && error == err::kNone) return false;  // the import's dialog was cancelled
   } else {
     // No reader for this kind is linked into the program.
     error = err::kFileOpenRead;

@@ -43,8 +43,14 @@ class RecordingForeignFiles : public ForeignFiles {
   bool Read(uint8_t kind, const std::string& path, Workbook& book, bool reuse) override {
     calls += "read " + std::to_string(kind) + " " + platform::FileNameOf(path) +
              (reuse ? " again;" : ";");
+    // A cancelled options dialog: the table is half made and no code is set.
+    if (cancel) {
+      CreateTable(book, "Half");
+      return false;
+    }
     return CreateTable(book, "Imported");
   }
+  bool cancel = false;
   bool Write(uint8_t kind, const std::string& path, const Workbook&) override {
     calls += "write " + std::to_string(kind) + " " + platform::FileNameOf(path) + ";";
     return true;
@@ -214,6 +220,17 @@ TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
   ASSERT_TRUE(session.OpenFromCommandLine(tsv));
   foreign.calls = "read 1 data.TXT;read 1 data.tsv;";
   EXPECT_EQ(session.StatusText().rfind("Format: Text", 0), 0u);
+  // Cancelling the import's own dialog shows nothing and leaves no document, nor a lock.
+  foreign.cancel = true;
+  std::string other = dir.Write("other.csv", "x\n");
+  EXPECT_FALSE(session.OpenFromCommandLine(other));
+  EXPECT_FALSE(session.HasDocument());
+  EXPECT_TRUE(prompter.boxes.empty());
+  EXPECT_EQ(testing::LockInOtherProcess(other), platform::LockResult::kLocked);
+  foreign.cancel = false;
+  foreign.calls = "read 1 data.TXT;read 1 data.tsv;";
+  ASSERT_TRUE(session.OpenFromCommandLine(tsv));
+  foreign.calls = "read 1 data.TXT;read 1 data.tsv;";
   // Reload reads again with the import's options, and a save writes the same foreign form.
   ASSERT_TRUE(session.ReloadDocument());
   EditFirstRecord("x");
