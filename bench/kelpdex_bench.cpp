@@ -238,6 +238,8 @@ int LoadOnly(const char* path, const char* op, long records) {
   NativeFileKind kind = NativeFileKind::kNone;
   ErrorCode error = err::kNone;
   Check(ReadDocumentFile(path, *book, kind, error), op);
+  // Opening a document also builds the current table's record set, as the lifecycle does.
+  Check(RefreshCurrentTable(*book), op);
   double seconds = watch.Seconds();
   long long held = (HeapInUse() - baseHeap) / 1024;
   long rssHeld = CurrentRssKb() - baseRss;

@@ -179,6 +179,11 @@ bool DocumentSession::LoadFile(const std::string& path, uint8_t openKind, bool r
     // No reader for this kind is linked into the program.
     error = err::kFileOpenRead;
   }
+  if (ok) {
+    // The readers build sheets only; the current table's record set is the lifecycle's to make.
+    ok = RefreshCurrentTable(book_);
+    if (!ok) error = book_.errorCode;
+  }
   if (error != err::kNone) ShowLoadError(error, line);
   if (!ok) {
     ResetDocument();

@@ -7,7 +7,7 @@
 #include "format/number_text.h"
 #include "format/parse_date.h"
 #include "format/parse_number.h"
-#include "formula/formula_value.h"
+#include "store/cell_error.h"
 #include "text/code_page.h"
 
 namespace kelpdex {

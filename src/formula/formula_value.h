@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "store/cell_error.h"
+
 namespace kelpdex {
 
 class Worksheet;
@@ -52,22 +54,6 @@ inline bool IsOperand(uint16_t k) {
 }
 }  // namespace kind
 
-// Error codes: the high nibble of a cell's tag. Where two meet, the larger wins.
-namespace ferr {
-constexpr uint8_t kNone = 0;
-constexpr uint8_t kDivZero = 0x10;
-constexpr uint8_t kName = 0x20;
-constexpr uint8_t kNull = 0x30;
-constexpr uint8_t kNA = 0x40;
-constexpr uint8_t kNum = 0x50;
-constexpr uint8_t kRef = 0x60;
-constexpr uint8_t kValue = 0x70;
-constexpr uint8_t kMemory = 0x80;
-constexpr uint8_t kFill = 0x90;
-constexpr uint8_t kCirc = 0xA0;
-constexpr uint8_t kImpl = 0xB0;
-constexpr uint8_t kSyntax = 0xC0;
-}  // namespace ferr
 
 // Reference flags.
 namespace rflag {
@@ -108,12 +94,7 @@ struct FormulaValue {
   }
 };
 
-// The literal of an error code ("#DIV/0!" .. "#SYNTAX!"); empty outside 0x10..0xC0.
-std::string_view ErrorLiteral(uint8_t code);
 // Subnormals, infinities, NaN and magnitudes past the largest double: a "#NUM!" result.
 bool IsBadNumber(double x);
-inline uint8_t LargerError(uint8_t a, uint8_t b) {
-  return a > b ? a : b;
-}
 
 }  // namespace kelpdex

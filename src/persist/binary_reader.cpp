@@ -11,7 +11,6 @@
 #include "persist/old_drop_downs.h"
 #include "store/bytes.h"
 #include "store/catalogue.h"
-#include "table/table_state.h"
 
 namespace kelpdex {
 
@@ -476,7 +475,6 @@ bool CheckTables(Workbook& book) {
       return false;
     }
   }
-  if (!RefreshCurrentTable(book)) return false;
   return true;
 }
 

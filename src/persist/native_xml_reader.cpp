@@ -8,13 +8,12 @@
 
 #include "format/format_string.h"
 #include "format/number_style.h"
-#include "formula/formula_value.h"
 #include "persist/native_xml.h"
 #include "persist/xml_charts.h"
 #include "persist/xml_scanner.h"
 #include "store/bytes.h"
 #include "store/catalogue.h"
-#include "table/table_state.h"
+#include "store/cell_error.h"
 #include "text/code_page.h"
 
 namespace kelpdex {
@@ -1290,7 +1289,7 @@ bool CheckDocument(Workbook& book) {
       }
     }
   }
-  return RefreshCurrentTable(book);
+  return true;
 }
 
 }  // namespace

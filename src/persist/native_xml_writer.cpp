@@ -6,11 +6,11 @@
 
 #include "format/number_style.h"
 #include "format/number_text.h"
-#include "formula/formula_value.h"
 #include "persist/native_xml.h"
 #include "persist/xml_charts.h"
 #include "persist/xml_writer.h"
 #include "store/bytes.h"
+#include "store/cell_error.h"
 
 namespace kelpdex {
 

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "store/bytes.h"
+#include "store/cell_error.h"
 
 namespace kelpdex {
 

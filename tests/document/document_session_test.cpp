@@ -125,6 +125,17 @@ TEST_F(DocumentSessionTest, OpeningShowsTheDocumentAndTheSameFileTwiceDoesNothin
   EXPECT_TRUE(book.modified);
 }
 
+TEST_F(DocumentSessionTest, OpeningCompilesTheCurrentTableInEveryNativeForm) {
+  for (uint8_t format : {native_format::kXml, native_format::kXmlCompressed,
+                         native_format::kBinary, native_format::kBinaryCompressed}) {
+    std::string path = SavedSample("form" + std::to_string(format) + ".kpx", format);
+    ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative)) << int(format);
+    // The current table's fields and records are ready for the grid and the commands.
+    EXPECT_EQ(book.fieldDefaults.size(), 2u) << int(format);
+    EXPECT_EQ(book.records.count(), 303u) << int(format);
+  }
+}
+
 TEST_F(DocumentSessionTest, TheSaveQuestionGuardsChangesWhenAnotherFileOpens) {
   std::string first = SavedSample("first.kpx");
   std::string second = SavedSample("second.kpx", native_format::kXml);

@@ -61,9 +61,6 @@ TEST_F(BinaryTest, EveryPartOfADocumentRoundTripsPlainAndGzipped) {
     ASSERT_TRUE(Load(path, back)) << back.errorCode;
     testing::ExpectSameWorkbook(book, back);
     EXPECT_FALSE(back.readOnly);
-    // The load compiled the current table: its fields and records are ready.
-    EXPECT_EQ(back.fieldDefaults.size(), 2u);
-    EXPECT_EQ(back.records.count(), 303u);
     // Saved again, the same bytes.
     if (!gz) {
       EXPECT_EQ(ReadAll(Save(back, "again.kpx", false)), ReadAll(path));

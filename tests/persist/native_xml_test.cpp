@@ -75,7 +75,6 @@ TEST_F(NativeXmlTest, TheWholeDocumentRoundTripsPlainAndGzipped) {
     Workbook back;
     ASSERT_TRUE(LoadXml(path, back)) << int(back.errorCode) << " line " << line;
     testing::ExpectSameWorkbook(book, back);
-    EXPECT_EQ(back.records.count(), 303u);
   }
 }
 
