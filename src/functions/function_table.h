@@ -20,7 +20,8 @@ const FunctionRow* FunctionRows();
 // The rows sorted by the bytes of their names, done once, for the tokenizer's bisection.
 const FunctionTable& BuiltinFunctions();
 
-// The common handler of the names that are declared but not implemented: "#IMPL!".
-void ImplementedNotHandler(FormulaEngine& engine);
+// The one handler of the names the table declares but does not implement: it drops the
+// arguments and answers "#IMPL!".
+void DeclaredOnlyHandler(FormulaEngine& engine);
 
 }  // namespace kelpdex

@@ -20,7 +20,7 @@ TEST(FunctionTable, RowsSortedOnceAndFoundByBisection) {
   int unimplemented = 0;
   std::set<std::string_view> names;
   for (uint16_t i = 0; i < kFunctionRowCount; ++i) {
-    unimplemented += rows[i].handler == &ImplementedNotHandler;
+    unimplemented += rows[i].handler == &DeclaredOnlyHandler;
     names.insert(rows[i].name);
   }
   EXPECT_EQ(unimplemented, 67);
@@ -152,6 +152,23 @@ const Case kCases[] = {
 
 TEST_F(MathTest, TableOfResults) {
   for (const Case& c : kCases) EXPECT_EQ(Eval(c.formula), c.shown) << c.formula;
+}
+
+TEST(DeclaredOnly, ArgumentsGiveBackTheirStringsAndArrays) {
+  Workbook book;
+  FormulaEngine engine(&book, nullptr, &BuiltinFunctions());
+  // A string and an array literal as arguments, inside a larger expression: the pool and the
+  // array list end as if the call had taken nothing.
+  EXPECT_EQ(engine.EvaluateFormula("=isError(dsum(\"abc\", {1,2}, 3))", 0, 0), kind::kNumber);
+  EXPECT_EQ(engine.Result().number, 1);
+  EXPECT_EQ(engine.stringCount(), 0);
+  EXPECT_EQ(engine.arrayCount(), 0);
+  // A string pushed before the call is the one the concatenation reads afterwards.
+  EXPECT_EQ(engine.EvaluateFormula("=\"x\"&isError(t(\"abc\", {\"q\"}))", 0, 0),
+            kind::kString);
+  EXPECT_EQ(engine.ResultText(), "x1");
+  EXPECT_EQ(engine.stringCount(), 1);
+  EXPECT_EQ(engine.arrayCount(), 0);
 }
 
 TEST(Random, SharedGeneratorFollowsItsSeeds) {
