@@ -54,7 +54,6 @@ inline bool IsOperand(uint16_t k) {
 }
 }  // namespace kind
 
-
 // Reference flags.
 namespace rflag {
 constexpr uint8_t kRow = 1;

@@ -164,8 +164,7 @@ TEST(DeclaredOnly, ArgumentsGiveBackTheirStringsAndArrays) {
   EXPECT_EQ(engine.stringCount(), 0);
   EXPECT_EQ(engine.arrayCount(), 0);
   // A string pushed before the call is the one the concatenation reads afterwards.
-  EXPECT_EQ(engine.EvaluateFormula("=\"x\"&isError(t(\"abc\", {\"q\"}))", 0, 0),
-            kind::kString);
+  EXPECT_EQ(engine.EvaluateFormula("=\"x\"&isError(t(\"abc\", {\"q\"}))", 0, 0), kind::kString);
   EXPECT_EQ(engine.ResultText(), "x1");
   EXPECT_EQ(engine.stringCount(), 1);
   EXPECT_EQ(engine.arrayCount(), 0);
