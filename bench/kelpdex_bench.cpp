@@ -145,7 +145,7 @@ std::string Extra(const char* name, long long value) {
   return ", \"" + std::string(name) + "\": " + std::to_string(value);
 }
 
-FieldSpec Field(const char* name, uint8_t type, const char* formulaOrValue = "") {
+FieldSpec Field(const char* name, FieldType type, const char* formulaOrValue = "") {
   FieldSpec field;
   field.name = name;
   field.type = type;
@@ -158,7 +158,7 @@ void Build(Workbook& book, long records) {
   Check(CreateTable(book, kTableName), "creating the table");
   book.currentSheet = book.FindTable(kTableName);
   for (int f = 0; f < kStandardFieldCount; ++f) {
-    uint8_t type = kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText;
+    FieldType type = kStandardFieldIsNumber[f] ? FieldType::kNumber : FieldType::kText;
     Check(InsertField(book, static_cast<uint16_t>(f), Field(kStandardFieldNames[f], type)),
           "inserting a field");
   }
@@ -332,7 +332,7 @@ class YesPrompter : public Prompter {
 // computation, which makes the field's cell in each record.
 void UpdateAll(Workbook& book, long records) {
   uint16_t total = kStandardFieldCount;
-  Check(InsertField(book, total, Field("Total", field_type::kNumber, "F:=Salary*Quantity")),
+  Check(InsertField(book, total, Field("Total", FieldType::kNumber, "F:=Salary*Quantity")),
         "adding the calculated field");
   YesPrompter yes;
   Prompter* previous = SetActivePrompter(&yes);

@@ -81,16 +81,16 @@ bool ParseFieldOption(const std::string& option, WizardField& field, std::string
   field = WizardField();
   field.name = FromTerminal(option.substr(0, colon));
   if (type == "Text") {
-    field.comboIndex = 0;
+    field.type = FieldType::kText;
   } else if (type == "Link") {
-    field.comboIndex = 0;
+    field.type = FieldType::kText;
     field.link = true;
   } else if (type == "Number") {
-    field.comboIndex = 1;
+    field.type = FieldType::kNumber;
   } else if (type == "LongText") {
-    field.comboIndex = 2;
+    field.type = FieldType::kLongText;
   } else if (type == "Files") {
-    field.comboIndex = 3;
+    field.type = FieldType::kFiles;
   } else {
     why = "unknown field type '" + type + "' (Text, Link, Number, LongText or Files)";
     return false;

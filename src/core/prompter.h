@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "core/field_type.h"
+
 namespace kelpdex {
 
 // Message box flags and answers, with the values Windows gives them: callers pass them along as
@@ -37,7 +39,7 @@ constexpr int kNo = 7;
 // One field as the New Database wizard's second page holds it: the texts of the field dialog.
 struct WizardField {
   std::string name;
-  int comboIndex = 0;  // 0 Text, 1 Number, 2 Long Text, 3 Images/Files
+  FieldType type = FieldType::kText;
   bool link = false;
   bool isValue = false;  // a default value rather than a formula
   std::string formulaOrValue;

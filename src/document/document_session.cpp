@@ -94,7 +94,7 @@ bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t posit
   }
   FieldEdit edit;
   edit.name = field.name;
-  edit.comboIndex = field.comboIndex;
+  edit.type = field.type;
   edit.link = field.link;
   edit.isValue = field.isValue;
   edit.formulaOrValue = field.formulaOrValue;

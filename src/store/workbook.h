@@ -59,7 +59,7 @@ class Folder : public WorkbookNode {
 struct SheetObject {
   uint32_t row = 0;
   uint16_t column = 0;
-  uint8_t type = 0;  // the field type, 4 or 8
+  FieldType type = FieldType::kUnknown;  // kLongText or kFiles
   std::string content;
 };
 

@@ -453,9 +453,9 @@ TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {
 TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
   NewDatabaseAnswers answers;
   answers.tableName = "Contacts";
-  answers.fields = {{"Name", 0, false, false, ""},
-                    {"Age", 1, false, true, "30"},
-                    {"Double", 1, false, false, "=Age*2"}};
+  answers.fields = {{"Name", FieldType::kText, false, false, ""},
+                    {"Age", FieldType::kNumber, false, true, "30"},
+                    {"Double", FieldType::kNumber, false, false, "=Age*2"}};
   answers.path = dir.Path("contacts");
   prompter.wizards.push_back(answers);
   ASSERT_TRUE(session.NewDatabase());
@@ -472,14 +472,14 @@ TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
   ASSERT_EQ(FieldCount(table), 3u);
   FieldSpec age;
   ASSERT_TRUE(ReadField(table, 1, age));
-  EXPECT_EQ(age.type, field_type::kNumber);
+  EXPECT_EQ(age.type, FieldType::kNumber);
   EXPECT_EQ(age.formulaOrValue, "V:30");
   FieldSpec twice;
   ASSERT_TRUE(ReadField(table, 2, twice));
   EXPECT_EQ(twice.formulaOrValue, "F:=Age*2");
 
   // Answers the dialogs would have refused end with their message and no document.
-  answers.fields = {{"9lives", 0, false, false, ""}};
+  answers.fields = {{"9lives", FieldType::kText, false, false, ""}};
   answers.path.clear();
   prompter.wizards.push_back(answers);
   EXPECT_FALSE(session.NewDatabase());
@@ -491,7 +491,7 @@ TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
   EXPECT_FALSE(session.HasDocument());
 
   // Without a file page the database waits, unnamed and modified, for its first save.
-  answers.fields = {{"Title", 0, false, false, ""}};
+  answers.fields = {{"Title", FieldType::kText, false, false, ""}};
   prompter.wizards.push_back(answers);
   ASSERT_TRUE(session.NewDatabase());
   EXPECT_TRUE(book.fileName.empty());
