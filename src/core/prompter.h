@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/document_kind.h"
 #include "core/field_type.h"
 
 namespace kelpdex {
@@ -52,18 +53,16 @@ struct NewDatabaseAnswers {
   std::string path;  // empty: the database stays without a file until it is saved
 };
 
-// The Save As dialog: the file and the filter chosen (0 and 1 native, 2 text, 3 Excel 2003 XML,
-// 4 to 7 the xBase dialects).
+// The Save As dialog: the file and the filter chosen.
 struct SaveFileChoice {
   std::string path;
-  int filterIndex = 0;
+  FileFilter filter = FileFilter::kDefault;
 };
 
-// The Open dialog: the file and the filter chosen (0 and 1 by the extension, 2 text, 3 Excel
-// 2003 XML, 4 to 7 the xBase dialects).
+// The Open dialog: the file and the filter chosen.
 struct OpenFileChoice {
   std::string path;
-  int filterIndex = 0;
+  FileFilter filter = FileFilter::kDefault;
 };
 
 class Prompter {
