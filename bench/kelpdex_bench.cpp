@@ -49,14 +49,14 @@ constexpr const char* kTableName = "People";
 struct NativeForm {
   const char* saveJob;
   const char* loadJob;
-  uint8_t format;
+  NativeFormat format;
   const char* file;
 };
 constexpr NativeForm kForms[] = {
-    {"save_xml", "load_xml", native_format::kXml, "xml.kpx"},
-    {"save_xml_gz", "load_xml_gz", native_format::kXmlCompressed, "xml_gz.kpx"},
-    {"save_binary", "load_binary", native_format::kBinary, "binary.kpx"},
-    {"save_binary_gz", "load_binary_gz", native_format::kBinaryCompressed, "binary_gz.kpx"},
+    {"save_xml", "load_xml", NativeFormat::kXml, "xml.kpx"},
+    {"save_xml_gz", "load_xml_gz", NativeFormat::kXmlCompressed, "xml_gz.kpx"},
+    {"save_binary", "load_binary", NativeFormat::kBinary, "binary.kpx"},
+    {"save_binary_gz", "load_binary_gz", NativeFormat::kBinaryCompressed, "binary_gz.kpx"},
 };
 constexpr const char* kOtherJobs[] = {"build", "scan", "update_formulas", "filter_eval",
                                       "display_text"};
@@ -145,7 +145,7 @@ std::string Extra(const char* name, long long value) {
   return ", \"" + std::string(name) + "\": " + std::to_string(value);
 }
 
-FieldSpec Field(const char* name, uint8_t type, const char* formulaOrValue = "") {
+FieldSpec Field(const char* name, FieldType type, const char* formulaOrValue = "") {
   FieldSpec field;
   field.name = name;
   field.type = type;
@@ -158,7 +158,7 @@ void Build(Workbook& book, long records) {
   Check(CreateTable(book, kTableName), "creating the table");
   book.currentSheet = book.FindTable(kTableName);
   for (int f = 0; f < kStandardFieldCount; ++f) {
-    uint8_t type = kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText;
+    FieldType type = kStandardFieldIsNumber[f] ? FieldType::kNumber : FieldType::kText;
     Check(InsertField(book, static_cast<uint16_t>(f), Field(kStandardFieldNames[f], type)),
           "inserting a field");
   }
@@ -244,7 +244,7 @@ int LoadOnly(const char* path, const char* op, long records) {
   long long held = (HeapInUse() - baseHeap) / 1024;
   long rssHeld = CurrentRssKb() - baseRss;
   // A file of another form, or one short of records, would time the wrong thing.
-  Check(static_cast<uint8_t>(kind) == form->format, "the file's form");
+  Check(FormatOfFileKind(kind) == form->format, "the file's form");
   const Worksheet* data = book->FindTable(kTableName);
   long loaded = data != nullptr ? static_cast<long>(data->UsedRows()) : 0;
   Check(records < 0 || loaded == records, "the number of records loaded");
@@ -332,7 +332,7 @@ class YesPrompter : public Prompter {
 // computation, which makes the field's cell in each record.
 void UpdateAll(Workbook& book, long records) {
   uint16_t total = kStandardFieldCount;
-  Check(InsertField(book, total, Field("Total", field_type::kNumber, "F:=Salary*Quantity")),
+  Check(InsertField(book, total, Field("Total", FieldType::kNumber, "F:=Salary*Quantity")),
         "adding the calculated field");
   YesPrompter yes;
   Prompter* previous = SetActivePrompter(&yes);

@@ -40,7 +40,7 @@ void Build(Workbook& book, long records, FILE* csv) {
   for (int f = 0; f < kStandardFieldCount; ++f) {
     FieldSpec fieldRow;
     fieldRow.name = kStandardFieldNames[f];
-    fieldRow.type = kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText;
+    fieldRow.type = kStandardFieldIsNumber[f] ? FieldType::kNumber : FieldType::kText;
     Check(InsertField(book, static_cast<uint16_t>(f), fieldRow), "field");
   }
   CellStore& cells = book.FindTable("People")->cells;

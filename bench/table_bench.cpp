@@ -29,7 +29,7 @@ void Check(bool ok, const char* what) {
   }
 }
 
-FieldSpec Field(const char* name, uint8_t type, const char* formulaOrValue = "") {
+FieldSpec Field(const char* name, FieldType type, const char* formulaOrValue = "") {
   FieldSpec fieldRow;
   fieldRow.name = name;
   fieldRow.type = type;
@@ -47,14 +47,14 @@ int main(int argc, char** argv) {
   for (int f = 0; f < kStandardFieldCount; ++f) {
     Check(InsertField(book, static_cast<uint16_t>(f),
                       Field(kStandardFieldNames[f],
-                            kStandardFieldIsNumber[f] ? field_type::kNumber : field_type::kText)),
+                            kStandardFieldIsNumber[f] ? FieldType::kNumber : FieldType::kText)),
           "field");
   }
   // Two calculated fields behind the eight.
-  Check(InsertField(book, 8, Field("Total", field_type::kNumber, "F:=Salary*Quantity")), "field");
-  Check(InsertField(book, 9, Field("Label", field_type::kText, "F:=City&\"-\"&Id")), "field");
+  Check(InsertField(book, 8, Field("Total", FieldType::kNumber, "F:=Salary*Quantity")), "field");
+  Check(InsertField(book, 9, Field("Label", FieldType::kText, "F:=City&\"-\"&Id")), "field");
   // A ninth column of numbers typed as text, for the conversion.
-  Check(InsertField(book, 10, Field("Typed", field_type::kText)), "field");
+  Check(InsertField(book, 10, Field("Typed", FieldType::kText)), "field");
 
   TableSpec table;
   Check(CurrentTable(book, table), "current");

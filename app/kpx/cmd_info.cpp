@@ -133,7 +133,8 @@ int RunInfo(CommandContext& context) {
   if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], true)) return kExitFailure;
-  std::string format = FormatOptionName(EffectiveFormat(document.book.fileFormat, 1));
+  std::string format =
+      FormatOptionName(EffectiveFormat(document.book.fileFormat, NativeFormat::kXml));
   std::vector<TableInfo> tables;
   for (uint32_t i = 0; Worksheet* data = document.book.TableByIndex(i); ++i) {
     tables.emplace_back();

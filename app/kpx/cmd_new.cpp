@@ -2,7 +2,6 @@
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
-#include "persist/document_file.h"
 #include "platform/os.h"
 
 namespace kelpdex::kpx {
@@ -14,10 +13,11 @@ int RunNew(CommandContext& context) {
   if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
   std::optional<std::string> table = args.Value("table");
   if (!table || table->empty()) return UsageError(context, self, "--table NAME is needed");
-  uint8_t format = native_format::kXml;
+  NativeFormat format = NativeFormat::kXml;
   if (std::optional<std::string> name = args.Value("format")) {
-    format = ParseFormatOption(*name);
-    if (format == 0) return UsageError(context, self, "unknown format '" + *name + "'");
+    std::optional<NativeFormat> parsed = ParseFormatOption(*name);
+    if (!parsed) return UsageError(context, self, "unknown format '" + *name + "'");
+    format = *parsed;
   }
   NewDatabaseAnswers answers;
   answers.tableName = FromTerminal(*table);

@@ -1,7 +1,5 @@
 #include "kpx/kpx_document.h"
 
-#include "core/document_kind.h"
-#include "persist/document_file.h"
 #include "table/table_state.h"
 #include "text/utf8.h"
 
@@ -42,7 +40,7 @@ CommandDocument::~CommandDocument() {
 bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed) {
   prompter.readOnlyAllowed = readOnlyAllowed;
   // kpx reads only the native forms; whatever the extension says, the first bytes decide.
-  return session.OpenDocument(path, open_kind::kNative);
+  return session.OpenDocument(path, DocumentKind::kNative);
 }
 
 bool CommandDocument::SelectTable(const std::string& name, TableSpec& table) {
@@ -81,16 +79,16 @@ bool ParseFieldOption(const std::string& option, WizardField& field, std::string
   field = WizardField();
   field.name = FromTerminal(option.substr(0, colon));
   if (type == "Text") {
-    field.comboIndex = 0;
+    field.type = FieldType::kText;
   } else if (type == "Link") {
-    field.comboIndex = 0;
+    field.type = FieldType::kText;
     field.link = true;
   } else if (type == "Number") {
-    field.comboIndex = 1;
+    field.type = FieldType::kNumber;
   } else if (type == "LongText") {
-    field.comboIndex = 2;
+    field.type = FieldType::kLongText;
   } else if (type == "Files") {
-    field.comboIndex = 3;
+    field.type = FieldType::kFiles;
   } else {
     why = "unknown field type '" + type + "' (Text, Link, Number, LongText or Files)";
     return false;
@@ -103,17 +101,32 @@ bool ParseFieldOption(const std::string& option, WizardField& field, std::string
   return true;
 }
 
-uint8_t ParseFormatOption(const std::string& text) {
-  if (text == "xml") return native_format::kXml;
-  if (text == "xml.gz") return native_format::kXmlCompressed;
-  if (text == "binary") return native_format::kBinary;
-  if (text == "binary.gz") return native_format::kBinaryCompressed;
-  return 0;
+namespace {
+
+struct FormatOption {
+  const char* name;
+  NativeFormat format;
+};
+
+constexpr FormatOption kFormatOptions[] = {{"xml", NativeFormat::kXml},
+                                           {"xml.gz", NativeFormat::kXmlCompressed},
+                                           {"binary", NativeFormat::kBinary},
+                                           {"binary.gz", NativeFormat::kBinaryCompressed}};
+
+}  // namespace
+
+std::optional<NativeFormat> ParseFormatOption(const std::string& text) {
+  for (const FormatOption& option : kFormatOptions) {
+    if (text == option.name) return option.format;
+  }
+  return std::nullopt;
 }
 
-const char* FormatOptionName(uint8_t format) {
-  static const char* const kNames[] = {"xml", "xml.gz", "binary", "binary.gz"};
-  return format >= 1 && format <= 4 ? kNames[format - 1] : "";
+const char* FormatOptionName(NativeFormat format) {
+  for (const FormatOption& option : kFormatOptions) {
+    if (format == option.format) return option.name;
+  }
+  return "";
 }
 
 std::string FromTerminal(const std::string& utf8) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "core/document_kind.h"
 #include "core/prompter.h"
 #include "core/session_settings.h"
 #include "document/document_session.h"
@@ -66,9 +67,10 @@ class CommandDocument {
 // "=" that begins with "=" or "+" is a formula, any other a default value. False with `why`.
 bool ParseFieldOption(const std::string& option, WizardField& field, std::string& why);
 
-// "xml", "xml.gz", "binary", "binary.gz" as the native format codes 1 to 4; 0 when unknown.
-uint8_t ParseFormatOption(const std::string& text);
-const char* FormatOptionName(uint8_t format);
+// "xml", "xml.gz", "binary", "binary.gz" as the four native forms; nothing when unknown.
+std::optional<NativeFormat> ParseFormatOption(const std::string& text);
+// The option's text of a form; empty for kDefault.
+const char* FormatOptionName(NativeFormat format);
 
 // Text between the command line (UTF-8) and cells (the document code page).
 std::string FromTerminal(const std::string& utf8);

@@ -1,24 +1,72 @@
 #include "core/document_kind.h"
 
+#include "core/session_settings.h"
 #include "text/code_page.h"
 
 namespace kelpdex {
 
-uint8_t GuessFormat(std::string_view path) {
+DocumentKind KindOfSaveFilter(FileFilter filter) {
+  switch (filter) {
+    case FileFilter::kDefault:
+    case FileFilter::kNative:
+      return DocumentKind::kNative;
+    case FileFilter::kText:
+      return DocumentKind::kText;
+    case FileFilter::kExcelXml:
+      return DocumentKind::kExcelXml;
+    case FileFilter::kDbase3:
+      return DocumentKind::kDbase3;
+    case FileFilter::kDbase4:
+      return DocumentKind::kDbase4;
+    case FileFilter::kFoxPro:
+      return DocumentKind::kFoxPro;
+    case FileFilter::kClipper:
+      return DocumentKind::kClipper;
+  }
+  return DocumentKind::kNative;
+}
+
+DocumentKind KindOfOpenFilter(FileFilter filter, std::string_view path) {
+  if (filter == FileFilter::kDefault || filter == FileFilter::kNative) return GuessFormat(path);
+  return KindOfSaveFilter(filter);
+}
+
+FileFilter SaveFilterOfKind(DocumentKind kind) {
+  switch (kind) {
+    case DocumentKind::kNative:
+      return FileFilter::kNative;
+    case DocumentKind::kText:
+      return FileFilter::kText;
+    case DocumentKind::kExcelXml:
+      return FileFilter::kExcelXml;
+    case DocumentKind::kDbase3:
+      return FileFilter::kDbase3;
+    case DocumentKind::kDbase4:
+      return FileFilter::kDbase4;
+    case DocumentKind::kFoxPro:
+      return FileFilter::kFoxPro;
+    case DocumentKind::kClipper:
+      return FileFilter::kClipper;
+  }
+  return FileFilter::kNative;
+}
+
+DocumentKind GuessFormat(std::string_view path) {
   // The last four characters, compared upper-cased with the known extensions.
-  if (path.size() < 4) return open_kind::kNative;
+  if (path.size() < 4) return DocumentKind::kNative;
   std::string_view tail = path.substr(path.size() - 4);
   struct Known {
     const char* extension;
-    uint8_t kind;
+    DocumentKind kind;
   };
-  static constexpr Known kKnown[] = {{".KPX", open_kind::kNative},   {".TXT", open_kind::kText},
-                                     {".CSV", open_kind::kText},     {".TSV", open_kind::kText},
-                                     {".XML", open_kind::kExcelXml}, {".DBF", open_kind::kDbase4}};
+  static constexpr Known kKnown[] = {
+      {".KPX", DocumentKind::kNative},   {".TXT", DocumentKind::kText},
+      {".CSV", DocumentKind::kText},     {".TSV", DocumentKind::kText},
+      {".XML", DocumentKind::kExcelXml}, {".DBF", DocumentKind::kDbase4}};
   for (const Known& k : kKnown) {
     if (text::EqualNoCase(tail, k.extension)) return k.kind;
   }
-  return open_kind::kNative;
+  return DocumentKind::kNative;
 }
 
 TimerAction AutoTimerAction(const SessionSettings& settings, bool modified, bool hasFile,

@@ -1,26 +1,76 @@
-// What the lifecycle decides from a file name and the clock: the kind of file to open, and what
-// the frame's timer should do about AutoSave and AutoClose.
+// How a document is kept on disk and what the lifecycle decides from a file name and the clock:
+// the kind of file to open, the native form to write, the file dialogs' filters, and what the
+// frame's timer should do about AutoSave and AutoClose.
 #pragma once
 
 #include <cstdint>
 #include <string_view>
 
-#include "core/session_settings.h"
-
 namespace kelpdex {
 
-// How a file is opened: 0 native, 1 text, 2 Excel 2003 XML, 4 dBase IV (the xBase reader
-// corrects the dialect from the file's header).
-namespace open_kind {
-constexpr uint8_t kNative = 0;
-constexpr uint8_t kText = 1;
-constexpr uint8_t kExcelXml = 2;
-constexpr uint8_t kDbase4 = 4;
-}  // namespace open_kind
+struct SessionSettings;
+
+// How a document came and how a save writes it again. The values are the document's `openKind`.
+enum class DocumentKind : uint8_t {
+  kNative = 0,
+  kText = 1,
+  kExcelXml = 2,  // Excel 2003 XML
+  kDbase3 = 3,
+  kDbase4 = 4,
+  kFoxPro = 5,
+  kClipper = 6,
+};
+
+// The native forms by the numbers the File Format menu and the settings use; kDefault leaves the
+// choice to the session's default form.
+enum class NativeFormat : uint8_t {
+  kDefault = 0,
+  kXml = 1,
+  kXmlCompressed = 2,
+  kBinary = 3,
+  kBinaryCompressed = 4,
+};
+
+// One of the four forms a native file can be written in.
+constexpr bool IsWritableFormat(NativeFormat format) {
+  return format >= NativeFormat::kXml && format <= NativeFormat::kBinaryCompressed;
+}
+constexpr bool IsXmlFormat(NativeFormat format) {
+  return format == NativeFormat::kXml || format == NativeFormat::kXmlCompressed;
+}
+constexpr bool IsCompressedFormat(NativeFormat format) {
+  return format == NativeFormat::kXmlCompressed || format == NativeFormat::kBinaryCompressed;
+}
+// The form of the settings file's two flags.
+constexpr NativeFormat NativeFormatOf(bool xml, bool compressed) {
+  if (xml) return compressed ? NativeFormat::kXmlCompressed : NativeFormat::kXml;
+  return compressed ? NativeFormat::kBinaryCompressed : NativeFormat::kBinary;
+}
+
+// The Open and Save As dialogs' filters, by their position in the dialog's list. The first two
+// both stand for the native form; on Open they let the extension decide the kind.
+enum class FileFilter : uint8_t {
+  kDefault = 0,
+  kNative = 1,
+  kText = 2,
+  kExcelXml = 3,
+  kDbase3 = 4,
+  kDbase4 = 5,
+  kFoxPro = 6,
+  kClipper = 7,
+};
+
+// The kind a save writes for a filter; a filter past the list is native.
+DocumentKind KindOfSaveFilter(FileFilter filter);
+// The kind an open reads for a filter and the file chosen with it.
+DocumentKind KindOfOpenFilter(FileFilter filter, std::string_view path);
+// The filter the Save As dialog starts with for a document of this kind.
+FileFilter SaveFilterOfKind(DocumentKind kind);
 
 // By the extension, without regard to case: ".kpx" native, ".txt", ".csv", ".tsv" text, ".xml"
-// Excel, ".dbf" xBase; anything else is opened as native.
-uint8_t GuessFormat(std::string_view path);
+// Excel, ".dbf" dBase IV (the xBase reader corrects the dialect from the file's header); anything
+// else is opened as native.
+DocumentKind GuessFormat(std::string_view path);
 
 enum class TimerAction { kNone, kSave, kClose, kSaveAndClose };
 

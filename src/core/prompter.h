@@ -8,6 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "core/document_kind.h"
+#include "core/field_type.h"
+
 namespace kelpdex {
 
 // Message box flags and answers, with the values Windows gives them: callers pass them along as
@@ -37,7 +40,7 @@ constexpr int kNo = 7;
 // One field as the New Database wizard's second page holds it: the texts of the field dialog.
 struct WizardField {
   std::string name;
-  int comboIndex = 0;  // 0 Text, 1 Number, 2 Long Text, 3 Images/Files
+  FieldType type = FieldType::kText;
   bool link = false;
   bool isValue = false;  // a default value rather than a formula
   std::string formulaOrValue;
@@ -50,18 +53,16 @@ struct NewDatabaseAnswers {
   std::string path;  // empty: the database stays without a file until it is saved
 };
 
-// The Save As dialog: the file and the filter chosen (0 and 1 native, 2 text, 3 Excel 2003 XML,
-// 4 to 7 the xBase dialects).
+// The Save As dialog: the file and the filter chosen.
 struct SaveFileChoice {
   std::string path;
-  int filterIndex = 0;
+  FileFilter filter = FileFilter::kDefault;
 };
 
-// The Open dialog: the file and the filter chosen (0 and 1 by the extension, 2 text, 3 Excel
-// 2003 XML, 4 to 7 the xBase dialects).
+// The Open dialog: the file and the filter chosen.
 struct OpenFileChoice {
   std::string path;
-  int filterIndex = 0;
+  FileFilter filter = FileFilter::kDefault;
 };
 
 class Prompter {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "core/document_kind.h"
+
 namespace kelpdex {
 
 // Show commands, with the values Windows gives them.
@@ -27,8 +29,8 @@ struct SessionSettings {
   int32_t windowRight = 0;
   int32_t windowBottom = 0;
   int32_t windowShow = show::kNormal;
-  // 1 XML, 2 XML gzipped, 3 binary, 4 binary gzipped.
-  uint8_t defaultFileFormat = 1;
+  // The form a save writes when the document names none.
+  NativeFormat defaultFileFormat = NativeFormat::kXml;
 
   // Options, with the values a first start shows.
   int32_t undoLevel = 20;
@@ -59,8 +61,8 @@ struct SessionSettings {
   // The menu has room for 16; no option sets it, and 8 keeps the File menu short.
   size_t recentFileLimit = 8;
   // The filters last chosen in the Open and Save As dialogs, for this run only.
-  int openFilterIndex = 0;
-  int saveFilterIndex = 0;
+  FileFilter openFilter = FileFilter::kDefault;
+  FileFilter saveFilter = FileFilter::kDefault;
   // The profile's own flag, kept as it was read.
   bool profileReadOnly = false;
 };

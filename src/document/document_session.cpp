@@ -25,36 +25,26 @@ void ShowLoadError(ErrorCode code, int line) {
 }
 
 // The extension a kind's files take when the user typed none.
-const char* ExtensionOfKind(uint8_t kind) {
+const char* ExtensionOfKind(DocumentKind kind) {
   switch (kind) {
-    case open_kind::kNative:
+    case DocumentKind::kNative:
       return ".kpx";
-    case open_kind::kText:
+    case DocumentKind::kText:
       return ".txt";
-    case open_kind::kExcelXml:
+    case DocumentKind::kExcelXml:
       return ".xml";
-    default:
-      return ".dbf";
+    case DocumentKind::kDbase3:
+    case DocumentKind::kDbase4:
+    case DocumentKind::kFoxPro:
+    case DocumentKind::kClipper:
+      break;
   }
+  return ".dbf";
 }
 
-std::string WithExtension(const std::string& path, uint8_t kind) {
+std::string WithExtension(const std::string& path, DocumentKind kind) {
   if (platform::FileNameOf(path).find('.') != std::string::npos) return path;
   return path + ExtensionOfKind(kind);
-}
-
-// The file dialogs' filter index as an open kind: 0 and 1 native (Open: by the extension), 2 text,
-// 3 Excel 2003 XML, 4 to 7 the xBase dialects.
-uint8_t KindOfSaveFilter(int filterIndex) {
-  if (filterIndex <= 1) return open_kind::kNative;
-  if (filterIndex == 2) return open_kind::kText;
-  if (filterIndex == 3) return open_kind::kExcelXml;
-  return static_cast<uint8_t>(filterIndex <= 7 ? filterIndex - 1 : open_kind::kNative);
-}
-
-int SaveFilterOfKind(uint8_t kind) {
-  if (kind == open_kind::kNative) return 1;
-  return kind + 1;
 }
 
 // The table made in an empty file takes the file's name, without the extension.
@@ -94,7 +84,7 @@ bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t posit
   }
   FieldEdit edit;
   edit.name = field.name;
-  edit.comboIndex = field.comboIndex;
+  edit.type = field.type;
   edit.link = field.link;
   edit.isValue = field.isValue;
   edit.formulaOrValue = field.formulaOrValue;
@@ -129,8 +119,8 @@ void DocumentSession::ResetDocument() {
   lock_.Release();
   book_.Clear();
   book_.fileName.clear();
-  book_.openKind = 0;
-  book_.fileFormat = 0;
+  book_.openKind = DocumentKind::kNative;
+  book_.fileFormat = NativeFormat::kDefault;
   book_.protectionMode = 0;
   book_.modified = false;
   book_.readOnly = false;
@@ -153,13 +143,13 @@ bool DocumentSession::LockForOpen(const std::string& path, bool askReadOnly) {
   return false;
 }
 
-bool DocumentSession::LoadFile(const std::string& path, uint8_t openKind, bool reuseOptions) {
+bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, bool reuseOptions) {
   bool readOnly = book_.readOnly;
   bool ok = false;
   int line = 0;
   ErrorCode error = err::kNone;
-  uint8_t format = 0;
-  if (openKind == open_kind::kNative) {
+  NativeFormat format = NativeFormat::kDefault;
+  if (openKind == DocumentKind::kNative) {
     NativeFileKind kind = NativeFileKind::kNone;
     ok = ReadDocumentFile(path, book_, kind, error, &line);
     if (ok && kind == NativeFileKind::kEmpty) {
@@ -168,7 +158,7 @@ bool DocumentSession::LoadFile(const std::string& path, uint8_t openKind, bool r
       error = ok ? err::kNone : book_.errorCode;
     } else if (ok) {
       // A save keeps the form the file came in, unless the user picks another.
-      format = static_cast<uint8_t>(kind);
+      format = FormatOfFileKind(kind);
     }
   } else if (foreign_ != nullptr) {
     book_.errorCode = err::kNone;
@@ -200,7 +190,7 @@ bool DocumentSession::LoadFile(const std::string& path, uint8_t openKind, bool r
   return true;
 }
 
-bool DocumentSession::OpenDocument(const std::string& path, uint8_t openKind) {
+bool DocumentSession::OpenDocument(const std::string& path, DocumentKind openKind) {
   if (HasDocument() && !book_.fileName.empty() && platform::SameFile(path, book_.fileName)) {
     return true;
   }
@@ -226,12 +216,10 @@ bool DocumentSession::OpenDocument(const std::string& path, uint8_t openKind) {
 bool DocumentSession::OpenWithDialog() {
   OpenFileChoice choice;
   choice.path = book_.fileName.empty() ? settings_.startFolder : platform::FolderOf(book_.fileName);
-  choice.filterIndex = settings_.openFilterIndex;
+  choice.filter = settings_.openFilter;
   if (!ActivePrompter().ChooseOpenFile(choice) || choice.path.empty()) return false;
-  settings_.openFilterIndex = choice.filterIndex;
-  uint8_t kind =
-      choice.filterIndex <= 1 ? GuessFormat(choice.path) : KindOfSaveFilter(choice.filterIndex);
-  return OpenDocument(choice.path, kind);
+  settings_.openFilter = choice.filter;
+  return OpenDocument(choice.path, KindOfOpenFilter(choice.filter, choice.path));
 }
 
 bool DocumentSession::OpenFromCommandLine(const std::string& path) {
@@ -247,7 +235,7 @@ bool DocumentSession::OpenRecent(size_t index) {
 bool DocumentSession::ReloadDocument() {
   if (!HasDocument() || book_.fileName.empty()) return false;
   std::string path = book_.fileName;
-  uint8_t kind = book_.openKind;
+  DocumentKind kind = book_.openKind;
   ResetDocument();
   // The user chose this file already: a file in use is read again read-only, without asking.
   if (!LockForOpen(path, false) || !LoadFile(path, kind, true)) {
@@ -320,8 +308,8 @@ bool DocumentSession::NewDatabase() {
   if (!answers.path.empty()) {
     // The file page names where the database lives from the start; a failed write leaves it
     // open and unnamed, so that nothing typed is lost.
-    std::string path = WithExtension(answers.path, open_kind::kNative);
-    if (WriteDocument(&path, open_kind::kNative, book_.fileFormat)) {
+    std::string path = WithExtension(answers.path, DocumentKind::kNative);
+    if (WriteDocument(&path, DocumentKind::kNative, book_.fileFormat)) {
       book_.fileName = path;
       book_.modified = false;
       lock_.Acquire(path);
@@ -333,11 +321,12 @@ bool DocumentSession::NewDatabase() {
   return true;
 }
 
-bool DocumentSession::WriteDocument(const std::string* path, uint8_t kind, uint8_t format) {
+bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
+                                    NativeFormat format) {
   const std::string& target = path != nullptr ? *path : book_.fileName;
   bool ok = false;
   ErrorCode error = err::kNone;
-  if (kind == open_kind::kNative) {
+  if (kind == DocumentKind::kNative) {
     std::string savedBy = book_.lastSavedBy;
     std::string savedAt = book_.lastSavedAt;
     book_.lastSavedBy = platform::UserName();
@@ -377,14 +366,13 @@ bool DocumentSession::SaveDocument() {
     return false;
   }
   if (book_.protectionMode != 0) {
-    if (book_.openKind != open_kind::kNative) {
+    if (book_.openKind != DocumentKind::kNative) {
       Ask(str::kProtectionIgnored, mb::kOk | mb::kIconExclamation);
-    } else if (EffectiveFormat(book_.fileFormat, settings_.defaultFileFormat) <
-               native_format::kBinary) {
+    } else if (IsXmlFormat(EffectiveFormat(book_.fileFormat, settings_.defaultFileFormat))) {
       if (Ask(str::kSwitchToBinary, mb::kOkCancel | mb::kIconQuestion) != answer::kOk) {
         return false;
       }
-      book_.fileFormat = native_format::kBinary;
+      book_.fileFormat = NativeFormat::kBinary;
     }
   }
   if (!WriteDocument(nullptr, book_.openKind, book_.fileFormat)) return false;
@@ -402,11 +390,10 @@ bool DocumentSession::SaveDocumentAs() {
     choice.path =
         settings_.startFolder.empty() ? name : platform::JoinPath(settings_.startFolder, name);
   }
-  choice.filterIndex =
-      book_.fileName.empty() ? settings_.saveFilterIndex : SaveFilterOfKind(book_.openKind);
+  choice.filter = book_.fileName.empty() ? settings_.saveFilter : SaveFilterOfKind(book_.openKind);
   if (!ActivePrompter().ChooseSaveFile(choice) || choice.path.empty()) return false;
-  settings_.saveFilterIndex = choice.filterIndex;
-  uint8_t kind = KindOfSaveFilter(choice.filterIndex);
+  settings_.saveFilter = choice.filter;
+  DocumentKind kind = KindOfSaveFilter(choice.filter);
   std::string path = WithExtension(choice.path, kind);
   if (!book_.fileName.empty() && platform::SameFile(path, book_.fileName)) {
     book_.openKind = kind;
@@ -445,8 +432,8 @@ void DocumentSession::MarkModified(bool modified) {
   UpdateTitle();
 }
 
-void DocumentSession::SetFileFormat(uint8_t format) {
-  if (format > native_format::kBinaryCompressed) return;
+void DocumentSession::SetFileFormat(NativeFormat format) {
+  if (format != NativeFormat::kDefault && !IsWritableFormat(format)) return;
   book_.fileFormat = format;
   UpdateDocumentStatus();
 }

@@ -33,9 +33,9 @@ class DocumentView {
 class ForeignFiles {
  public:
   virtual ~ForeignFiles() = default;
-  virtual bool Read(uint8_t openKind, const std::string& path, Workbook& book,
+  virtual bool Read(DocumentKind openKind, const std::string& path, Workbook& book,
                     bool reuseOptions) = 0;
-  virtual bool Write(uint8_t openKind, const std::string& path, const Workbook& book) = 0;
+  virtual bool Write(DocumentKind openKind, const std::string& path, const Workbook& book) = 0;
 };
 
 // Runs the field dialog's checks on a field given as the wizard's texts and inserts it at
@@ -56,7 +56,7 @@ class DocumentSession {
 
   // Opens a file as `openKind` says. Opening the document that is open does nothing and returns
   // true. A failure is shown and leaves no document.
-  bool OpenDocument(const std::string& path, uint8_t openKind);
+  bool OpenDocument(const std::string& path, DocumentKind openKind);
   // The Open command: the file and its kind come from the Open dialog.
   bool OpenWithDialog();
   // The process's command line: the kind follows the extension.
@@ -72,14 +72,14 @@ class DocumentSession {
   bool SaveDocument();
   bool SaveDocumentAs();
   // Writes the document to `path`, or to its own file when `path` is null, as `kind` and
-  // `format` say (format 0 is the default one). Shows a failure.
-  bool WriteDocument(const std::string* path, uint8_t kind, uint8_t format);
+  // `format` say (kDefault: the session's default form). Shows a failure.
+  bool WriteDocument(const std::string* path, DocumentKind kind, NativeFormat format);
   // Drops everything of the document, and the lock on its file.
   void ResetDocument();
 
   void MarkModified(bool modified);
-  // The File Format menu: 1 to 4, or 0 for the default.
-  void SetFileFormat(uint8_t format);
+  // The File Format menu: one of the four forms, or kDefault.
+  void SetFileFormat(NativeFormat format);
 
   std::string WindowTitle() const;
   std::string StatusText() const;
@@ -91,7 +91,7 @@ class DocumentSession {
 
  private:
   // The part of an open that reads: the lock is taken and the book is empty.
-  bool LoadFile(const std::string& path, uint8_t openKind, bool reuseOptions);
+  bool LoadFile(const std::string& path, DocumentKind openKind, bool reuseOptions);
   // Takes the lock on a file. False when the user refused the read-only offer or the file cannot
   // be opened; the error is shown.
   bool LockForOpen(const std::string& path, bool askReadOnly);

@@ -17,20 +17,39 @@ std::string WindowTitle(const Workbook& book, bool hasDocument) {
   return name + " - " + app;
 }
 
-uint8_t EffectiveFormat(uint8_t fileFormat, uint8_t defaultFileFormat) {
-  uint8_t format = fileFormat != 0 ? fileFormat : defaultFileFormat;
+NativeFormat EffectiveFormat(NativeFormat fileFormat, NativeFormat defaultFileFormat) {
+  NativeFormat format = fileFormat != NativeFormat::kDefault ? fileFormat : defaultFileFormat;
   // A settings file may hold anything; what cannot be written falls back to plain XML.
-  return format >= native_format::kXml && format <= native_format::kBinaryCompressed
-             ? format
-             : native_format::kXml;
+  return IsWritableFormat(format) ? format : NativeFormat::kXml;
 }
 
-const char* FormatName(uint8_t openKind, uint8_t effectiveFormat) {
-  static const char* const kNative[] = {"Xml", "Xml, compressed", "Binary", "Binary, compressed"};
-  static const char* const kForeign[] = {"Text",    "Excel 2003 XML", "dBaseIII",
-                                         "dBaseIV", "Foxpro",         "Clipper"};
-  if (openKind == 0) return kNative[EffectiveFormat(effectiveFormat, 1) - 1];
-  return openKind <= 6 ? kForeign[openKind - 1] : "";
+const char* FormatName(DocumentKind openKind, NativeFormat effectiveFormat) {
+  switch (openKind) {
+    case DocumentKind::kNative:
+      switch (EffectiveFormat(effectiveFormat, NativeFormat::kXml)) {
+        case NativeFormat::kXmlCompressed:
+          return "Xml, compressed";
+        case NativeFormat::kBinary:
+          return "Binary";
+        case NativeFormat::kBinaryCompressed:
+          return "Binary, compressed";
+        default:
+          return "Xml";
+      }
+    case DocumentKind::kText:
+      return "Text";
+    case DocumentKind::kExcelXml:
+      return "Excel 2003 XML";
+    case DocumentKind::kDbase3:
+      return "dBaseIII";
+    case DocumentKind::kDbase4:
+      return "dBaseIV";
+    case DocumentKind::kFoxPro:
+      return "Foxpro";
+    case DocumentKind::kClipper:
+      return "Clipper";
+  }
+  return "";
 }
 
 std::string SizeText(uint64_t bytes, const LocaleSettings& locale) {
@@ -77,11 +96,12 @@ std::string LocalDateTimeText(const std::string& genericDateTime, const LocaleSe
   return std::string(date) + " " + time;
 }
 
-std::string DocumentStatusText(const Workbook& book, uint8_t defaultFileFormat,
+std::string DocumentStatusText(const Workbook& book, NativeFormat defaultFileFormat,
                                const DocumentSizes& sizes, const LocaleSettings& locale) {
   std::string text = "Format: ";
   text += FormatName(book.openKind, EffectiveFormat(book.fileFormat, defaultFileFormat));
-  bool sizeShown = book.openKind == 0 || book.openKind == 2;
+  bool sizeShown =
+      book.openKind == DocumentKind::kNative || book.openKind == DocumentKind::kExcelXml;
   if (sizeShown && sizes.document) {
     text += ";    Size: ";
     if (sizes.sideFile) {

@@ -14,10 +14,10 @@ namespace kelpdex {
 std::string WindowTitle(const Workbook& book, bool hasDocument);
 
 // The native form a save writes: the document's own, or else the default one.
-uint8_t EffectiveFormat(uint8_t fileFormat, uint8_t defaultFileFormat);
+NativeFormat EffectiveFormat(NativeFormat fileFormat, NativeFormat defaultFileFormat);
 
 // "Xml", "Binary, compressed", "Text", "dBaseIV" and so on.
-const char* FormatName(uint8_t openKind, uint8_t effectiveFormat);
+const char* FormatName(DocumentKind openKind, NativeFormat effectiveFormat);
 
 // "%d bytes", "%s KB" or "%s MB", the last two with two decimals in the locale's separator.
 std::string SizeText(uint64_t bytes, const LocaleSettings& locale);
@@ -32,7 +32,7 @@ struct DocumentSizes {
 DocumentSizes MeasureDocument(const std::string& fileName);
 
 // The first pane's text: the format, the size, and who saved the document last and when.
-std::string DocumentStatusText(const Workbook& book, uint8_t defaultFileFormat,
+std::string DocumentStatusText(const Workbook& book, NativeFormat defaultFileFormat,
                                const DocumentSizes& sizes, const LocaleSettings& locale);
 
 // A generic date and time text shown in the locale's short date and time.

@@ -25,19 +25,14 @@ std::string SideFilePath(const std::string& documentPath) {
   return documentPath.substr(0, dot) + ".tx2";
 }
 
-bool WriteDocumentFile(const std::string& path, const Workbook& book, uint8_t format,
+bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
                        ErrorCode& error) {
-  if (format < native_format::kXml || format > native_format::kBinaryCompressed) {
-    format = native_format::kXml;
-  }
+  if (!IsWritableFormat(format)) format = NativeFormat::kXml;
   std::string temporary = TemporaryPath(path);
-  bool compressed =
-      format == native_format::kXmlCompressed || format == native_format::kBinaryCompressed;
   FileStream stream;
-  bool ok = stream.Open(temporary, StreamMode::kWrite, compressed);
+  bool ok = stream.Open(temporary, StreamMode::kWrite, IsCompressedFormat(format));
   if (ok) {
-    ok = format <= native_format::kXmlCompressed ? WriteXmlDocument(stream, book)
-                                                 : WriteBinaryDocument(stream, book);
+    ok = IsXmlFormat(format) ? WriteXmlDocument(stream, book) : WriteBinaryDocument(stream, book);
   }
   // Everything must be on the disk before the old file goes.
   ok = ok && stream.Sync();

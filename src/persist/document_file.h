@@ -5,19 +5,12 @@
 #include <cstdint>
 #include <string>
 
+#include "core/document_kind.h"
 #include "core/error_code.h"
 #include "persist/file_kind.h"
 #include "store/workbook.h"
 
 namespace kelpdex {
-
-// The native forms, by the codes the settings use.
-namespace native_format {
-constexpr uint8_t kXml = 1;
-constexpr uint8_t kXmlCompressed = 2;
-constexpr uint8_t kBinary = 3;
-constexpr uint8_t kBinaryCompressed = 4;
-}  // namespace native_format
 
 // The side file that holds a document's long texts and files: the same path with ".tx2" in place
 // of the extension.
@@ -25,8 +18,8 @@ std::string SideFilePath(const std::string& documentPath);
 
 // Writes the document into a temporary file beside `path`, waits until it is on the disk, and
 // only then puts it in the place of `path`. On failure the previous file stands as it was, no
-// temporary file is left, and `error` says why.
-bool WriteDocumentFile(const std::string& path, const Workbook& book, uint8_t format,
+// temporary file is left, and `error` says why. A format that is none of the four is plain XML.
+bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
                        ErrorCode& error);
 
 // Reads a native file into `book` by its kind. An empty file gives kind kEmpty and leaves the

@@ -4,6 +4,24 @@
 
 namespace kelpdex {
 
+NativeFormat FormatOfFileKind(NativeFileKind kind) {
+  switch (kind) {
+    case NativeFileKind::kXml:
+      return NativeFormat::kXml;
+    case NativeFileKind::kXmlCompressed:
+      return NativeFormat::kXmlCompressed;
+    case NativeFileKind::kBinary:
+      return NativeFormat::kBinary;
+    case NativeFileKind::kBinaryCompressed:
+      return NativeFormat::kBinaryCompressed;
+    case NativeFileKind::kNone:
+    case NativeFileKind::kOlderDatabase:
+    case NativeFileKind::kEmpty:
+      break;
+  }
+  return NativeFormat::kDefault;
+}
+
 bool DetectFileKind(FileStream& stream, NativeFileKind& kind, ProtectionMode& protection) {
   protection = ProtectionMode::kNone;
   kind = NativeFileKind::kNone;

@@ -4,10 +4,13 @@
 #include <cstdint>
 #include <string>
 
+#include "core/document_kind.h"
 #include "persist/file_stream.h"
 
 namespace kelpdex {
 
+// kXml to kBinaryCompressed have the values of the NativeFormat they are written in; the others
+// are no form a save writes.
 enum class NativeFileKind : uint8_t {
   kNone = 0,
   kXml = 1,
@@ -17,6 +20,10 @@ enum class NativeFileKind : uint8_t {
   kOlderDatabase = 5,  // the earlier single-table form
   kEmpty = 6,          // a new database is to be made in it
 };
+
+// The form a save keeps for a file of this kind: the sniffed form where it is one of the four
+// writable ones, else kDefault, which leaves the choice to the session's default.
+NativeFormat FormatOfFileKind(NativeFileKind kind);
 
 // 0 none, 1 a read-only copy ahead of the enciphered one, 2 enciphered only.
 enum class ProtectionMode : uint8_t { kNone = 0, kReadOnlyCopy = 1, kEncrypted = 2 };

@@ -54,10 +54,11 @@ bool SaveProfile(const std::string& path, const SessionSettings& s, const UserFo
   w.TextElement("AutoSave", Number(s.autoSaveMinutes), 1, 1);
   w.TextElement("AutoClose", Number(s.autoCloseMinutes), 1, 1);
   // The default format's two bits: XML or binary, compressed or not.
-  uint8_t format = s.defaultFileFormat >= 1 && s.defaultFileFormat <= 4 ? s.defaultFileFormat : 1;
+  NativeFormat format =
+      IsWritableFormat(s.defaultFileFormat) ? s.defaultFileFormat : NativeFormat::kXml;
   XmlAttributes fileFormat;
-  fileFormat.Text("Xml", format <= 2 ? "Yes" : "No")
-      .Text("Compressed", format % 2 == 0 ? "Yes" : "No");
+  fileFormat.Text("Xml", IsXmlFormat(format) ? "Yes" : "No")
+      .Text("Compressed", IsCompressedFormat(format) ? "Yes" : "No");
   w.Tag("FileFormat", fileFormat, TagMode::kEmpty, 1, 1);
   XmlAttributes locales;
   locales.Int("Region", s.localeChoice);
@@ -169,7 +170,7 @@ bool LoadProfile(const std::string& path, SessionSettings& s, UserFormatList& fo
     bool xml = true, compressed = false;
     ok = x.BoolAttr("Xml", xml) && x.BoolAttr("Compressed", compressed) &&
          (x.isClose() || x.Tag("FileFormat", scan::kClose));
-    if (ok) s.defaultFileFormat = static_cast<uint8_t>((xml ? 1 : 3) + (compressed ? 1 : 0));
+    if (ok) s.defaultFileFormat = NativeFormatOf(xml, compressed);
   }
   if (ok && x.ok() && x.Tag("Locales", kOptionalOpen)) {
     int region = s.localeChoice;

@@ -5,19 +5,13 @@
 #include <cstdint>
 #include <string>
 
-namespace kelpdex {
+#include "core/field_type.h"
 
-namespace field_type {
-constexpr uint8_t kUnknown = 0;
-constexpr uint8_t kText = 1;
-constexpr uint8_t kNumber = 2;
-constexpr uint8_t kLongText = 4;
-constexpr uint8_t kFiles = 8;  // "Images/Files"
-}  // namespace field_type
+namespace kelpdex {
 
 // A Text or Number field as records and formulas see it.
 struct FieldDefault {
-  uint8_t type = field_type::kText;
+  FieldType type = FieldType::kText;
   std::string name;
   std::string formula;       // the text behind "F:"
   std::string defaultValue;  // the text behind "V:"

@@ -12,16 +12,16 @@ namespace {
 
 struct TypeName {
   const char* text;
-  uint8_t type;
+  FieldType type;
   bool link;
 };
 
 // In the order a type text is matched.
-constexpr TypeName kTypeNames[] = {{"Text", field_type::kText, false},
-                                   {"Text / Link", field_type::kText, true},
-                                   {"Number", field_type::kNumber, false},
-                                   {"Long Text", field_type::kLongText, false},
-                                   {"Images/Files", field_type::kFiles, false}};
+constexpr TypeName kTypeNames[] = {{"Text", FieldType::kText, false},
+                                   {"Text / Link", FieldType::kText, true},
+                                   {"Number", FieldType::kNumber, false},
+                                   {"Long Text", FieldType::kLongText, false},
+                                   {"Images/Files", FieldType::kFiles, false}};
 
 bool PutText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text,
              CellCursor& cursor) {
@@ -36,14 +36,14 @@ bool PutText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view t
 
 }  // namespace
 
-const char* FieldTypeText(uint8_t type, bool link) {
+const char* FieldTypeText(FieldType type, bool link) {
   for (const TypeName& t : kTypeNames) {
-    if (t.type == type && t.link == (link && type == field_type::kText)) return t.text;
+    if (t.type == type && t.link == (link && type == FieldType::kText)) return t.text;
   }
   return "Unknown";
 }
 
-void ParseFieldTypeText(std::string_view text, uint8_t& type, bool& link) {
+void ParseFieldTypeText(std::string_view text, FieldType& type, bool& link) {
   for (const TypeName& t : kTypeNames) {
     if (text == t.text) {
       type = t.type;
@@ -51,7 +51,7 @@ void ParseFieldTypeText(std::string_view text, uint8_t& type, bool& link) {
       return;
     }
   }
-  type = field_type::kUnknown;
+  type = FieldType::kUnknown;
   link = false;
 }
 
@@ -122,11 +122,11 @@ std::vector<FieldDefault> BuildFieldDefaults(const TableSpec& table) {
       d.type = fieldRow.type;
       d.name = fieldRow.name;
       d.link = fieldRow.link;
-      if (fieldRow.type == field_type::kText || fieldRow.type == field_type::kNumber) {
+      if (fieldRow.type == FieldType::kText || fieldRow.type == FieldType::kNumber) {
         SplitFormulaOrValue(fieldRow.formulaOrValue, d.formula, d.defaultValue);
       }
     } else {
-      d.type = field_type::kUnknown;
+      d.type = FieldType::kUnknown;
     }
     defaults.push_back(std::move(d));
   }

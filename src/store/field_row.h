@@ -16,13 +16,13 @@ namespace kelpdex {
 constexpr size_t kFieldTextMax = 1024;
 
 // The "Type" cell's text of a type and link flag; "Unknown" for a type without one.
-const char* FieldTypeText(uint8_t type, bool link);
-// By exact match; no match is type 0 without link.
-void ParseFieldTypeText(std::string_view text, uint8_t& type, bool& link);
+const char* FieldTypeText(FieldType type, bool link);
+// By exact match; no match is kUnknown without link.
+void ParseFieldTypeText(std::string_view text, FieldType& type, bool& link);
 
 struct FieldSpec {
   std::string name;
-  uint8_t type = field_type::kText;
+  FieldType type = FieldType::kText;
   bool link = false;
   uint16_t sortIndex = 0;
   std::string formulaOrValue;  // with its "F:" or "V:" prefix, or empty

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/document_kind.h"
 #include "core/error_code.h"
 #include "store/cell_store.h"
 #include "store/field_default.h"
@@ -59,7 +60,7 @@ class Folder : public WorkbookNode {
 struct SheetObject {
   uint32_t row = 0;
   uint16_t column = 0;
-  uint8_t type = 0;  // the field type, 4 or 8
+  FieldType type = FieldType::kUnknown;  // kLongText or kFiles
   std::string content;
 };
 
@@ -155,9 +156,9 @@ class Workbook {
   // Opened as a read-only copy: it may not be saved over its file.
   bool readOnly = false;
   // The document's file and how it is kept. The lifecycle sets these; loads and Clear leave them.
-  std::string fileName;        // the full path, empty for a new document
-  uint8_t openKind = 0;        // 0 native, 1 text, 2 Excel 2003 XML, 3 to 6 the xBase dialects
-  uint8_t fileFormat = 0;      // 0 the default, else the native form 1 to 4
+  std::string fileName;  // the full path, empty for a new document
+  DocumentKind openKind = DocumentKind::kNative;
+  NativeFormat fileFormat = NativeFormat::kDefault;
   uint8_t protectionMode = 0;  // 0 none
   bool modified = false;       // differs from its file
   ErrorCode errorCode = err::kNone;

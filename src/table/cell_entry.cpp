@@ -29,7 +29,7 @@ EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std:
   if (!workbook.records.allocated() && !RefreshCurrentTable(workbook)) return EntryResult::kFailed;
   if (field >= workbook.fieldDefaults.size()) return EntryResult::kRefused;
   const FieldDefault& fieldDefault = workbook.fieldDefaults[field];
-  bool typed = fieldDefault.type == field_type::kText || fieldDefault.type == field_type::kNumber;
+  bool typed = fieldDefault.type == FieldType::kText || fieldDefault.type == FieldType::kNumber;
   if (!typed || fieldDefault.IsCalculated()) return EntryResult::kRefused;
   if (record >= RecordSet::kEntries) return Failed(workbook, err::kTooManyRecords);
   const uint32_t row = workbook.records[record];
@@ -46,7 +46,7 @@ EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std:
     NumberStyle style = ReadNumberStyle(workbook.styles.Style(sheet.formats.ColumnStyle(field)));
     std::vector<uint8_t> cellRecord(kTypedCellMax);
     uint32_t size = 0;
-    if (fieldDefault.type == field_type::kNumber) {
+    if (fieldDefault.type == FieldType::kNumber) {
       TypedResult result = TextToCell(text, style, cellRecord.data(), row, field);
       if (result.kind != TypedCell::kNumber) {
         size = cell::EncodeNumber(cellRecord.data(), row, field, 0);

@@ -183,9 +183,9 @@ bool ConvertSelection(Workbook& workbook, int mode, const UndoContext& selection
   bool textMode = mode >= convert::kUpperCase;
   for (uint32_t c = selection.firstColumn; c <= selection.lastColumn; ++c) {
     if (c >= workbook.fieldDefaults.size()) break;
-    uint8_t type = workbook.fieldDefaults[c].type;
-    if (textMode ? type != field_type::kText
-                 : type != field_type::kText && type != field_type::kNumber) {
+    FieldType type = workbook.fieldDefaults[c].type;
+    if (textMode ? type != FieldType::kText
+                 : type != FieldType::kText && type != FieldType::kNumber) {
       continue;
     }
     for (size_t i = 0; i < rows.size();) {

@@ -171,10 +171,10 @@ bool FillDefaults(Workbook& workbook, const UndoContext& selection) {
     bool wrote = false;
     for (uint16_t c = selection.firstColumn; c < lastField; ++c) {
       const FieldDefault& f = fields[c];
-      if (f.type != field_type::kText && f.type != field_type::kNumber) continue;
+      if (f.type != FieldType::kText && f.type != FieldType::kNumber) continue;
       if (f.IsCalculated() || f.defaultValue.empty()) continue;
       if (sheet.cells.GetCell(row, c, &cursor) != nullptr) continue;
-      if (f.type == field_type::kText) {
+      if (f.type == FieldType::kText) {
         cell::EncodeText(record.data(), row, c, f.defaultValue);
       } else {
         // A default that reads as no number leaves a zero behind.
@@ -235,8 +235,8 @@ bool StepValue(Workbook& workbook, int direction, const UndoContext& selection) 
     bool changed = false;
     for (uint32_t c = selection.firstColumn; c <= selection.lastColumn && c < fields.size(); ++c) {
       auto column = static_cast<uint16_t>(c);
-      uint8_t type = fields[c].type;
-      if (type != field_type::kText && type != field_type::kNumber) continue;
+      FieldType type = fields[c].type;
+      if (type != FieldType::kText && type != FieldType::kNumber) continue;
       CellRecord* r = sheet.cells.GetCell(row, column);
       if (r == nullptr || cell::IsFormula(r)) continue;
       uint8_t kind = ColumnNumberStyle(workbook, sheet, column).kind;
@@ -318,8 +318,8 @@ bool InsertDateValue(Workbook& workbook, DateCommand command, const UndoContext&
   if (!CurrentTableWithRecords(workbook, table)) return false;
   uint16_t column = context.activeColumn;
   if (column >= workbook.fieldDefaults.size() ||
-      (workbook.fieldDefaults[column].type != field_type::kText &&
-       workbook.fieldDefaults[column].type != field_type::kNumber) ||
+      (workbook.fieldDefaults[column].type != FieldType::kText &&
+       workbook.fieldDefaults[column].type != FieldType::kNumber) ||
       context.activeRecord >= RecordSet::kEntries) {
     return true;
   }

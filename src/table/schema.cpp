@@ -116,29 +116,29 @@ TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
   return TableNameCheck::kOk;
 }
 
-uint8_t TypeOfCombo(int comboIndex) {
-  static const uint8_t kTypes[4] = {field_type::kText, field_type::kNumber, field_type::kLongText,
-                                    field_type::kFiles};
-  return comboIndex >= 0 && comboIndex < 4 ? kTypes[comboIndex] : field_type::kUnknown;
+FieldType FieldTypeOfCombo(int comboIndex) {
+  static constexpr FieldType kTypes[4] = {FieldType::kText, FieldType::kNumber,
+                                          FieldType::kLongText, FieldType::kFiles};
+  return comboIndex >= 0 && comboIndex < 4 ? kTypes[comboIndex] : FieldType::kUnknown;
 }
 
-int ComboOfType(uint8_t type) {
+int ComboOfFieldType(FieldType type) {
   for (int i = 0; i < 4; ++i) {
-    if (TypeOfCombo(i) == type) return i;
+    if (FieldTypeOfCombo(i) == type) return i;
   }
   return -1;
 }
 
 FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow) {
   // 1 and 2: only Text and Number convert into one another.
-  uint8_t type = TypeOfCombo(edit.comboIndex);
+  FieldType type = edit.type;
   FieldSpec old;
   bool modifying =
       edit.fieldIndex >= 0 && ReadField(table, static_cast<uint16_t>(edit.fieldIndex), old);
   if (modifying && type != old.type) {
-    auto special = [](uint8_t t) { return t == field_type::kLongText || t == field_type::kFiles; };
+    auto special = [](FieldType t) { return t == FieldType::kLongText || t == FieldType::kFiles; };
     if (special(type) || special(old.type)) {
-      edit.comboIndex = ComboOfType(old.type);
+      edit.type = old.type;
       return {str::kConversionUnavailable, FieldFocus::kType};
     }
   }
@@ -165,7 +165,7 @@ FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldR
   }
   fieldRow.name = edit.name;
   fieldRow.type = type;
-  fieldRow.link = type == field_type::kText && edit.link;
+  fieldRow.link = type == FieldType::kText && edit.link;
   fieldRow.sortIndex = modifying ? old.sortIndex : edit.sortIndex;
   fieldRow.formulaOrValue = formulaOrValue;
   fieldRow.firstKeyExpression = modifying ? old.firstKeyExpression : edit.firstKeyExpression;
@@ -178,7 +178,7 @@ FieldEdit EditOfField(const TableSpec& table, uint16_t fieldIndex) {
   if (!ReadField(table, fieldIndex, fieldRow)) return edit;
   edit.fieldIndex = fieldIndex;
   edit.name = fieldRow.name;
-  edit.comboIndex = ComboOfType(fieldRow.type);
+  edit.type = fieldRow.type;
   edit.link = fieldRow.link;
   edit.sortIndex = fieldRow.sortIndex;
   edit.firstKeyExpression = fieldRow.firstKeyExpression;
@@ -288,11 +288,11 @@ bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& fieldRow,
   if (!CurrentTable(workbook, table)) return false;
   FieldSpec old;
   if (!ReadField(table, index, old)) return false;
-  bool textNumber = (old.type == field_type::kText && fieldRow.type == field_type::kNumber) ||
-                    (old.type == field_type::kNumber && fieldRow.type == field_type::kText);
+  bool textNumber = (old.type == FieldType::kText && fieldRow.type == FieldType::kNumber) ||
+                    (old.type == FieldType::kNumber && fieldRow.type == FieldType::kText);
   if (old.type != fieldRow.type && !textNumber &&
-      (old.type == field_type::kLongText || old.type == field_type::kFiles ||
-       fieldRow.type == field_type::kLongText || fieldRow.type == field_type::kFiles)) {
+      (old.type == FieldType::kLongText || old.type == FieldType::kFiles ||
+       fieldRow.type == FieldType::kLongText || fieldRow.type == FieldType::kFiles)) {
     return false;  // the dialog refuses these with string 173
   }
   if (workbook.undo != nullptr) {
@@ -302,8 +302,8 @@ bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& fieldRow,
   }
   if (!WriteField(table, index, fieldRow)) return false;
   if (textNumber) {
-    int mode = fieldRow.type == field_type::kNumber ? convert::kLabelsToNumbers
-                                                    : convert::kNumbersToLabels;
+    int mode =
+        fieldRow.type == FieldType::kNumber ? convert::kLabelsToNumbers : convert::kNumbersToLabels;
     if (!ConvertColumn(workbook, *table.data, index, mode, 0, kLastRow)) {
       RefreshCurrentTable(workbook);
       return false;

@@ -28,9 +28,10 @@ enum class TableNameCheck {
 TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
                               const Worksheet* current = nullptr);
 
-// The type combo of the field dialogs: 0 Text, 1 Number, 2 Long Text, 3 Images/Files.
-uint8_t TypeOfCombo(int comboIndex);
-int ComboOfType(uint8_t type);
+// The type combo of the field dialogs and the wizard lists Text, Number, Long Text and
+// Images/Files. A position outside the list is kUnknown; a type not in it is -1.
+FieldType FieldTypeOfCombo(int comboIndex);
+int ComboOfFieldType(FieldType type);
 
 constexpr int kNewField = -2;
 
@@ -39,7 +40,7 @@ constexpr int kNewField = -2;
 struct FieldEdit {
   int fieldIndex = kNewField;  // the field modified, or kNewField for Add and Insert
   std::string name;
-  int comboIndex = 0;
+  FieldType type = FieldType::kText;
   bool link = false;
   bool isValue = false;  // the "Value" radio button against "Formula"
   std::string formulaOrValue;

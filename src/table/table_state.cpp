@@ -46,11 +46,12 @@ std::vector<FormulaField> FormulaFields(const std::vector<FieldDefault>& default
   std::vector<FormulaField> fields(defaults.size());
   for (size_t i = 0; i < defaults.size(); ++i) {
     const FieldDefault& d = defaults[i];
-    fields[i].type = d.type == field_type::kNumber ? kFieldNumber
-                     : d.type == field_type::kText ? kFieldText
-                                                   : d.type;
+    // The formula engine knows Text and Number; other types pass as their own number.
+    fields[i].type = d.type == FieldType::kNumber ? kFieldNumber
+                     : d.type == FieldType::kText ? kFieldText
+                                                  : static_cast<uint8_t>(d.type);
     fields[i].name = d.name;
-    if (d.IsCalculated() && (d.type == field_type::kText || d.type == field_type::kNumber)) {
+    if (d.IsCalculated() && (d.type == FieldType::kText || d.type == FieldType::kNumber)) {
       fields[i].formula = d.formula;
     }
   }

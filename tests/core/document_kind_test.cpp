@@ -2,19 +2,46 @@
 
 #include <gtest/gtest.h>
 
+#include "core/session_settings.h"
+
 namespace kelpdex {
 namespace {
 
 TEST(GuessFormat, ByTheExtensionInAnyCase) {
-  EXPECT_EQ(GuessFormat("/home/me/data.kpx"), open_kind::kNative);
-  EXPECT_EQ(GuessFormat("list.TXT"), open_kind::kText);
-  EXPECT_EQ(GuessFormat("list.Csv"), open_kind::kText);
-  EXPECT_EQ(GuessFormat("list.tsv"), open_kind::kText);
-  EXPECT_EQ(GuessFormat("book.xml"), open_kind::kExcelXml);
-  EXPECT_EQ(GuessFormat("old.dbf"), open_kind::kDbase4);
-  EXPECT_EQ(GuessFormat("archive.xml.gz"), open_kind::kNative);
-  EXPECT_EQ(GuessFormat("noextension"), open_kind::kNative);
-  EXPECT_EQ(GuessFormat(".x"), open_kind::kNative);
+  EXPECT_EQ(GuessFormat("/home/me/data.kpx"), DocumentKind::kNative);
+  EXPECT_EQ(GuessFormat("list.TXT"), DocumentKind::kText);
+  EXPECT_EQ(GuessFormat("list.Csv"), DocumentKind::kText);
+  EXPECT_EQ(GuessFormat("list.tsv"), DocumentKind::kText);
+  EXPECT_EQ(GuessFormat("book.xml"), DocumentKind::kExcelXml);
+  EXPECT_EQ(GuessFormat("old.dbf"), DocumentKind::kDbase4);
+  EXPECT_EQ(GuessFormat("archive.xml.gz"), DocumentKind::kNative);
+  EXPECT_EQ(GuessFormat("noextension"), DocumentKind::kNative);
+  EXPECT_EQ(GuessFormat(".x"), DocumentKind::kNative);
+}
+
+TEST(FileFilters, MapToKindsAndBack) {
+  // The first two filters go by the extension on Open and are native on Save.
+  for (FileFilter first : {FileFilter::kDefault, FileFilter::kNative}) {
+    EXPECT_EQ(KindOfOpenFilter(first, "data.TXT"), DocumentKind::kText);
+    EXPECT_EQ(KindOfOpenFilter(first, "data.kpx"), DocumentKind::kNative);
+    EXPECT_EQ(KindOfSaveFilter(first), DocumentKind::kNative);
+  }
+  // The others name their kind whatever the extension says.
+  EXPECT_EQ(KindOfOpenFilter(FileFilter::kExcelXml, "data.TXT"), DocumentKind::kExcelXml);
+  EXPECT_EQ(KindOfOpenFilter(FileFilter::kDbase3, "old.dbf"), DocumentKind::kDbase3);
+  EXPECT_EQ(KindOfSaveFilter(FileFilter::kText), DocumentKind::kText);
+  EXPECT_EQ(KindOfSaveFilter(FileFilter::kClipper), DocumentKind::kClipper);
+  // A filter past the list is native.
+  EXPECT_EQ(KindOfSaveFilter(static_cast<FileFilter>(8)), DocumentKind::kNative);
+  EXPECT_EQ(KindOfOpenFilter(static_cast<FileFilter>(8), "data.txt"), DocumentKind::kNative);
+  // Save As starts on the filter that writes the document's own kind again.
+  for (DocumentKind kind :
+       {DocumentKind::kNative, DocumentKind::kText, DocumentKind::kExcelXml, DocumentKind::kDbase3,
+        DocumentKind::kDbase4, DocumentKind::kFoxPro, DocumentKind::kClipper}) {
+    EXPECT_EQ(KindOfSaveFilter(SaveFilterOfKind(kind)), kind) << int(kind);
+  }
+  EXPECT_EQ(SaveFilterOfKind(DocumentKind::kNative), FileFilter::kNative);
+  EXPECT_EQ(SaveFilterOfKind(DocumentKind::kDbase4), FileFilter::kDbase4);
 }
 
 TEST(AutoTimer, SavesClosesAndNeverLosesWork) {

@@ -40,8 +40,8 @@ class RecordingView : public DocumentView {
 // Stands for the text, Excel and xBase modules: records what it was asked to read or write.
 class RecordingForeignFiles : public ForeignFiles {
  public:
-  bool Read(uint8_t kind, const std::string& path, Workbook& book, bool reuse) override {
-    calls += "read " + std::to_string(kind) + " " + platform::FileNameOf(path) +
+  bool Read(DocumentKind kind, const std::string& path, Workbook& book, bool reuse) override {
+    calls += "read " + std::to_string(static_cast<int>(kind)) + " " + platform::FileNameOf(path) +
              (reuse ? " again;" : ";");
     // A cancelled options dialog: the table is half made and no code is set.
     if (cancel) {
@@ -51,8 +51,9 @@ class RecordingForeignFiles : public ForeignFiles {
     return CreateTable(book, "Imported");
   }
   bool cancel = false;
-  bool Write(uint8_t kind, const std::string& path, const Workbook&) override {
-    calls += "write " + std::to_string(kind) + " " + platform::FileNameOf(path) + ";";
+  bool Write(DocumentKind kind, const std::string& path, const Workbook&) override {
+    calls +=
+        "write " + std::to_string(static_cast<int>(kind)) + " " + platform::FileNameOf(path) + ";";
     return true;
   }
   std::string calls;
@@ -66,7 +67,7 @@ class DocumentSessionTest : public ::testing::Test {
   }
 
   // A saved sample document in the given form.
-  std::string SavedSample(const std::string& name, uint8_t format = native_format::kBinary) {
+  std::string SavedSample(const std::string& name, NativeFormat format = NativeFormat::kBinary) {
     Workbook sample;
     testing::BuildSampleWorkbook(sample);
     std::string path = dir.Path(name);
@@ -105,11 +106,11 @@ class DocumentSessionTest : public ::testing::Test {
 };
 
 TEST_F(DocumentSessionTest, OpeningShowsTheDocumentAndTheSameFileTwiceDoesNothing) {
-  std::string path = SavedSample("people.kpx", native_format::kBinaryCompressed);
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  std::string path = SavedSample("people.kpx", NativeFormat::kBinaryCompressed);
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EXPECT_TRUE(session.HasDocument());
   EXPECT_EQ(book.fileName, path);
-  EXPECT_EQ(book.fileFormat, native_format::kBinaryCompressed);
+  EXPECT_EQ(book.fileFormat, NativeFormat::kBinaryCompressed);
   EXPECT_FALSE(book.modified);
   EXPECT_EQ(view.title, "people.kpx - Kelpdex");
   EXPECT_EQ(view.status.rfind("Format: Binary, compressed;    Size: ", 0), 0u) << view.status;
@@ -119,17 +120,17 @@ TEST_F(DocumentSessionTest, OpeningShowsTheDocumentAndTheSameFileTwiceDoesNothin
 
   // Even with changes, the open document's own path asks nothing and keeps them.
   EditFirstRecord("changed");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EXPECT_TRUE(prompter.boxes.empty());
   EXPECT_EQ(FirstRecordText(book), "changed");
   EXPECT_TRUE(book.modified);
 }
 
 TEST_F(DocumentSessionTest, OpeningCompilesTheCurrentTableInEveryNativeForm) {
-  for (uint8_t format : {native_format::kXml, native_format::kXmlCompressed,
-                         native_format::kBinary, native_format::kBinaryCompressed}) {
-    std::string path = SavedSample("form" + std::to_string(format) + ".kpx", format);
-    ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative)) << int(format);
+  for (NativeFormat format : {NativeFormat::kXml, NativeFormat::kXmlCompressed,
+                              NativeFormat::kBinary, NativeFormat::kBinaryCompressed}) {
+    std::string path = SavedSample("form" + std::to_string(int(format)) + ".kpx", format);
+    ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative)) << int(format);
     // The current table's fields and records are ready for the grid and the commands.
     EXPECT_EQ(book.fieldDefaults.size(), 2u) << int(format);
     EXPECT_EQ(book.records.count(), 303u) << int(format);
@@ -138,12 +139,12 @@ TEST_F(DocumentSessionTest, OpeningCompilesTheCurrentTableInEveryNativeForm) {
 
 TEST_F(DocumentSessionTest, TheSaveQuestionGuardsChangesWhenAnotherFileOpens) {
   std::string first = SavedSample("first.kpx");
-  std::string second = SavedSample("second.kpx", native_format::kXml);
-  ASSERT_TRUE(session.OpenDocument(first, open_kind::kNative));
+  std::string second = SavedSample("second.kpx", NativeFormat::kXml);
+  ASSERT_TRUE(session.OpenDocument(first, DocumentKind::kNative));
   EditFirstRecord("kept");
 
   prompter.answers = {answer::kCancel};
-  EXPECT_FALSE(session.OpenDocument(second, open_kind::kNative));
+  EXPECT_FALSE(session.OpenDocument(second, DocumentKind::kNative));
   ASSERT_EQ(prompter.boxes.size(), 1u);
   EXPECT_EQ(prompter.boxes[0].text, "Save changes to first.kpx?");
   EXPECT_EQ(prompter.boxes[0].flags & mb::kButtonMask, mb::kYesNoCancel);
@@ -153,9 +154,9 @@ TEST_F(DocumentSessionTest, TheSaveQuestionGuardsChangesWhenAnotherFileOpens) {
 
   // Yes saves the change into the first file before the second one opens.
   prompter.answers = {answer::kYes};
-  ASSERT_TRUE(session.OpenDocument(second, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(second, DocumentKind::kNative));
   EXPECT_EQ(book.fileName, second);
-  EXPECT_EQ(book.fileFormat, native_format::kXml);
+  EXPECT_EQ(book.fileFormat, NativeFormat::kXml);
   Workbook reread;
   NativeFileKind kind;
   ErrorCode error = err::kNone;
@@ -166,17 +167,17 @@ TEST_F(DocumentSessionTest, TheSaveQuestionGuardsChangesWhenAnotherFileOpens) {
   // No drops the change.
   EditFirstRecord("dropped");
   prompter.answers = {answer::kNo};
-  ASSERT_TRUE(session.OpenDocument(first, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(first, DocumentKind::kNative));
   ASSERT_TRUE(ReadDocumentFile(second, reread, kind, error));
   EXPECT_EQ(FirstRecordText(reread), "person 0");
 }
 
 TEST_F(DocumentSessionTest, AFailedOpenIsShownAndLeavesNoDocument) {
   std::string good = SavedSample("good.kpx");
-  ASSERT_TRUE(session.OpenDocument(good, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(good, DocumentKind::kNative));
 
   std::string junk = dir.Write("junk.kpx", "abcdefghijklmnop");
-  EXPECT_FALSE(session.OpenDocument(junk, open_kind::kNative));
+  EXPECT_FALSE(session.OpenDocument(junk, DocumentKind::kNative));
   EXPECT_FALSE(session.HasDocument());
   EXPECT_TRUE(book.fileName.empty());
   EXPECT_EQ(LastBoxText(), ErrorText(err::kInvalidBinaryFormat));
@@ -185,23 +186,23 @@ TEST_F(DocumentSessionTest, AFailedOpenIsShownAndLeavesNoDocument) {
 
   // An 11-byte header with one letter among the digits is no binary file either.
   std::string almost = dir.Write("almost.kpx", "3000000x000");
-  EXPECT_FALSE(session.OpenDocument(almost, open_kind::kNative));
+  EXPECT_FALSE(session.OpenDocument(almost, DocumentKind::kNative));
   EXPECT_EQ(LastBoxText(), ErrorText(err::kInvalidBinaryFormat));
 
   std::string broken =
       dir.Write("broken.kpx", "<?xml version=\"1.0\"?>\n<Workbook>\n<Nonsense/>\n</Workbook>\n");
-  EXPECT_FALSE(session.OpenDocument(broken, open_kind::kNative));
+  EXPECT_FALSE(session.OpenDocument(broken, DocumentKind::kNative));
   EXPECT_FALSE(session.HasDocument());
   EXPECT_NE(LastBoxText().find("Line: "), std::string::npos) << LastBoxText();
 
-  EXPECT_FALSE(session.OpenDocument(dir.Path("absent.kpx"), open_kind::kNative));
+  EXPECT_FALSE(session.OpenDocument(dir.Path("absent.kpx"), DocumentKind::kNative));
   EXPECT_EQ(LastBoxText(), ErrorText(err::kFileOpenRead));
   EXPECT_FALSE(session.HasDocument());
 }
 
 TEST_F(DocumentSessionTest, AnEmptyFileBecomesANewDatabaseOfThatName) {
   std::string path = dir.Write("Inventory.kpx", "");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EXPECT_EQ(book.TableCount(), 1u);
   EXPECT_NE(book.FindTable("Inventory"), nullptr);
   EXPECT_EQ(book.fileName, path);
@@ -216,15 +217,18 @@ TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
   std::string upper = dir.Write("data.TXT", "a\tb\n");
   std::string tsv = dir.Write("data.tsv", "a\tb\n");
   ASSERT_TRUE(session.OpenFromCommandLine(upper));
-  EXPECT_EQ(book.openKind, open_kind::kText);
+  EXPECT_EQ(book.openKind, DocumentKind::kText);
   ASSERT_TRUE(session.OpenFromCommandLine(tsv));
   EXPECT_EQ(foreign.calls, "read 1 data.TXT;read 1 data.tsv;");
   // The Open dialog's first two filters go by the extension too; the others name the kind.
   foreign.calls.clear();
-  prompter.openChoices = {{upper, 0}, {tsv, 1}, {upper, 3}, {tsv, 7}};
+  prompter.openChoices = {{upper, FileFilter::kDefault},
+                          {tsv, FileFilter::kNative},
+                          {upper, FileFilter::kExcelXml},
+                          {tsv, FileFilter::kClipper}};
   for (int i = 0; i < 4; ++i) ASSERT_TRUE(session.OpenWithDialog());
   EXPECT_EQ(foreign.calls, "read 1 data.TXT;read 1 data.tsv;read 2 data.TXT;read 6 data.tsv;");
-  EXPECT_EQ(settings.openFilterIndex, 7);
+  EXPECT_EQ(settings.openFilter, FileFilter::kClipper);
   EXPECT_FALSE(session.OpenWithDialog());  // Cancel
   EXPECT_EQ(book.fileName, tsv);
   ASSERT_TRUE(session.CloseDocument());
@@ -252,7 +256,7 @@ TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
 
 TEST_F(DocumentSessionTest, ReloadDiscardsChangesWithoutAsking) {
   std::string path = SavedSample("reload.kpx");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EditFirstRecord("scratch");
   ASSERT_TRUE(session.ReloadDocument());
   EXPECT_TRUE(prompter.boxes.empty());
@@ -266,8 +270,8 @@ TEST_F(DocumentSessionTest, ReloadDiscardsChangesWithoutAsking) {
 }
 
 TEST_F(DocumentSessionTest, SavingStampsTheUserAndTimeAndKeepsTheForm) {
-  std::string path = SavedSample("stamp.kpx", native_format::kBinary);
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  std::string path = SavedSample("stamp.kpx", NativeFormat::kBinary);
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EditFirstRecord("saved");
   ASSERT_TRUE(session.SaveDocument());
   EXPECT_FALSE(book.modified);
@@ -286,7 +290,7 @@ TEST_F(DocumentSessionTest, SavingStampsTheUserAndTimeAndKeepsTheForm) {
   EXPECT_EQ(reread.lastSavedAt, book.lastSavedAt);
 
   // The File Format menu changes the form of the next save.
-  session.SetFileFormat(native_format::kXmlCompressed);
+  session.SetFileFormat(NativeFormat::kXmlCompressed);
   EXPECT_EQ(view.status.rfind("Format: Xml, compressed", 0), 0u);
   ASSERT_TRUE(session.SaveDocument());
   EXPECT_EQ(ReadFileBytes(path).substr(0, 2), "\x1f\x8b");
@@ -295,10 +299,10 @@ TEST_F(DocumentSessionTest, SavingStampsTheUserAndTimeAndKeepsTheForm) {
 TEST_F(DocumentSessionTest, SaveAsSuppliesTheExtensionAndTakesTheSideFileAlong) {
   std::string path = SavedSample("orig.kpx");
   WriteFileBytes(SideFilePath(path), "--0000000000 1\r\n\r\nYQ==\r\n\r\n");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EditFirstRecord("copy");
 
-  prompter.saveChoices.push_back({dir.Path("copy"), 1});
+  prompter.saveChoices.push_back({dir.Path("copy"), FileFilter::kNative});
   ASSERT_TRUE(session.SaveDocumentAs());
   std::string copy = dir.Path("copy.kpx");
   EXPECT_EQ(book.fileName, copy);
@@ -317,10 +321,10 @@ TEST_F(DocumentSessionTest, SaveAsSuppliesTheExtensionAndTakesTheSideFileAlong) 
   EXPECT_NE(view.status.find(" ("), std::string::npos) << view.status;
 
   // A foreign filter writes through its module with that kind's extension.
-  prompter.saveChoices.push_back({dir.Path("export"), 3});
+  prompter.saveChoices.push_back({dir.Path("export"), FileFilter::kExcelXml});
   ASSERT_TRUE(session.SaveDocumentAs());
   EXPECT_EQ(foreign.calls, "write 2 export.xml;");
-  EXPECT_EQ(book.openKind, open_kind::kExcelXml);
+  EXPECT_EQ(book.openKind, DocumentKind::kExcelXml);
 
   // Cancel writes nothing.
   EXPECT_FALSE(session.SaveDocumentAs());
@@ -328,7 +332,7 @@ TEST_F(DocumentSessionTest, SaveAsSuppliesTheExtensionAndTakesTheSideFileAlong) 
 
 TEST_F(DocumentSessionTest, ANewDocumentIsSavedThroughSaveAsAndCloseCanBeCancelled) {
   std::string path = dir.Write("Blank.kpx", "");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   session.ResetDocument();
   ASSERT_TRUE(CreateTable(book, "Fresh"));
   session.MarkModified(true);
@@ -341,7 +345,7 @@ TEST_F(DocumentSessionTest, ANewDocumentIsSavedThroughSaveAsAndCloseCanBeCancell
   EXPECT_TRUE(session.HasDocument());
 
   prompter.answers = {answer::kYes};
-  prompter.saveChoices.push_back({dir.Path("fresh.kpx"), 0});
+  prompter.saveChoices.push_back({dir.Path("fresh.kpx"), FileFilter::kDefault});
   ASSERT_TRUE(session.CloseDocument());
   EXPECT_FALSE(session.HasDocument());
   EXPECT_TRUE(platform::FileExists(dir.Path("fresh.kpx")));
@@ -384,12 +388,12 @@ TEST_F(DocumentSessionTest, AFileInUseIsOfferedReadOnlyAndNeverSavedOver) {
   std::string before = ReadFileBytes(path);
   LockHolder other(path);
 
-  EXPECT_FALSE(session.OpenDocument(path, open_kind::kNative));
+  EXPECT_FALSE(session.OpenDocument(path, DocumentKind::kNative));
   EXPECT_EQ(prompter.dialogs, std::vector<std::string>{"read-only:" + path});
   EXPECT_FALSE(session.HasDocument());
 
   prompter.readOnlyAnswers = {true};
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EXPECT_TRUE(book.readOnly);
   EditFirstRecord("mine");
   EXPECT_FALSE(session.SaveDocument());
@@ -401,7 +405,7 @@ TEST_F(DocumentSessionTest, AFileInUseIsOfferedReadOnlyAndNeverSavedOver) {
 
 TEST_F(DocumentSessionTest, AnOpenDocumentIsInUseForOtherProcessesAfterEachSave) {
   std::string path = SavedSample("mine.kpx");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kInUse);
   // The save renames a new file into place; the lock must follow it.
   EditFirstRecord("again");
@@ -412,7 +416,7 @@ TEST_F(DocumentSessionTest, AnOpenDocumentIsInUseForOtherProcessesAfterEachSave)
 }
 
 TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {
-  std::string path = SavedSample("limited.kpx", native_format::kXml);
+  std::string path = SavedSample("limited.kpx", NativeFormat::kXml);
   std::string before = ReadFileBytes(path);
   pid_t child = fork();
   if (child == 0) {
@@ -422,7 +426,7 @@ TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {
     Workbook childBook;
     SessionSettings childSettings;
     DocumentSession childSession(childBook, childSettings);
-    if (!childSession.OpenDocument(path, open_kind::kNative)) _exit(10);
+    if (!childSession.OpenDocument(path, DocumentKind::kNative)) _exit(10);
     uint8_t rec[256];
     std::string filler(200, 'z');
     for (uint32_t r = 0; r < 5000; ++r) {
@@ -453,9 +457,9 @@ TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {
 TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
   NewDatabaseAnswers answers;
   answers.tableName = "Contacts";
-  answers.fields = {{"Name", 0, false, false, ""},
-                    {"Age", 1, false, true, "30"},
-                    {"Double", 1, false, false, "=Age*2"}};
+  answers.fields = {{"Name", FieldType::kText, false, false, ""},
+                    {"Age", FieldType::kNumber, false, true, "30"},
+                    {"Double", FieldType::kNumber, false, false, "=Age*2"}};
   answers.path = dir.Path("contacts");
   prompter.wizards.push_back(answers);
   ASSERT_TRUE(session.NewDatabase());
@@ -472,14 +476,14 @@ TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
   ASSERT_EQ(FieldCount(table), 3u);
   FieldSpec age;
   ASSERT_TRUE(ReadField(table, 1, age));
-  EXPECT_EQ(age.type, field_type::kNumber);
+  EXPECT_EQ(age.type, FieldType::kNumber);
   EXPECT_EQ(age.formulaOrValue, "V:30");
   FieldSpec twice;
   ASSERT_TRUE(ReadField(table, 2, twice));
   EXPECT_EQ(twice.formulaOrValue, "F:=Age*2");
 
   // Answers the dialogs would have refused end with their message and no document.
-  answers.fields = {{"9lives", 0, false, false, ""}};
+  answers.fields = {{"9lives", FieldType::kText, false, false, ""}};
   answers.path.clear();
   prompter.wizards.push_back(answers);
   EXPECT_FALSE(session.NewDatabase());
@@ -491,7 +495,7 @@ TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
   EXPECT_FALSE(session.HasDocument());
 
   // Without a file page the database waits, unnamed and modified, for its first save.
-  answers.fields = {{"Title", 0, false, false, ""}};
+  answers.fields = {{"Title", FieldType::kText, false, false, ""}};
   prompter.wizards.push_back(answers);
   ASSERT_TRUE(session.NewDatabase());
   EXPECT_TRUE(book.fileName.empty());
@@ -499,8 +503,8 @@ TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {
 }
 
 TEST_F(DocumentSessionTest, ProtectionAsksForTheBinaryFormBeforeSaving) {
-  std::string path = SavedSample("guarded.kpx", native_format::kXml);
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  std::string path = SavedSample("guarded.kpx", NativeFormat::kXml);
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   book.protectionMode = 2;
   EditFirstRecord("secret");
   std::string before = ReadFileBytes(path);
@@ -513,11 +517,11 @@ TEST_F(DocumentSessionTest, ProtectionAsksForTheBinaryFormBeforeSaving) {
 
   prompter.answers = {answer::kOk};
   ASSERT_TRUE(session.SaveDocument());
-  EXPECT_EQ(book.fileFormat, native_format::kBinary);
+  EXPECT_EQ(book.fileFormat, NativeFormat::kBinary);
   EXPECT_EQ(ReadFileBytes(path)[0], '3');
 
   // A foreign form cannot carry the protection: the user is told, and the save goes on.
-  book.openKind = open_kind::kText;
+  book.openKind = DocumentKind::kText;
   session.MarkModified(true);
   ASSERT_TRUE(session.SaveDocument());
   EXPECT_EQ(LastBoxText(), LoadStringText(str::kProtectionIgnored));
@@ -526,7 +530,7 @@ TEST_F(DocumentSessionTest, ProtectionAsksForTheBinaryFormBeforeSaving) {
 
 TEST_F(DocumentSessionTest, TheTimerSavesAndClosesAsTheSettingsSay) {
   std::string path = SavedSample("timed.kpx");
-  ASSERT_TRUE(session.OpenDocument(path, open_kind::kNative));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   settings.autoSaveMinutes = 5;
   EditFirstRecord("auto");
   EXPECT_EQ(session.OnTimer(4, 4), TimerAction::kNone);

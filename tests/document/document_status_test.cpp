@@ -33,28 +33,32 @@ TEST(DocumentStatusTest, StatusTellsFormatSizeAndLastSave) {
   sizes.documentBytes = 2048;
   book.lastSavedAt = "2026-11-21T09:05:07";
   book.lastSavedBy = "ann";
-  EXPECT_EQ(DocumentStatusText(book, 4, sizes, genericLocale),
+  EXPECT_EQ(DocumentStatusText(book, NativeFormat::kBinaryCompressed, sizes, genericLocale),
             "Format: Binary, compressed;    Size: 2.00 KB;    Last saved: 11/21/2026 09:05:07 "
             "by ann");
-  book.fileFormat = 1;
+  book.fileFormat = NativeFormat::kXml;
   sizes.sideFile = true;
   sizes.sideFileBytes = 1024 * 1024;
-  EXPECT_EQ(DocumentStatusText(book, 4, sizes, testing::kGermanLocale),
-            "Format: Xml;    Size: 1,00 MB (2,00 KB);    Last saved: 21.11.2026 09:05:07 by ann");
+  EXPECT_EQ(
+      DocumentStatusText(book, NativeFormat::kBinaryCompressed, sizes, testing::kGermanLocale),
+      "Format: Xml;    Size: 1,00 MB (2,00 KB);    Last saved: 21.11.2026 09:05:07 by ann");
   // Excel files show size and save; the other foreign kinds only their format.
-  book.openKind = 2;
-  EXPECT_EQ(DocumentStatusText(book, 4, sizes, genericLocale)
+  book.openKind = DocumentKind::kExcelXml;
+  EXPECT_EQ(DocumentStatusText(book, NativeFormat::kBinaryCompressed, sizes, genericLocale)
                 .rfind("Format: Excel 2003 XML;    Size: ", 0),
             0u);
-  book.openKind = 5;
-  EXPECT_EQ(DocumentStatusText(book, 4, sizes, genericLocale), "Format: Foxpro");
+  book.openKind = DocumentKind::kFoxPro;
+  EXPECT_EQ(DocumentStatusText(book, NativeFormat::kBinaryCompressed, sizes, genericLocale),
+            "Format: Foxpro");
   // A document never saved has no size and no save to tell.
-  book.openKind = 0;
+  book.openKind = DocumentKind::kNative;
   book.lastSavedAt.clear();
-  EXPECT_EQ(DocumentStatusText(book, 3, DocumentSizes(), genericLocale), "Format: Xml");
+  EXPECT_EQ(DocumentStatusText(book, NativeFormat::kBinary, DocumentSizes(), genericLocale),
+            "Format: Xml");
   // A default outside the four forms is written as XML, and said so.
-  book.fileFormat = 0;
-  EXPECT_EQ(DocumentStatusText(book, 9, DocumentSizes(), genericLocale), "Format: Xml");
+  book.fileFormat = NativeFormat::kDefault;
+  EXPECT_EQ(DocumentStatusText(book, static_cast<NativeFormat>(9), DocumentSizes(), genericLocale),
+            "Format: Xml");
 }
 
 TEST(RecentFilesTest, NewestFirstWithoutRepeatsUpToTheLimit) {

@@ -59,7 +59,7 @@ TEST_F(SettingsHostTest, AFirstStartWritesTheDefaultsAndTheNextStartReadsChanges
   ErrorCode error = err::kNone;
   ASSERT_TRUE(LoadProfile(SettingsFile(), written, formats, error));
   EXPECT_EQ(written.undoLevel, 20);
-  EXPECT_EQ(written.defaultFileFormat, 1);
+  EXPECT_EQ(written.defaultFileFormat, NativeFormat::kXml);
 
   written.undoLevel = 7;
   written.recentFiles = {"/data/a.kpx"};

@@ -23,16 +23,21 @@ class DocumentFileTest : public ::testing::Test {
 TEST_F(DocumentFileTest, EachFormSavesAndReadsBackByItsKind) {
   Workbook book;
   testing::BuildSampleWorkbook(book);
-  const NativeFileKind kinds[] = {NativeFileKind::kXml, NativeFileKind::kXmlCompressed,
-                                  NativeFileKind::kBinary, NativeFileKind::kBinaryCompressed};
-  for (uint8_t format = native_format::kXml; format <= native_format::kBinaryCompressed; ++format) {
-    std::string path = dir.Path("doc" + std::to_string(format) + ".kpx");
+  const struct {
+    NativeFormat format;
+    NativeFileKind kind;
+  } forms[] = {{NativeFormat::kXml, NativeFileKind::kXml},
+               {NativeFormat::kXmlCompressed, NativeFileKind::kXmlCompressed},
+               {NativeFormat::kBinary, NativeFileKind::kBinary},
+               {NativeFormat::kBinaryCompressed, NativeFileKind::kBinaryCompressed}};
+  for (const auto& form : forms) {
+    std::string path = dir.Path("doc" + std::to_string(int(form.format)) + ".kpx");
     ErrorCode error = err::kNone;
-    ASSERT_TRUE(WriteDocumentFile(path, book, format, error)) << int(error);
+    ASSERT_TRUE(WriteDocumentFile(path, book, form.format, error)) << int(error);
     Workbook back;
     NativeFileKind kind;
     ASSERT_TRUE(ReadDocumentFile(path, back, kind, error)) << int(error);
-    EXPECT_EQ(kind, kinds[format - 1]);
+    EXPECT_EQ(kind, form.kind);
     testing::ExpectSameWorkbook(book, back);
   }
   testing::WriteFileBytes(dir.Path("empty.kpx"), "");
@@ -49,22 +54,22 @@ TEST_F(DocumentFileTest, AFailedSaveLeavesThePreviousFileAndNoTemporary) {
   testing::BuildSampleWorkbook(book);
   std::string path = dir.Path("keep.kpx");
   ErrorCode error = err::kNone;
-  ASSERT_TRUE(WriteDocumentFile(path, book, native_format::kXml, error));
+  ASSERT_TRUE(WriteDocumentFile(path, book, NativeFormat::kXml, error));
   std::string before = testing::ReadFileBytes(path);
   // A text too long for the XML form fails the save half-way.
   uint8_t record[4000];
   cell::EncodeText(record, 0, 5, std::string(3500, 'x'));
   ASSERT_TRUE(book.FindTable("People")->cells.PutCell(record));
-  EXPECT_FALSE(WriteDocumentFile(path, book, native_format::kXml, error));
+  EXPECT_FALSE(WriteDocumentFile(path, book, NativeFormat::kXml, error));
   EXPECT_EQ(error, err::kXmlInvalidData);
   EXPECT_EQ(testing::ReadFileBytes(path), before);
   EXPECT_FALSE(platform::FileExists(dir.Path(".keep.kpx.saving")));
   // The binary form holds it: the save goes through and replaces the file.
-  ASSERT_TRUE(WriteDocumentFile(path, book, native_format::kBinary, error));
+  ASSERT_TRUE(WriteDocumentFile(path, book, NativeFormat::kBinary, error));
   EXPECT_NE(testing::ReadFileBytes(path), before);
   EXPECT_FALSE(platform::FileExists(dir.Path(".keep.kpx.saving")));
   // A folder that does not exist cannot take the temporary file.
-  EXPECT_FALSE(WriteDocumentFile(dir.Path("no/such/doc.kpx"), book, native_format::kBinary, error));
+  EXPECT_FALSE(WriteDocumentFile(dir.Path("no/such/doc.kpx"), book, NativeFormat::kBinary, error));
   EXPECT_EQ(error, err::kFileOpenWrite);
 }
 

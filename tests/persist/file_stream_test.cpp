@@ -74,6 +74,17 @@ TEST_F(FileStreamTest, KindsFromTheFirstElevenBytesThroughGzip) {
   EXPECT_EQ(missing.error, err::kFileOpenRead);
 }
 
+TEST(FileKindTest, OnlyTheFourWrittenFormsAreKeptForTheNextSave) {
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kXml), NativeFormat::kXml);
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kXmlCompressed), NativeFormat::kXmlCompressed);
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kBinary), NativeFormat::kBinary);
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kBinaryCompressed), NativeFormat::kBinaryCompressed);
+  // The older single-table form and an empty file are no form a save writes.
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kOlderDatabase), NativeFormat::kDefault);
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kEmpty), NativeFormat::kDefault);
+  EXPECT_EQ(FormatOfFileKind(NativeFileKind::kNone), NativeFormat::kDefault);
+}
+
 TEST_F(FileStreamTest, WritesAndReadsAcrossBufferRefillsPlainAndGzipped) {
   std::string data;
   for (int i = 0; i < 300000; ++i) data += static_cast<char>('a' + i * 7 % 26);

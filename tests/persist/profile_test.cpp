@@ -29,7 +29,7 @@ TEST_F(ProfileTest, EveryOptionRoundTrips) {
   s.opacity = 85;
   s.autoSaveMinutes = 5;
   s.autoCloseMinutes = 30;
-  s.defaultFileFormat = 4;
+  s.defaultFileFormat = NativeFormat::kBinaryCompressed;
   s.localeChoice = 12;
   s.startFolder = "/home/me/Databases & <more>";
   s.fontName = "DejaVu Sans";
@@ -66,7 +66,7 @@ TEST_F(ProfileTest, EveryOptionRoundTrips) {
   EXPECT_EQ(back.opacity, 85);
   EXPECT_EQ(back.autoSaveMinutes, 5);
   EXPECT_EQ(back.autoCloseMinutes, 30);
-  EXPECT_EQ(back.defaultFileFormat, 4);
+  EXPECT_EQ(back.defaultFileFormat, NativeFormat::kBinaryCompressed);
   EXPECT_EQ(back.localeChoice, 12);
   EXPECT_EQ(back.startFolder, s.startFolder);
   EXPECT_EQ(back.fontName, "DejaVu Sans");
@@ -79,6 +79,33 @@ TEST_F(ProfileTest, EveryOptionRoundTrips) {
   EXPECT_TRUE(back.profileReadOnly);
   ASSERT_EQ(backFormats.UserFormats(), std::vector<std::string>{"0.000 \"kg\""});
   EXPECT_EQ(backFormats.nameAt(backFormats.size() - 1), "Weight");
+}
+
+TEST_F(ProfileTest, TheDefaultFormTravelsAsTwoFlags) {
+  std::string path = dir.Path("format.xml");
+  ErrorCode error = err::kNone;
+  for (NativeFormat format : {NativeFormat::kXml, NativeFormat::kXmlCompressed,
+                              NativeFormat::kBinary, NativeFormat::kBinaryCompressed}) {
+    SessionSettings s;
+    s.defaultFileFormat = format;
+    ASSERT_TRUE(SaveProfile(path, s, UserFormatList(), error));
+    SessionSettings back;
+    UserFormatList formats;
+    ASSERT_TRUE(LoadProfile(path, back, formats, error));
+    EXPECT_EQ(back.defaultFileFormat, format) << int(format);
+  }
+  // A value that is none of the four is written as plain XML.
+  SessionSettings odd;
+  odd.defaultFileFormat = NativeFormat::kDefault;
+  ASSERT_TRUE(SaveProfile(path, odd, UserFormatList(), error));
+  EXPECT_NE(testing::ReadFileBytes(path).find("Xml=\"Yes\" Compressed=\"No\""), std::string::npos);
+  odd.defaultFileFormat = static_cast<NativeFormat>(9);
+  ASSERT_TRUE(SaveProfile(path, odd, UserFormatList(), error));
+  SessionSettings back;
+  back.defaultFileFormat = NativeFormat::kBinary;
+  UserFormatList formats;
+  ASSERT_TRUE(LoadProfile(path, back, formats, error));
+  EXPECT_EQ(back.defaultFileFormat, NativeFormat::kXml);
 }
 
 TEST_F(ProfileTest, WindowWordsEmptyListsAndAMissingPassword) {

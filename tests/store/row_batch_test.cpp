@@ -43,7 +43,7 @@ void Fill(Worksheet& sheet, Model& model, std::mt19937& rng, uint32_t rows) {
       model.styles[r] = style;
     }
     if (rng() % 9 == 0) {
-      sheet.objects.push_back(SheetObject{r, 3, 4, "x"});
+      sheet.objects.push_back(SheetObject{r, 3, FieldType::kLongText, "x"});
       model.objects.insert({r, 3});
     }
   }

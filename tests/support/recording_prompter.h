@@ -34,7 +34,7 @@ class RecordingPrompter : public Prompter {
   }
 
   bool ChooseOpenFile(OpenFileChoice& choice) override {
-    dialogs.push_back("open:" + choice.path + ":" + std::to_string(choice.filterIndex));
+    dialogs.push_back("open:" + choice.path + ":" + std::to_string(int(choice.filter)));
     if (openChoices.empty()) return false;
     choice = openChoices.front();
     openChoices.pop_front();
@@ -42,7 +42,7 @@ class RecordingPrompter : public Prompter {
   }
 
   bool ChooseSaveFile(SaveFileChoice& choice) override {
-    dialogs.push_back("save-as:" + choice.path + ":" + std::to_string(choice.filterIndex));
+    dialogs.push_back("save-as:" + choice.path + ":" + std::to_string(int(choice.filter)));
     if (saveChoices.empty()) return false;
     choice = saveChoices.front();
     saveChoices.pop_front();

@@ -108,10 +108,10 @@ inline void BuildSampleWorkbook(Workbook& book) {
   book.currentSheet = book.FindTable("People");
   FieldSpec name;
   name.name = "Name";
-  name.type = field_type::kText;
+  name.type = FieldType::kText;
   FieldSpec age;
   age.name = "Age";
-  age.type = field_type::kNumber;
+  age.type = FieldType::kNumber;
   age.formulaOrValue = "F:=Age+1";
   ASSERT_TRUE(InsertField(book, 0, name));
   ASSERT_TRUE(InsertField(book, 1, age));

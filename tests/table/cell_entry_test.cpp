@@ -13,9 +13,9 @@ using testing::Field;
 class CellEntryTest : public testing::TableTest {
  protected:
   void SetUp() override {
-    MakeTable({Field("Name", field_type::kText), Field("Qty", field_type::kNumber),
-               Field("Double", field_type::kNumber, "F:=Qty*2"), Field("Born", field_type::kText),
-               Field("Notes", field_type::kLongText)});
+    MakeTable({Field("Name", FieldType::kText), Field("Qty", FieldType::kNumber),
+               Field("Double", FieldType::kNumber, "F:=Qty*2"), Field("Born", FieldType::kText),
+               Field("Notes", FieldType::kLongText)});
     // The Born column shows dates: typed dates are kept as generic date text.
     NumberStyle date;
     date.kind = format_kind::kDate;

@@ -13,8 +13,8 @@ using testing::Field;
 class ConvertTest : public testing::TableTest {
  protected:
   void SetUp() override {
-    MakeTable({Field("Text", field_type::kText), Field("Number", field_type::kNumber),
-               Field("Other", field_type::kText)});
+    MakeTable({Field("Text", FieldType::kText), Field("Number", FieldType::kNumber),
+               Field("Other", FieldType::kText)});
   }
   std::string After(int mode, const std::string& text) {
     PutText(0, 0, text);

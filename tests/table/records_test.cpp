@@ -18,10 +18,10 @@ using testing::Field;
 class RecordsTest : public testing::TableTest {
  protected:
   void SetUp() override {
-    MakeTable({Field("Name", field_type::kText, "V:nobody"),
-               Field("Qty", field_type::kNumber, "V:1,5"),
-               Field("Double", field_type::kNumber, "f:=Qty*2"),
-               Field("Stored", field_type::kText, "F:x+1")});
+    MakeTable({Field("Name", FieldType::kText, "V:nobody"),
+               Field("Qty", FieldType::kNumber, "V:1,5"),
+               Field("Double", FieldType::kNumber, "f:=Qty*2"),
+               Field("Stored", FieldType::kText, "F:x+1")});
     for (uint32_t r = 0; r < 5; ++r) {
       PutText(r, 0, "n" + std::to_string(r));
       PutNumber(r, 1, r);
@@ -103,7 +103,7 @@ TEST_F(RecordsTest, InsertIntoANarrowedSetPutsARowBeforeEachSelectedOne) {
 }
 
 TEST_F(RecordsTest, RemoveRecordsClosesTheGapsAndFreesTheLastRow) {
-  Data().objects.push_back(SheetObject{3, 1, field_type::kLongText, "x"});
+  Data().objects.push_back(SheetObject{3, 1, FieldType::kLongText, "x"});
   ASSERT_TRUE(RemoveRecords(book, 1, 2));
   EXPECT_EQ(book.records.count(), 3u);
   EXPECT_EQ(At(1, 0), "'n3'");

@@ -14,8 +14,8 @@ using testing::Field;
 class SchemaTest : public testing::TableTest {
  protected:
   void SetUp() override {
-    MakeTable({Field("Name", field_type::kText), Field("Price", field_type::kNumber),
-               Field("Notes", field_type::kLongText)});
+    MakeTable({Field("Name", FieldType::kText), Field("Price", FieldType::kNumber),
+               Field("Notes", FieldType::kLongText)});
   }
   FieldCheck Check(FieldEdit edit) {
     FieldSpec fieldRow;
@@ -27,16 +27,16 @@ TEST_F(SchemaTest, FieldRowsRoundTripAndTypesReadByExactText) {
   FieldSpec fieldRow;
   ASSERT_TRUE(ReadField(Table(), 1, fieldRow));
   EXPECT_EQ(fieldRow.name, "Price");
-  EXPECT_EQ(fieldRow.type, field_type::kNumber);
+  EXPECT_EQ(fieldRow.type, FieldType::kNumber);
   EXPECT_FALSE(ReadField(Table(), 3, fieldRow));
-  uint8_t type;
+  FieldType type;
   bool link;
   ParseFieldTypeText("Text / Link", type, link);
-  EXPECT_EQ(type, field_type::kText);
+  EXPECT_EQ(type, FieldType::kText);
   EXPECT_TRUE(link);
   ParseFieldTypeText("text", type, link);  // not an exact match
-  EXPECT_EQ(type, field_type::kUnknown);
-  EXPECT_STREQ(FieldTypeText(field_type::kUnknown, false), "Unknown");
+  EXPECT_EQ(type, FieldType::kUnknown);
+  EXPECT_STREQ(FieldTypeText(FieldType::kUnknown, false), "Unknown");
 
   // An empty text deletes its cell rather than writing an empty one.
   fieldRow.formulaOrValue = "V:3";
@@ -47,18 +47,30 @@ TEST_F(SchemaTest, FieldRowsRoundTripAndTypesReadByExactText) {
   EXPECT_EQ(Table().catalogue->cells.GetCell(2, catalogue::kFormulaColumn), nullptr);
 }
 
+TEST(FieldTypeCombo, ListsTheFourTypesAndNothingElse) {
+  const FieldType listed[] = {FieldType::kText, FieldType::kNumber, FieldType::kLongText,
+                              FieldType::kFiles};
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(FieldTypeOfCombo(i), listed[i]);
+    EXPECT_EQ(ComboOfFieldType(listed[i]), i);
+  }
+  EXPECT_EQ(FieldTypeOfCombo(-1), FieldType::kUnknown);
+  EXPECT_EQ(FieldTypeOfCombo(4), FieldType::kUnknown);
+  EXPECT_EQ(ComboOfFieldType(FieldType::kUnknown), -1);
+}
+
 TEST_F(SchemaTest, DialogChecksInTheirOrder) {
   FieldEdit edit = EditOfField(Table(), 1);
-  edit.comboIndex = 2;  // Number to Long Text
+  edit.type = FieldType::kLongText;  // Number to Long Text
   FieldCheck check = Check(edit);
   EXPECT_EQ(check.stringId, str::kConversionUnavailable);
   FieldEdit notes = EditOfField(Table(), 2);
-  notes.comboIndex = 3;  // Long Text to Images/Files
+  notes.type = FieldType::kFiles;  // Long Text to Images/Files
   EXPECT_EQ(Check(notes).stringId, str::kConversionUnavailable);
-  edit.comboIndex = 2;
+  edit.type = FieldType::kLongText;
   FieldSpec fieldRow;
   CheckField(Table(), edit, fieldRow);
-  EXPECT_EQ(edit.comboIndex, 1);  // the old type is put back
+  EXPECT_EQ(edit.type, FieldType::kNumber);  // the old type is put back
 
   FieldEdit added;
   added.name = "   ";
@@ -78,7 +90,7 @@ TEST_F(SchemaTest, DialogChecksInTheirOrder) {
 
   // Its own name is no duplicate; a Text <-> Number change is allowed.
   FieldEdit same = EditOfField(Table(), 0);
-  same.comboIndex = 1;
+  same.type = FieldType::kNumber;
   EXPECT_TRUE(Check(same).ok());
 }
 
@@ -103,11 +115,11 @@ TEST_F(SchemaTest, InsertDeleteAndSwapMoveCellsFormatsAndObjects) {
   PutText(0, 0, "apple");
   PutNumber(0, 1, 2.5);
   PutText(1, 0, "pear");
-  Data().objects.push_back(SheetObject{1, 2, field_type::kLongText, "long"});
+  Data().objects.push_back(SheetObject{1, 2, FieldType::kLongText, "long"});
   ASSERT_TRUE(Data().formats.ApplyStyleRun(StyleRun{1, 1, 0, 3}));
   Data().formats.SetColumnStyle(1, 5);
 
-  ASSERT_TRUE(InsertField(book, 1, Field("Kind", field_type::kText)));
+  ASSERT_TRUE(InsertField(book, 1, Field("Kind", FieldType::kText)));
   EXPECT_EQ(Names(), (std::vector<std::string>{"Name", "Kind", "Price", "Notes"}));
   EXPECT_EQ(At(0, 2), "2.5");
   EXPECT_EQ(Data().objects[0].column, 3);
@@ -135,15 +147,15 @@ TEST_F(SchemaTest, ModifyConvertsBetweenTextAndNumberOnly) {
   PutText(0, 1, "1,234.5");
   PutText(1, 1, "n/a");
   PutNumber(2, 1, 7, cell::kAuto);
-  FieldSpec text = Field("Price", field_type::kText);
+  FieldSpec text = Field("Price", FieldType::kText);
   ASSERT_TRUE(ModifyField(book, 1, text));  // Number to Text: numbers become labels
   EXPECT_EQ(At(2, 1), "7");                 // a computed cell is left as it is
-  FieldSpec number = Field("Amount", field_type::kNumber);
+  FieldSpec number = Field("Amount", FieldType::kNumber);
   ASSERT_TRUE(ModifyField(book, 1, number));
   EXPECT_EQ(At(0, 1), "1234.5");
   EXPECT_EQ(At(1, 1), "'n/a'");
   EXPECT_EQ(Names()[1], "Amount");
-  EXPECT_FALSE(ModifyField(book, 2, Field("Notes", field_type::kFiles)));
+  EXPECT_FALSE(ModifyField(book, 2, Field("Notes", FieldType::kFiles)));
 }
 
 TEST_F(SchemaTest, TablesAddRenameDeleteAndTheLastOneStays) {
@@ -180,7 +192,7 @@ TEST_F(SchemaTest, TablesAddRenameDeleteAndTheLastOneStays) {
 
 TEST_F(SchemaTest, InsertingPastTheLastColumnIsRefusedBeforeAnythingChanges) {
   PutText(0, kLastColumn, "edge");
-  EXPECT_FALSE(InsertField(book, 0, Field("New", field_type::kText)));
+  EXPECT_FALSE(InsertField(book, 0, Field("New", FieldType::kText)));
   EXPECT_EQ(book.errorCode, err::kNoEmptyColumns);
   EXPECT_EQ(Names().size(), 3u);
   EXPECT_EQ(At(0, kLastColumn), "'edge'");

@@ -13,7 +13,7 @@
 
 namespace kelpdex::testing {
 
-inline FieldSpec Field(const std::string& name, uint8_t type,
+inline FieldSpec Field(const std::string& name, FieldType type,
                        const std::string& formulaOrValue = "") {
   FieldSpec fieldRow;
   fieldRow.name = name;

@@ -50,8 +50,8 @@ class TablePropertyTest : public testing::TableTest {
 
 TEST_F(TablePropertyTest, RandomRecordAndFieldOperationsKeepEveryCellInPlace) {
   std::mt19937 rng(2026);
-  MakeTable({Field("A", field_type::kText), Field("B", field_type::kText),
-             Field("C", field_type::kText)});
+  MakeTable(
+      {Field("A", FieldType::kText), Field("B", FieldType::kText), Field("C", FieldType::kText)});
   fields = 3;
   for (uint32_t r = 0; r < 60; ++r) {
     for (uint16_t c = 0; c < 3; ++c) {
@@ -124,7 +124,7 @@ TEST_F(TablePropertyTest, RandomRecordAndFieldOperationsKeepEveryCellInPlace) {
       CheckAgainstModel("remove records");
     } else if (op == 2 && fields < 12) {
       uint16_t at = static_cast<uint16_t>(rng() % (fields + 1));
-      ASSERT_TRUE(InsertField(book, at, Field("F" + std::to_string(step), field_type::kText)));
+      ASSERT_TRUE(InsertField(book, at, Field("F" + std::to_string(step), FieldType::kText)));
       for (Row& row : model) {
         Row next;
         for (auto& [c, t] : row) next[c >= at ? c + 1 : c] = t;

@@ -66,7 +66,7 @@ class ScriptedRecorder : public UndoRecorder {
 class UndoSeamTest : public testing::TableTest {
  protected:
   void SetUp() override {
-    MakeTable({Field("A", field_type::kText), Field("B", field_type::kNumber)});
+    MakeTable({Field("A", FieldType::kText), Field("B", FieldType::kNumber)});
     for (uint32_t r = 0; r < 4; ++r) PutText(r, 0, "r" + std::to_string(r));
     ASSERT_TRUE(RefreshCurrentTable(book));
     book.undo = &recorder;
@@ -76,11 +76,11 @@ class UndoSeamTest : public testing::TableTest {
 };
 
 TEST_F(UndoSeamTest, OneSnapshotPerCommand) {
-  ASSERT_TRUE(InsertField(book, 1, Field("C", field_type::kText)));
+  ASSERT_TRUE(InsertField(book, 1, Field("C", FieldType::kText)));
   ASSERT_TRUE(SwapFields(book, 0, 1));
   EXPECT_TRUE(SwapFields(book, 2, 3));  // past the end: no step
-  ASSERT_TRUE(ModifyField(book, 2, Field("Bee", field_type::kNumber)));
-  ASSERT_TRUE(ModifyField(book, 2, Field("Bee", field_type::kText)));
+  ASSERT_TRUE(ModifyField(book, 2, Field("Bee", FieldType::kNumber)));
+  ASSERT_TRUE(ModifyField(book, 2, Field("Bee", FieldType::kText)));
   ASSERT_TRUE(DeleteField(book, 0));
   ASSERT_TRUE(InsertRecords(book, 1, 1));
   ASSERT_TRUE(RemoveRecords(book, 0, 2));
@@ -100,7 +100,7 @@ TEST_F(UndoSeamTest, OneSnapshotPerCommand) {
 
 TEST_F(UndoSeamTest, ARefusedSnapshotChangesNothing) {
   recorder.refuse = true;
-  EXPECT_FALSE(InsertField(book, 0, Field("C", field_type::kText)));
+  EXPECT_FALSE(InsertField(book, 0, Field("C", FieldType::kText)));
   EXPECT_FALSE(DeleteField(book, 0));
   EXPECT_FALSE(RemoveRecords(book, 0, 0));
   EXPECT_FALSE(InsertRecords(book, 0, 0));
