@@ -25,6 +25,10 @@ namespace kelpdex::native_xml {
 constexpr ScanFlags kOpenAttributes = scan::kOpen | scan::kAttributes;
 constexpr ScanFlags kOptionalOpen = scan::kOpen | scan::kAttributes | scan::kOptional;
 
+// A font name is at most 127 bytes in every direction: its field in the font record is 128
+// bytes, and the last one stays zero so that the name always ends inside the field.
+constexpr size_t kFontNameMax = 127;
+
 // "r<row>c<col>" and its parts, 1-based in the text; an absent number takes the base's.
 struct Address {
   uint32_t row = 0;

@@ -453,7 +453,7 @@ void WriteStyles(XmlWriter& w, const StyleTable& table) {
 bool ReadFontAttributes(XmlScanner& x, uint8_t* f) {
   if (const char* name = x.Attr("Name")) {
     size_t n = std::strlen(name);
-    if (n > 127) return x.Fail(err::kXmlInvalidAttribute);
+    if (n > kFontNameMax) return x.Fail(err::kXmlInvalidAttribute);
     std::memcpy(f + font::kNameAt, name, n);
   }
   int size = 0;
@@ -475,7 +475,7 @@ bool ReadFontAttributes(XmlScanner& x, uint8_t* f) {
 }
 
 void WriteFontAttributes(const uint8_t* f, XmlAttributes& a) {
-  std::string_view name = FieldText(f + font::kNameAt, 128);
+  std::string_view name = FieldText(f + font::kNameAt, kFontNameMax);
   if (!name.empty()) a.Text("Name", name);
   if (f[font::kFamilyAt]) a.Text("Family", WordOf(xml_words::kFamilies, f[font::kFamilyAt]));
   if (f[font::kSizeAt]) a.Int("Size", f[font::kSizeAt]);
