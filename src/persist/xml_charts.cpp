@@ -10,6 +10,7 @@
 #include "persist/chart_layout.h"
 #include "persist/chart_matrix.h"
 #include "persist/native_xml.h"
+#include "persist/xml_sections.h"
 #include "store/bytes.h"
 
 namespace kelpdex {
@@ -168,15 +169,7 @@ class ChartWriter {
  private:
   void Font(const uint8_t* f, int indent) {
     XmlAttributes a;
-    std::string_view name = FieldText(f + font::kNameAt, 127);
-    if (!name.empty()) a.Text("Name", name);
-    if (f[font::kFamilyAt]) a.Text("Family", Word(xml_words::kFamilies, f[font::kFamilyAt]));
-    if (f[font::kSizeAt]) a.Int("Size", f[font::kSizeAt]);
-    if (f[font::kWeightAt]) a.Text("Weight", Word(xml_words::kWeights, f[font::kWeightAt]));
-    if (f[font::kItalicAt]) a.Text("Slant", "Italic");
-    if (f[font::kUnderlineAt]) a.Bool("Underline", true);
-    if (f[font::kStrikeoutAt]) a.Bool("Strikeout", true);
-    if (f[font::kCharSetAt]) a.Text("CharSet", Word(xml_words::kCharSets, f[font::kCharSetAt]));
+    native_xml::WriteFontAttributes(f, a);
     w_.Tag("Font", a, TagMode::kEmpty, indent, 1);
   }
 
@@ -389,35 +382,9 @@ class ChartReader {
     return true;
   }
 
-  bool ReadFont(uint8_t* f) {
-    if (const char* name = x_.Attr("Name")) {
-      size_t n = std::strlen(name);
-      if (n > 127) return Fail(err::kXmlInvalidAttribute);
-      std::memcpy(f + font::kNameAt, name, n);
-    }
-    int size = 0;
-    if (!x_.IntAttr("Size", size, 0, 255)) return false;
-    f[font::kSizeAt] = static_cast<uint8_t>(size);
-    if (!Word("Family", xml_words::kFamilies, f[font::kFamilyAt])) return false;
-    if (const char* weight = x_.Attr("Weight");
-        weight != nullptr && std::strcmp(weight, "Regular") == 0) {
-      f[font::kWeightAt] = 0;  // "Regular" is taken for "Normal", as in the style fonts
-    } else if (!Word("Weight", xml_words::kWeights, f[font::kWeightAt])) {
-      return false;
-    }
-    if (const char* slant = x_.Attr("Slant"))
-      f[font::kItalicAt] = std::strcmp(slant, "Italic") == 0;
-    bool underline = false, strikeout = false;
-    if (!x_.BoolAttr("Underline", underline) || !x_.BoolAttr("Strikeout", strikeout)) return false;
-    f[font::kUnderlineAt] = underline;
-    f[font::kStrikeoutAt] = strikeout;
-    if (!Word("CharSet", xml_words::kCharSets, f[font::kCharSetAt])) return false;
-    return CloseIfOpen("Font");
-  }
-
   bool OptionalFont(uint8_t* f) {
     if (!x_.Tag("Font", kOptionalOpen)) return Missed();
-    return ReadFont(f);
+    return native_xml::ReadFontAttributes(x_, f) && CloseIfOpen("Font");
   }
 
   bool ReadLine(uint8_t* line) {
