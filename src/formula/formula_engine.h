@@ -92,6 +92,9 @@ class FormulaEngine {
   // lists, which were resolved against the fields before.
   void SetFields(FormulaField* fields, uint16_t count);
   void SetSheet(Worksheet* sheet) { sheet_ = sheet; }
+  // With token lists off, a pass reads every field's formula from its text, as ad-hoc formulas are
+  // read. On by default; the tests compare the two ways.
+  void SetTokenLists(bool on);
 
   // Evaluates one formula for a record. Returns the class of the result, which stands at operand
   // 1: kind::kNumber (number or error), kind::kString (text on the pool), kind::kArray, or 0 (not
@@ -254,6 +257,7 @@ class FormulaEngine {
   std::vector<FormulaToken> tokens_;
   std::vector<FieldTokens> fieldTokens_;
   bool tokensKept_ = false;
+  bool tokenListsOn_ = true;
 
   FormulaValue operands_[kStackSize];
   int depth_ = 0;  // index of the top operand; slot 0 stays unused

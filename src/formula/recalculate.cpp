@@ -10,7 +10,13 @@
 
 namespace kelpdex {
 
+void FormulaEngine::SetTokenLists(bool on) {
+  tokenListsOn_ = on;
+  DropFieldTokens();
+}
+
 void FormulaEngine::KeepFieldTokens() {
+  if (!tokenListsOn_) return;
   tokens_.clear();
   fieldTokens_.assign(fieldCount_, FieldTokens());
   for (uint16_t f = 0; f < fieldCount_; ++f) {
