@@ -193,8 +193,10 @@ class FormulaEngine {
   // Reading a token is one routine; what becomes of the token is the sink's business.
   struct LoadSink;
   struct ScanSink;
+  // Inlined into both of its callers, so that the text path pays nothing for the sink.
   template <typename Sink>
-  uint16_t ReadToken(const char*& cursor, const char* end, bool fixedNotation, Sink& sink) const;
+  [[gnu::always_inline]] inline uint16_t ReadToken(const char*& cursor, const char* end,
+                                                   bool fixedNotation, Sink& sink) const;
   // Reads one token at `cursor` and advances past it without touching the stacks, the pool or the
   // array list; spans count from `base`. An array literal is only opened: its "{" is passed.
   uint16_t ScanToken(const char* base, const char*& cursor, const char* end, FormulaToken& token,

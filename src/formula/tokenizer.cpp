@@ -154,8 +154,8 @@ struct FormulaEngine::ScanSink {
 };
 
 template <typename Sink>
-uint16_t FormulaEngine::ReadToken(const char*& cursor, const char* end, bool fixedNotation,
-                                  Sink& sink) const {
+inline uint16_t FormulaEngine::ReadToken(const char*& cursor, const char* end, bool fixedNotation,
+                                         Sink& sink) const {
   sink.Begin();
   const LocaleSettings& notation = fixedNotation ? genericLocale : currentLocale;
   while (cursor < end && IsBlank(*cursor)) ++cursor;
