@@ -102,7 +102,8 @@ class FormulaEngine {
   uint16_t EvaluateFormula(std::string_view text, uint16_t fieldIndex, uint32_t row);
   // Computes every calculated field of a record into its cell. False when a cell could not be
   // stored. The fields' token lists are made at the first call of a pass and kept until EndPass
-  // (outside a pass, for this call only), so a field's formula text must not change in between.
+  // (outside a pass, for this call only); a field's formula may change in between only together
+  // with a new SetFields.
   bool RecalculateRow(uint32_t row);
   // Recalculates the given records in ascending row order, after clearing the calculation marks
   // of the sheet's formula cells (a walk over the whole sheet, which a recomputation of a few new
