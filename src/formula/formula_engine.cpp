@@ -36,6 +36,7 @@ FormulaEngine::~FormulaEngine() = default;
 void FormulaEngine::SetFields(FormulaField* fields, uint16_t count) {
   fields_ = fields;
   fieldCount_ = fields != nullptr ? count : 0;
+  DropFieldTokens();
 }
 
 bool FormulaEngine::PushString(std::string_view text) {
@@ -186,6 +187,7 @@ bool FormulaEngine::EndPass() {
   passNewCursor_.Clear();
   passRow_ = kNoPassRow;
   inPass_ = false;
+  DropFieldTokens();
   return ok;
 }
 
@@ -209,13 +211,12 @@ bool FormulaEngine::MoveOperatorToOperands() {
   return ApplyTop();
 }
 
-uint16_t FormulaEngine::RunDriver(std::string_view text) {
-  const char* cursor = text.data() + 1;  // the "=" or "+" is no operator
-  const char* end = text.data() + text.size();
+template <typename NextTokenOf>
+uint16_t FormulaEngine::Drive(NextTokenOf& next) {
   uint16_t prev = kind::kOpen;
   FormulaValue token;
   while (!syntax_) {
-    uint16_t t = NextToken(cursor, end, token, true);
+    uint16_t t = next(token);
     if (syntax_) break;
     if (t == kind::kInvalid) {
       SetSyntaxError();
@@ -299,6 +300,24 @@ uint16_t FormulaEngine::RunDriver(std::string_view text) {
   }
   if (!syntax_ && (depth_ != 1 || operatorDepth_ != 0)) SetSyntaxError();
   return syntax_ ? 0 : FinishResult();
+}
+
+uint16_t FormulaEngine::RunDriver(std::string_view text) {
+  const char* cursor = text.data() + 1;  // the "=" or "+" is no operator
+  const char* end = text.data() + text.size();
+  auto next = [&](FormulaValue& token) { return NextToken(cursor, end, token, true); };
+  return Drive(next);
+}
+
+uint16_t FormulaEngine::RunDriver(const FormulaToken* tokens, std::string_view text) {
+  const char* base = text.data();
+  const char* end = text.data() + text.size();
+  const char* cursor = base;
+  // The list ends with the token that stops the driver, which never reads past it.
+  auto next = [&](FormulaValue& token) {
+    return LoadToken(*tokens++, base, cursor, end, token, true);
+  };
+  return Drive(next);
 }
 
 void FormulaEngine::RangeToArray(FormulaValue& value) {

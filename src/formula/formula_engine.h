@@ -1,13 +1,16 @@
-// Evaluates formula text directly, in one pass: the driver pushes operands and applies each
-// operator or function as soon as its operands are complete. There is no syntax tree and no
-// compiled form. Stacks and the string pool are fixed arrays, so an evaluation allocates nothing
-// but array blocks.
+// Evaluates formula text in one pass: the driver pushes operands and applies each operator or
+// function as soon as its operands are complete. There is no syntax tree. Ad-hoc text is read
+// token by token as it is evaluated; a calculated field's text is scanned once into a token list
+// (spans of the text, names resolved to indices) that is kept while its pass runs, and the driver
+// reads that list for every record. Stacks and the string pool are fixed arrays, so an evaluation
+// allocates nothing but array blocks.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "formula/formula_value.h"
 #include "store/cell_store.h"
@@ -52,6 +55,18 @@ struct FormulaField {
   uint16_t visits = 0;
 };
 
+// One token as the text gives it, before it touches the evaluation state: strings, names and array
+// literals are spans of the formula text, pushed onto the pool or the array list only when the
+// driver loads them, and a reference gets its row and sheet then too.
+struct FormulaToken {
+  double number = 0;    // numbers, TRUE, FALSE and error literals
+  uint32_t offset = 0;  // strings, names and array literals: where their text starts
+  uint32_t length = 0;  // strings and names
+  uint16_t kind = 0;
+  uint16_t index = 0;  // the field of a reference, the entry of a function
+  uint8_t errorCode = 0;
+};
+
 constexpr uint8_t kFieldText = 1;
 constexpr uint8_t kFieldNumber = 2;
 constexpr uint8_t kFieldCalculated = 0x10;
@@ -73,16 +88,22 @@ class FormulaEngine {
   FormulaEngine(const FormulaEngine&) = delete;
   FormulaEngine& operator=(const FormulaEngine&) = delete;
 
-  // The table's fields (at most 2047 are searched by name); null for none.
+  // The table's fields (at most 2047 are searched by name); null for none. Drops the kept token
+  // lists, which were resolved against the fields before.
   void SetFields(FormulaField* fields, uint16_t count);
   void SetSheet(Worksheet* sheet) { sheet_ = sheet; }
+  // With token lists off, a pass reads every field's formula from its text, as ad-hoc formulas are
+  // read. On by default; the tests compare the two ways.
+  void SetTokenLists(bool on);
 
   // Evaluates one formula for a record. Returns the class of the result, which stands at operand
   // 1: kind::kNumber (number or error), kind::kString (text on the pool), kind::kArray, or 0 (not
   // a formula, or "#SYNTAX!").
   uint16_t EvaluateFormula(std::string_view text, uint16_t fieldIndex, uint32_t row);
   // Computes every calculated field of a record into its cell. False when a cell could not be
-  // stored.
+  // stored. The fields' token lists are made at the first call of a pass and kept until EndPass
+  // (outside a pass, for this call only); a field's formula may change in between only together
+  // with a new SetFields.
   bool RecalculateRow(uint32_t row);
   // Recalculates the given records in ascending row order, after clearing the calculation marks
   // of the sheet's formula cells (a walk over the whole sheet, which a recomputation of a few new
@@ -94,8 +115,8 @@ class FormulaEngine {
   // or write searches from the start. Between StartPass and EndPass the sheet must change only
   // through this engine.
   void StartPass();
-  // Ends a pass; results for cells that did not exist yet are merged into the sheet here. False
-  // when memory ran out doing so.
+  // Ends a pass and drops the kept token lists; results for cells that did not exist yet are merged
+  // into the sheet here. False when memory ran out doing so.
   bool EndPass();
 
   // The result of EvaluateFormula.
@@ -161,7 +182,8 @@ class FormulaEngine {
   bool RewriteFormula(std::string& text, bool toStored);
 
   // --- tokenizer -------------------------------------------------------------------------
-  // Reads one token at `cursor` and advances past it. `fixedNotation` reads the stored notation.
+  // Reads one token at `cursor`, advances past it and loads it. `fixedNotation` reads the stored
+  // notation.
   uint16_t NextToken(const char*& cursor, const char* end, FormulaValue& token, bool fixedNotation);
   // The index of the function named at `text` (with its "("), or -1; `length` gets the name's
   // length including "(".
@@ -169,7 +191,26 @@ class FormulaEngine {
 
  private:
   void Reset(uint16_t fieldIndex, uint32_t row);
+  // Reading a token is one routine; what becomes of the token is the sink's business.
+  struct LoadSink;
+  struct ScanSink;
+  // Inlined into both of its callers, so that the text path pays nothing for the sink.
+  template <typename Sink>
+  [[gnu::always_inline]] inline uint16_t ReadToken(const char*& cursor, const char* end,
+                                                   bool fixedNotation, Sink& sink) const;
+  // Reads one token at `cursor` and advances past it without touching the stacks, the pool or the
+  // array list; spans count from `base`. An array literal is only opened: its "{" is passed.
+  uint16_t ScanToken(const char* base, const char*& cursor, const char* end, FormulaToken& token,
+                     bool fixedNotation) const;
+  // Gives a scanned token its value: pushes its string, parses its array literal (advancing
+  // `cursor` past it) or gives its reference the current row and sheet.
+  uint16_t LoadToken(const FormulaToken& scanned, const char* base, const char*& cursor,
+                     const char* end, FormulaValue& token, bool fixedNotation);
+  template <typename NextTokenOf>
+  uint16_t Drive(NextTokenOf& next);
   uint16_t RunDriver(std::string_view text);
+  // Runs the driver over a field's kept token list; `text` is the formula the list was made from.
+  uint16_t RunDriver(const FormulaToken* tokens, std::string_view text);
   uint16_t FinishResult();
   bool MoveOperatorToOperands();
   void ApplyArithmetic(uint16_t op);
@@ -187,11 +228,18 @@ class FormulaEngine {
   void LoadPair(FormulaValue& a, FormulaValue& b, std::string_view& ta, std::string_view& tb,
                 int& owned);
   void CoerceText(FormulaValue& value, std::string_view text);
+  // Reads an array literal behind its "{" into `cells`; with no cells it only finds the literal's
+  // end and whether it is well formed. False on a malformed literal.
   bool ParseArrayLiteral(const char*& cursor, const char* end, bool fixedNotation,
-                         FormulaValue& token);
+                         FormulaValue& token, CellStore* cells);
   bool StoreResultCell(const FormulaField& field, uint16_t fieldIndex, bool syntaxFailure);
   // Evaluates one field's formula for the current row; false on a syntax failure.
   bool EvaluateField(uint16_t fieldIndex);
+  bool CalculateRow(uint32_t row);
+  // Scans the formula of every calculated field into tokens_, up to its end or the first token
+  // that stops the driver.
+  void KeepFieldTokens();
+  void DropFieldTokens();
   CellRecord* ReadCell(Worksheet* sheet, uint32_t row, uint16_t column);
   void RangeToArray(FormulaValue& value);
 
@@ -200,6 +248,19 @@ class FormulaEngine {
   const FunctionTable* functions_;
   FormulaField* fields_ = nullptr;
   uint16_t fieldCount_ = 0;
+
+  // The kept token lists: a field's tokens are a run of tokens_, its spans count from its text.
+  // The text's address and size are noted so that a replaced formula is never read through a
+  // list made from the old one.
+  struct FieldTokens {
+    uint32_t first = 0;
+    const char* text = nullptr;
+    size_t size = 0;
+  };
+  std::vector<FormulaToken> tokens_;
+  std::vector<FieldTokens> fieldTokens_;
+  bool tokensKept_ = false;
+  bool tokenListsOn_ = true;
 
   FormulaValue operands_[kStackSize];
   int depth_ = 0;  // index of the top operand; slot 0 stays unused

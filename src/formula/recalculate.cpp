@@ -10,10 +10,52 @@
 
 namespace kelpdex {
 
+void FormulaEngine::SetTokenLists(bool on) {
+  tokenListsOn_ = on;
+  DropFieldTokens();
+}
+
+void FormulaEngine::KeepFieldTokens() {
+  if (!tokenListsOn_) return;
+  tokens_.clear();
+  fieldTokens_.assign(fieldCount_, FieldTokens());
+  for (uint16_t f = 0; f < fieldCount_; ++f) {
+    const std::string& text = fields_[f].formula;
+    if (text.empty() || (text[0] != '=' && text[0] != '+')) continue;
+    FieldTokens& kept = fieldTokens_[f];
+    kept.first = static_cast<uint32_t>(tokens_.size());
+    kept.text = text.data();
+    kept.size = text.size();
+    const char* cursor = text.data() + 1;  // the "=" or "+" is no operator
+    const char* end = text.data() + text.size();
+    FormulaToken token;
+    for (;;) {
+      uint16_t t = ScanToken(text.data(), cursor, end, token, true);
+      tokens_.push_back(token);
+      if (t == kind::kEnd || t == kind::kInvalid) break;
+      if (t == kind::kArray) {
+        // Only the literal's end is wanted here; a malformed one stops the driver when loaded.
+        FormulaValue scratch;
+        if (!ParseArrayLiteral(cursor, end, true, scratch, nullptr)) break;
+      }
+    }
+  }
+  tokensKept_ = true;
+}
+
+void FormulaEngine::DropFieldTokens() {
+  tokensKept_ = false;
+}
+
 bool FormulaEngine::EvaluateField(uint16_t fieldIndex) {
   const std::string& text = fields_[fieldIndex].formula;
   Reset(fieldIndex, currentRow_);
   if (text.empty() || (text[0] != '=' && text[0] != '+')) return false;
+  // A list made from other text than the field holds now is never read.
+  if (tokensKept_ && fieldTokens_[fieldIndex].text == text.data() &&
+      fieldTokens_[fieldIndex].size == text.size()) {
+    return RunDriver(tokens_.data() + fieldTokens_[fieldIndex].first, text) != 0;
+  }
   return RunDriver(text) != 0;
 }
 
@@ -75,10 +117,19 @@ bool FormulaEngine::StoreResultCell(const FormulaField& field, uint16_t fieldInd
 
 bool FormulaEngine::RecalculateRow(uint32_t row) {
   if (fields_ == nullptr || sheet_ == nullptr) return true;
-  if (!inPass_) {
-    passCursor_.Clear();
-    passRow_ = kNoPassRow;
+  if (inPass_) {
+    if (!tokensKept_) KeepFieldTokens();
+    return CalculateRow(row);
   }
+  passCursor_.Clear();
+  passRow_ = kNoPassRow;
+  KeepFieldTokens();
+  bool ok = CalculateRow(row);
+  DropFieldTokens();
+  return ok;
+}
+
+bool FormulaEngine::CalculateRow(uint32_t row) {
   for (uint16_t i = 0; i < fieldCount_; ++i) {
     fields_[i].flags &= static_cast<uint8_t>(~(kFieldCalculated | kFieldInProgress | 0x80));
     fields_[i].visits = 0;

@@ -1,4 +1,6 @@
-// The tokenizer: one token at a time, straight from the formula text.
+// The tokenizer: one token at a time from the formula text. Scanning reads the text and resolves
+// names; loading gives the token its value on the stacks. A kept token list is scanned once and
+// loaded at every evaluation.
 #include <cstring>
 
 #include "core/locale_settings.h"
@@ -72,24 +74,101 @@ int FormulaEngine::LookupFunction(std::string_view text, size_t& length) const {
   return -1;
 }
 
-uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaValue& token,
-                                  bool fixedNotation) {
-  token = FormulaValue();
+// Gives each token its value on the engine's stacks as it is read.
+struct FormulaEngine::LoadSink {
+  FormulaEngine& engine;
+  FormulaValue& token;
+  bool fixedNotation;
+
+  void Begin() { token = FormulaValue(); }
+  uint16_t Kind(uint16_t k) { return token.kind = k; }
+  uint16_t Number(double value, uint8_t error) {
+    token.number = value;
+    token.errorCode = error;
+    return token.kind = kind::kNumber;
+  }
+  // A quoted string, or an unknown name: a string that is "#NAME?" when used as a value, and a
+  // path before "!".
+  uint16_t String(const char* start, size_t length, bool name) {
+    if (!engine.PushString(std::string_view(start, length))) {
+      // No room: an error value instead, so that every string operand owns a pool entry.
+      token.errorCode = name ? ferr::kValue : ferr::kName;
+      return token.kind = kind::kEmpty;
+    }
+    token.errorCode = name ? ferr::kName : uint8_t{0};
+    return token.kind = kind::kString;
+  }
+  // Parses the literal behind the "{" at `cursor` onto the array list.
+  uint16_t Array(const char*& cursor, const char* end) {
+    CellStore* cells = engine.PushArray();
+    if (cells == nullptr || !engine.ParseArrayLiteral(cursor, end, fixedNotation, token, cells)) {
+      engine.SetSyntaxError();
+      return token.kind = kind::kInvalid;
+    }
+    return token.kind;
+  }
+  uint16_t Reference(uint16_t column) {
+    token.column = column;
+    token.row = engine.currentRow_;
+    token.flags = rflag::kAbsolute;
+    token.sheet = engine.sheet_;
+    return token.kind = kind::kReference;
+  }
+  uint16_t Function(uint16_t index) {
+    token.functionIndex = index;
+    return token.kind = kind::kFunction;
+  }
+};
+
+// Notes each token for a kept list, touching nothing of the evaluation state.
+struct FormulaEngine::ScanSink {
+  const char* base;
+  FormulaToken& token;
+
+  void Begin() { token = FormulaToken(); }
+  uint16_t Kind(uint16_t k) { return token.kind = k; }
+  uint16_t Number(double value, uint8_t error) {
+    token.number = value;
+    token.errorCode = error;
+    return token.kind = kind::kNumber;
+  }
+  uint16_t String(const char* start, size_t length, bool name) {
+    token.offset = static_cast<uint32_t>(start - base);
+    token.length = static_cast<uint32_t>(length);
+    token.errorCode = name ? ferr::kName : uint8_t{0};
+    return token.kind = kind::kString;
+  }
+  // The literal is parsed where it is loaded, since its cells go onto the array list.
+  uint16_t Array(const char*& cursor, const char*) {
+    token.offset = static_cast<uint32_t>(cursor - base);
+    return token.kind = kind::kArray;
+  }
+  uint16_t Reference(uint16_t column) {
+    token.index = column;
+    return token.kind = kind::kReference;
+  }
+  uint16_t Function(uint16_t index) {
+    token.index = index;
+    return token.kind = kind::kFunction;
+  }
+};
+
+template <typename Sink>
+inline uint16_t FormulaEngine::ReadToken(const char*& cursor, const char* end, bool fixedNotation,
+                                         Sink& sink) const {
+  sink.Begin();
   const LocaleSettings& notation = fixedNotation ? genericLocale : currentLocale;
   while (cursor < end && IsBlank(*cursor)) ++cursor;
-  if (cursor == end || *cursor == '\0') return token.kind = kind::kEnd;
+  if (cursor == end || *cursor == '\0') return sink.Kind(kind::kEnd);
   char c = *cursor;
 
   if ((c >= '0' && c <= '9') || c == notation.decimalSeparator) {
     double value = 0;
     size_t used =
         ScanNumber(std::string_view(cursor, end - cursor), notation.decimalSeparator, false, value);
-    if (used == 0) return token.kind = kind::kInvalid;
+    if (used == 0) return sink.Kind(kind::kInvalid);
     cursor += used;
-    token.kind = kind::kNumber;
-    token.number = value;
-    if (IsBadNumber(value)) token.errorCode = ferr::kNum;
-    return token.kind;
+    return sink.Number(value, IsBadNumber(value) ? ferr::kNum : uint8_t{0});
   }
 
   if (c == '"' || c == '\'') {
@@ -97,27 +176,17 @@ uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaV
     const char* close = static_cast<const char*>(std::memchr(start, c, end - start));
     const char* stop = close != nullptr ? close : end;
     cursor = close != nullptr ? close + 1 : end;
-    if (!PushString(std::string_view(start, stop - start))) {
-      // No room: an error value instead, so that every string operand owns a pool entry.
-      token.kind = kind::kEmpty;
-      token.errorCode = ferr::kName;
-      return token.kind;
-    }
-    return token.kind = kind::kString;
+    return sink.String(start, static_cast<size_t>(stop - start), false);
   }
 
   if (c == '{') {
     ++cursor;
-    if (!ParseArrayLiteral(cursor, end, fixedNotation, token)) {
-      SetSyntaxError();
-      return token.kind = kind::kInvalid;
-    }
-    return token.kind;
+    return sink.Array(cursor, end);
   }
 
   if (c == notation.listSeparator) {
     ++cursor;
-    return token.kind = kind::kListSeparator;
+    return sink.Kind(kind::kListSeparator);
   }
 
   if (text::IsCharAlpha(c) || c == '$' || c == '#' || c == '\\') {
@@ -132,35 +201,24 @@ uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaV
       if (n > rest.size() || !text::EqualNoCase(rest.substr(0, n), field.name)) continue;
       if (n < rest.size() && text::IsCharAlphaNumeric(rest[n])) continue;
       cursor += n;
-      token.kind = kind::kReference;
-      token.column = i;
-      token.row = currentRow_;
-      token.flags = rflag::kAbsolute;
-      token.sheet = sheet_;
-      return token.kind;
+      return sink.Reference(i);
     }
     size_t length = 0;
     int function = LookupFunction(rest, length);
     if (function >= 0) {
       cursor += length;
-      token.kind = kind::kFunction;
-      token.functionIndex = static_cast<uint16_t>(function);
-      return token.kind;
+      return sink.Function(static_cast<uint16_t>(function));
     }
     double value = 0;
     if (MatchBoolean(cursor, end, value, length)) {
       cursor += length;
-      token.kind = kind::kNumber;
-      token.number = value;
-      return token.kind;
+      return sink.Number(value, 0);
     }
     if (c == '#') {
       uint8_t code = MatchErrorLiteral(cursor, end, length);
       if (code != 0) {
         cursor += length;
-        token.kind = kind::kNumber;
-        token.errorCode = code;
-        return token.kind;
+        return sink.Number(0, code);
       }
     }
     // An unknown name: a string that is "#NAME?" when used as a value, and a path before "!".
@@ -169,16 +227,9 @@ uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaV
       ++stop;
     }
     if (stop == cursor) ++stop;
-    std::string_view name(cursor, stop - cursor);
+    const char* start = cursor;
     cursor = stop;
-    if (!PushString(name)) {
-      token.kind = kind::kEmpty;
-      token.errorCode = ferr::kValue;
-      return token.kind;
-    }
-    token.kind = kind::kString;
-    token.errorCode = ferr::kName;
-    return token.kind;
+    return sink.String(start, static_cast<size_t>(stop - start), true);
   }
 
   uint16_t op = kind::kInvalid;
@@ -241,17 +292,49 @@ uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaV
       break;
     default:
       // Tabs and every other character: the cursor stays on it.
-      return token.kind = kind::kInvalid;
+      return sink.Kind(kind::kInvalid);
   }
   ++cursor;
-  return token.kind = op;
+  return sink.Kind(op);
+}
+
+uint16_t FormulaEngine::NextToken(const char*& cursor, const char* end, FormulaValue& token,
+                                  bool fixedNotation) {
+  LoadSink sink{*this, token, fixedNotation};
+  return ReadToken(cursor, end, fixedNotation, sink);
+}
+
+uint16_t FormulaEngine::ScanToken(const char* base, const char*& cursor, const char* end,
+                                  FormulaToken& token, bool fixedNotation) const {
+  ScanSink sink{base, token};
+  return ReadToken(cursor, end, fixedNotation, sink);
+}
+
+uint16_t FormulaEngine::LoadToken(const FormulaToken& scanned, const char* base,
+                                  const char*& cursor, const char* end, FormulaValue& token,
+                                  bool fixedNotation) {
+  LoadSink sink{*this, token, fixedNotation};
+  sink.Begin();
+  switch (scanned.kind) {
+    case kind::kNumber:
+      return sink.Number(scanned.number, scanned.errorCode);
+    case kind::kString:
+      return sink.String(base + scanned.offset, scanned.length, scanned.errorCode == ferr::kName);
+    case kind::kArray:
+      cursor = base + scanned.offset;
+      return sink.Array(cursor, end);
+    case kind::kReference:
+      return sink.Reference(scanned.index);
+    case kind::kFunction:
+      return sink.Function(scanned.index);
+    default:
+      return sink.Kind(scanned.kind);
+  }
 }
 
 bool FormulaEngine::ParseArrayLiteral(const char*& cursor, const char* end, bool fixedNotation,
-                                      FormulaValue& token) {
+                                      FormulaValue& token, CellStore* cells) {
   const LocaleSettings& notation = fixedNotation ? genericLocale : currentLocale;
-  CellStore* cells = PushArray();
-  if (cells == nullptr) return false;
   token.kind = kind::kArray;
   token.flags1 = token.flags2 = rflag::kAbsolute;
   CellCursor write;
@@ -315,7 +398,7 @@ bool FormulaEngine::ParseArrayLiteral(const char*& cursor, const char* end, bool
       }
     }
     if (size > 0) {
-      if (!cells->PutCell(record, &write)) token.errorCode = ferr::kMemory;
+      if (cells != nullptr && !cells->PutCell(record, &write)) token.errorCode = ferr::kMemory;
       if (column > widest) widest = column;
     }
     while (cursor < end && IsBlank(*cursor)) ++cursor;
