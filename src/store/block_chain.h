@@ -21,6 +21,7 @@ class BlockChain {
   BlockChain& operator=(const BlockChain&) = delete;
   BlockChain(BlockChain&& other) noexcept { *this = static_cast<BlockChain&&>(other); }
   BlockChain& operator=(BlockChain&& other) noexcept {
+    if (this == &other) return *this;
     head_ = other.head_;
     tail_ = other.tail_;
     blockCount_ = other.blockCount_;
