@@ -9,6 +9,7 @@
 #include "persist/chart_matrix.h"
 #include "persist/file_kind.h"
 #include "persist/old_drop_downs.h"
+#include "store/block_chain.h"
 #include "store/bytes.h"
 #include "store/catalogue.h"
 
@@ -21,23 +22,6 @@ namespace {
 constexpr uint32_t kMaxTreeItems = 1u << 20;
 constexpr uint32_t kMaxInspectedCells = 1u << 20;
 constexpr uint32_t kMaxContainers = 255;
-
-// A block chain under construction; the store adopts it whether or not the read went well, so
-// that the blocks always have an owner.
-struct Chain {
-  RowBlock* head = nullptr;
-  RowBlock* tail = nullptr;
-  void Append(RowBlock* b) {
-    b->next = nullptr;
-    b->prev = tail;
-    if (tail != nullptr) {
-      tail->next = b;
-    } else {
-      head = b;
-    }
-    tail = b;
-  }
-};
 
 uint64_t RecordKey(const uint8_t* r) {
   return (static_cast<uint64_t>(cell::Row(r)) << 16) | cell::Column(r);
@@ -86,7 +70,9 @@ class Reader {
   }
   // A fresh block (null when memory ran out) joins the chain and takes `used` bytes from the
   // stream. Null on failure; a block that joined stays in the chain, empty, for its store to free.
-  RowBlock* TakeBlockAndRead(RowBlock* b, Chain& chain, uint16_t used) {
+  // The store adopts the chain whether or not the read went well, so the blocks always have an
+  // owner.
+  RowBlock* TakeBlockAndRead(RowBlock* b, BlockChain& chain, uint16_t used) {
     if (b == nullptr) {
       s_.SetError(err::kOutOfMemory);
       return nullptr;
@@ -251,7 +237,7 @@ bool Reader::ReadRowRuns(FormatStore& formats) {
 bool Reader::ReadRunBlocks(FormatStore& formats, uint16_t styleCount) {
   uint32_t count = 0;
   if (!U32(count)) return false;
-  Chain chain;
+  BlockChain chain;
   uint64_t lastKey = 0;
   bool any = false;
   bool failed = false;
@@ -282,7 +268,7 @@ bool Reader::ReadRunBlocks(FormatStore& formats, uint16_t styleCount) {
       any = true;
     }
   }
-  formats.AdoptRunChain(chain.head);
+  formats.AdoptRunChain(chain.Release());
   return !failed;
 }
 
@@ -320,7 +306,7 @@ uint32_t CheckedRecordSize(const uint8_t* r, uint32_t room) {
 bool Reader::ReadCellBlocks(CellStore& cells) {
   uint32_t count = 0;
   if (!U32(count)) return false;
-  Chain chain;
+  BlockChain chain;
   uint64_t lastKey = 0;
   bool any = false;
   bool failed = false;
@@ -361,7 +347,7 @@ bool Reader::ReadCellBlocks(CellStore& cells) {
     }
   }
   // Failed or not, the store takes the chain: it owns the blocks and gives them back.
-  cells.AdoptChain(chain.head);
+  cells.AdoptChain(chain.Release());
   return !failed;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace kelpdex {
 
@@ -42,30 +43,12 @@ CellStore::CellStore(BlockPool* sharedPool)
     : pool_(sharedPool != nullptr ? sharedPool : &ownPool_) {}
 
 CellStore::~CellStore() {
-  pool_->GiveChain(head_, true);
+  pool_->GiveChain(chain_.Release(), true);
   for (RowIndexEntry* page : rowIndexPages_) std::free(page);
 }
 
-void CellStore::LinkAfter(RowBlock* block, RowBlock* after) {
-  block->prev = after;
-  block->next = after->next;
-  if (after->next != nullptr) after->next->prev = block;
-  after->next = block;
-}
-
-void CellStore::Unlink(RowBlock* block) {
-  if (block->prev != nullptr) {
-    block->prev->next = block->next;
-  } else {
-    head_ = block->next;
-  }
-  if (block->next != nullptr) block->next->prev = block->prev;
-  block->next = nullptr;
-  block->prev = nullptr;
-}
-
 RowBlock* CellStore::HintBlock(uint32_t row) {
-  if (blockCount_ < kIndexMinBlocks) return nullptr;
+  if (chain_.blockCount() < kIndexMinBlocks) return nullptr;
   uint32_t g = row >> kRowGroupShift;
   if (!(rowIndexValid_[g] & kPageHint)) {
     if (!BuildRowIndex(g << kRowGroupShift, (g << kRowGroupShift) | (kGroupRows - 1))) {
@@ -92,11 +75,11 @@ CellStore::Position CellStore::Locate(uint64_t key, const CellCursor* cursor) {
     b = cursor->block;
     if (cursor->key == key && cursor->found != CellCursor::kNoRecord) return {b, cursor->found};
     if (cursor->key < key) off = cursor->offset;
-  } else if (head_ != nullptr) {
+  } else if (chain_.head() != nullptr) {
     b = HintBlock(static_cast<uint32_t>(key >> 16));
   }
   if (b == nullptr) {
-    b = head_;
+    b = chain_.head();
     if (b == nullptr) return {nullptr, 0};
   } else if (off == 0) {
     // A starting block may stand behind the target: step back to one that starts before it.
@@ -142,12 +125,10 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
   uint32_t size = cell::Size(record);
   if (size > kBlockPayload) return false;
   uint64_t key = KeyOf(record);
-  if (head_ == nullptr) {
+  if (chain_.head() == nullptr) {
     RowBlock* block = pool_->Take();
     if (block == nullptr) return false;
-    head_ = block;
-    ++blockCount_;
-    freeBytes_ += kBlockPayload;
+    chain_.Append(block);
   }
 
   Position pos = Locate(key, cursor);
@@ -170,7 +151,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     }
     std::memmove(b->data + off, b->data + off + old, b->used - off - old);
     b->used = static_cast<uint16_t>(b->used - old);
-    freeBytes_ += old;
+    chain_.CountFreed(old);
   }
 
   // Sequential inserts at a block's start fill the lighter previous block instead.
@@ -191,9 +172,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     bool needThird = !intoFirst && size + tail > kBlockPayload && tail > 0;
     if (!pool_->Reserve(needThird ? 2 : 1)) return false;
     RowBlock* second = pool_->Take();
-    LinkAfter(second, b);
-    ++blockCount_;
-    freeBytes_ += kBlockPayload;
+    chain_.LinkAfter(second, b);
     if (intoFirst) {
       std::memcpy(second->data, b->data + off, tail);
       second->used = static_cast<uint16_t>(tail);
@@ -208,9 +187,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
       placedOffset = 0;
     } else {
       RowBlock* third = pool_->Take();
-      LinkAfter(third, second);
-      ++blockCount_;
-      freeBytes_ += kBlockPayload;
+      chain_.LinkAfter(third, second);
       std::memcpy(third->data, b->data + off, tail);
       third->used = static_cast<uint16_t>(tail);
       std::memcpy(second->data, record, size);
@@ -222,13 +199,13 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
     }
     if (furthest == b) furthest = second;
   }
-  freeBytes_ -= std::min(size, freeBytes_);
+  chain_.CountFilled(size);
   InvalidateFrom(row, furthest);
   LeaveCursor(cursor, placedBlock, placedOffset + size, key, placedOffset);
 
-  uint32_t blocksBefore = blockCount_;
+  uint32_t blocksBefore = chain_.blockCount();
   MaybeCompact();
-  if (blockCount_ != blocksBefore && cursor != nullptr) {
+  if (chain_.blockCount() != blocksBefore && cursor != nullptr) {
     // Compaction rewrote every record; find the one just written again.
     Position again = Locate(key, nullptr);
     LeaveCursor(cursor, again.block, again.offset + size, key, again.offset);
@@ -237,7 +214,7 @@ bool CellStore::PutCell(const uint8_t* record, CellCursor* cursor) {
 }
 
 CellRecord* CellStore::GetCell(uint32_t row, uint16_t column, CellCursor* cursor) {
-  if (row >= kRowLimit || head_ == nullptr) return nullptr;
+  if (row >= kRowLimit || chain_.head() == nullptr) return nullptr;
   uint64_t key = KeyOf(row, column);
   Position pos = Locate(key, cursor);
   uint8_t* r = pos.block->data + pos.offset;
@@ -252,7 +229,7 @@ CellRecord* CellStore::GetCell(uint32_t row, uint16_t column, CellCursor* cursor
 }
 
 bool CellStore::BuildRowIndex(uint32_t firstRow, uint32_t lastRow) {
-  if (head_ == nullptr) return true;
+  if (chain_.head() == nullptr) return true;
   lastRow = std::min(lastRow, kLastRow);
   uint32_t g1 = firstRow >> kRowGroupShift;
   uint32_t g2 = lastRow >> kRowGroupShift;
@@ -272,7 +249,7 @@ bool CellStore::BuildRowIndex(uint32_t firstRow, uint32_t lastRow) {
   // the head.
   uint32_t base = g1 << kRowGroupShift;
   uint32_t end = (g2 << kRowGroupShift) + kGroupRows - 1;
-  RowBlock* b = head_;
+  RowBlock* b = chain_.head();
   for (uint32_t g = g1; g-- > 0;) {
     if (!(rowIndexValid_[g] & kPageHint)) continue;
     const RowIndexEntry* page = rowIndexPages_[g];
@@ -306,7 +283,7 @@ done:
 }
 
 CellRecord* CellStore::GetCellFast(uint32_t row, uint16_t column) {
-  if (row >= kRowLimit || head_ == nullptr) return nullptr;
+  if (row >= kRowLimit || chain_.head() == nullptr) return nullptr;
   uint32_t g = row >> kRowGroupShift;
   if (!(rowIndexValid_[g] & kPageExact)) {
     // A page made inexact by writes still gives a close start; rebuilding it at every write
@@ -336,7 +313,8 @@ CellRecord* CellStore::GetCellFast(uint32_t row, uint16_t column) {
 
 void CellStore::DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
                             uint32_t lastRow, CellCursor* cursor, bool freeBlocks) {
-  if (head_ == nullptr || firstRow > lastRow || firstColumn > lastColumn || firstRow >= kRowLimit) {
+  if (chain_.head() == nullptr || firstRow > lastRow || firstColumn > lastColumn ||
+      firstRow >= kRowLimit) {
     return;
   }
   lastRow = std::min(lastRow, kLastRow);
@@ -393,14 +371,11 @@ restart:
     if (dropped) {
       if (kept > 0) {
         std::memcpy(b->data, buffer, kept);
-        freeBytes_ += b->used - kept;
+        chain_.CountFreed(b->used - kept);
         b->used = static_cast<uint16_t>(kept);
       } else {
-        uint32_t unused = kBlockPayload - b->used;
-        if (freeBytes_ >= unused) freeBytes_ -= unused;
-        Unlink(b);
+        chain_.Remove(b);
         pool_->Give(b, freeBlocks);
-        --blockCount_;
         DropRowIndex();
       }
     }
@@ -414,58 +389,20 @@ restart:
 }
 
 void CellStore::MaybeCompact() {
-  // The integer division is the rule: more than about a fifth of the memory wasted.
-  if (freeBytes_ >= kCompactionWaste &&
-      (static_cast<uint64_t>(blockCount_) * 8192) / freeBytes_ < 5) {
-    Compact();
-  }
+  if (chain_.WantsCompaction()) Compact();
 }
 
 void CellStore::Compact() {
-  if (head_ == nullptr) return;
+  if (chain_.head() == nullptr) return;
   DropRowIndex();
-  RowBlock* wb = head_;
-  uint32_t woff = 0;
-  for (RowBlock* rb = head_; rb != nullptr; rb = rb->next) {
-    uint32_t roff = 0;
-    uint32_t rused = rb->used;
-    while (roff < rused) {
-      uint8_t* r = rb->data + roff;
-      uint32_t size = cell::Size(r);
-      // The write position never passes the read position, so each move is safe.
-      if (woff + size > kBlockPayload) {
-        wb->used = static_cast<uint16_t>(woff);
-        wb = wb->next;
-        woff = 0;
-      }
-      if (wb != rb || woff != roff) std::memmove(wb->data + woff, r, size);
-      woff += size;
-      roff += size;
-    }
-  }
-  wb->used = static_cast<uint16_t>(woff);
-  RowBlock* rest = wb->next;
-  wb->next = nullptr;
-  while (rest != nullptr) {
-    RowBlock* next = rest->next;
-    pool_->Give(rest, pool_->count() >= kFreeListKeep);
-    --blockCount_;
-    rest = next;
-  }
-  if (head_->used == 0) {
-    pool_->Give(head_, pool_->count() >= kFreeListKeep);
-    head_ = nullptr;
-    blockCount_ = 0;
-  }
-  // Counts waste since the last compaction, so it starts again from nothing.
-  freeBytes_ = 0;
+  chain_.Compact(
+      *pool_, kFreeListKeep, kBlockPayload, [](const uint8_t* r) { return cell::Size(r); },
+      [](uint8_t*, const uint8_t*) { return false; });
 }
 
 const uint8_t* CellStore::LastRecord() const {
-  if (head_ == nullptr) return nullptr;
-  const RowBlock* b = head_;
-  while (b->next != nullptr) b = b->next;
-  if (b->used == 0) return nullptr;
+  const RowBlock* b = chain_.tail();
+  if (b == nullptr || b->used == 0) return nullptr;
   const uint8_t* last = b->data;
   for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) last = b->data + off;
   return last;
@@ -478,7 +415,7 @@ void CellStore::LastUsed(uint16_t* minColumn, uint16_t* maxColumn, uint32_t* min
   uint32_t lowRow = 0;
   uint32_t highRow = 0;
   bool any = false;
-  for (const RowBlock* b = head_; b != nullptr; b = b->next) {
+  for (const RowBlock* b = chain_.head(); b != nullptr; b = b->next) {
     for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
       const uint8_t* r = b->data + off;
       uint16_t column = cell::Column(r);
@@ -506,7 +443,7 @@ uint16_t CellStore::MaxRowUsed() const {
 
 bool CellStore::CopyRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
                           uint32_t lastRow, CellStore& target, CellCursor* cursor) {
-  if (head_ == nullptr || firstRow > lastRow || firstRow >= kRowLimit) return true;
+  if (chain_.head() == nullptr || firstRow > lastRow || firstRow >= kRowLimit) return true;
   CellCursor local;
   CellCursor* into = cursor != nullptr ? cursor : &local;
   Position pos = Locate(KeyOf(firstRow, firstColumn), nullptr);
@@ -525,7 +462,7 @@ bool CellStore::CopyRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t fi
 void CellStore::Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColumn,
                          int32_t columnDelta) {
   InvalidateRowIndex();
-  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+  for (RowBlock* b = chain_.head(); b != nullptr; b = b->next) {
     for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
       uint8_t* r = b->data + off;
       if (rowDelta != 0 && cell::Row(r) >= firstRow) {
@@ -560,13 +497,13 @@ struct ChainReader {
 }  // namespace
 
 bool CellStore::MergeFrom(CellStore& other) {
-  if (other.head_ == nullptr) return true;
+  if (other.chain_.head() == nullptr) return true;
   // A dry run of sizes alone finds how far the writer can run ahead of the blocks the readers
   // hand back, so that every block the merge needs is secured before anything changes.
   int64_t ahead = 0;
   {
-    ChainReader mine{head_, 0};
-    ChainReader theirs{other.head_, 0};
+    ChainReader mine{chain_.head(), 0};
+    ChainReader theirs{other.chain_.head(), 0};
     uint32_t fill = kBlockPayload;
     int64_t written = 0;
     int64_t freed = 0;
@@ -589,12 +526,9 @@ bool CellStore::MergeFrom(CellStore& other) {
   }
   if (!pool_->Reserve(static_cast<uint32_t>(ahead) + 1)) return false;
 
-  ChainReader mine{head_, 0};
-  ChainReader theirs{other.head_, 0};
-  RowBlock* newHead = nullptr;
-  RowBlock* write = nullptr;
-  uint32_t used = 0;
-  uint32_t blocks = 0;
+  ChainReader mine{chain_.head(), 0};
+  ChainReader theirs{other.chain_.head(), 0};
+  BlockChain merged;
   while (!mine.Done() || !theirs.Done()) {
     bool takeTheirs =
         mine.Done() || (!theirs.Done() && KeyOf(theirs.Record()) <= KeyOf(mine.Record()));
@@ -603,31 +537,16 @@ bool CellStore::MergeFrom(CellStore& other) {
     }
     ChainReader& from = takeTheirs ? theirs : mine;
     uint32_t size = cell::Size(from.Record());
-    if (write == nullptr || used + size > kBlockPayload) {
-      RowBlock* fresh = pool_->Take();  // secured by the dry run
-      if (write != nullptr) {
-        write->used = static_cast<uint16_t>(used);
-        LinkAfter(fresh, write);
-      } else {
-        newHead = fresh;
-      }
-      write = fresh;
-      used = 0;
-      ++blocks;
-    }
-    std::memcpy(write->data + used, from.Record(), size);
-    used += size;
+    // The blocks are secured by the dry run.
+    merged.AppendRecord(from.Record(), size, [this] { return pool_->Take(); });
     if (RowBlock* done = from.Advance(size)) pool_->Give(done, false);
   }
-  write->used = static_cast<uint16_t>(used);
-  head_ = newHead;
-  blockCount_ = blocks;
+  // Both old chains went to the pool block by block as the readers left them.
+  chain_ = std::move(merged);
   // Like a compaction, the sweep leaves no waste behind.
-  freeBytes_ = 0;
+  chain_.ForgetWaste();
   DropRowIndex();
-  other.head_ = nullptr;
-  other.blockCount_ = 0;
-  other.freeBytes_ = 0;
+  other.chain_.Release();
   other.DropRowIndex();
   pool_->Trim(kFreeListKeep);
   return true;
@@ -660,7 +579,7 @@ void CellStore::RemoveRows(const uint32_t* rows, size_t count) {
   InvalidateRowIndex();
   const uint32_t* end = rows + count;
   const uint32_t* below = rows;
-  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+  for (RowBlock* b = chain_.head(); b != nullptr; b = b->next) {
     for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
       uint8_t* r = b->data + off;
       uint32_t row = cell::Row(r);
@@ -675,7 +594,7 @@ void CellStore::InsertRowsBefore(const uint32_t* rows, size_t count) {
   InvalidateRowIndex();
   const uint32_t* end = rows + count;
   const uint32_t* atOrBelow = rows;
-  for (RowBlock* b = head_; b != nullptr; b = b->next) {
+  for (RowBlock* b = chain_.head(); b != nullptr; b = b->next) {
     for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
       uint8_t* r = b->data + off;
       uint32_t row = cell::Row(r);
@@ -693,7 +612,7 @@ bool CellStore::LastRecordRow(uint32_t& row) const {
 }
 
 bool CellStore::CanInsertColumn(uint16_t column) const {
-  for (const RowBlock* b = head_; b != nullptr; b = b->next) {
+  for (const RowBlock* b = chain_.head(); b != nullptr; b = b->next) {
     for (uint32_t off = 0; off < b->used; off += cell::Size(b->data + off)) {
       uint16_t c = cell::Column(b->data + off);
       if (c >= column && c >= kLastColumn) return false;
@@ -712,33 +631,19 @@ void CellStore::DeleteColumn(uint16_t column) {
 }
 
 void CellStore::Reset(bool freeBlocks) {
-  pool_->GiveChain(head_, freeBlocks);
-  head_ = nullptr;
-  blockCount_ = 0;
-  freeBytes_ = 0;
+  pool_->GiveChain(chain_.Release(), freeBlocks);
   DropRowIndex();
 }
 
 RowBlock* CellStore::DetachChain(bool forget) {
-  RowBlock* head = head_;
-  if (forget) {
-    head_ = nullptr;
-    blockCount_ = 0;
-    freeBytes_ = 0;
-    DropRowIndex();
-  }
-  return head;
+  if (!forget) return chain_.head();
+  DropRowIndex();
+  return chain_.Release();
 }
 
 void CellStore::AdoptChain(RowBlock* head) {
-  pool_->GiveChain(head_, false);
-  head_ = head;
-  blockCount_ = 0;
-  freeBytes_ = 0;
-  for (RowBlock* b = head_; b != nullptr; b = b->next) {
-    ++blockCount_;
-    freeBytes_ += kBlockPayload - b->used;
-  }
+  pool_->GiveChain(chain_.head(), false);
+  chain_.Adopt(head);
   DropRowIndex();
 }
 

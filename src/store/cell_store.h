@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "store/block_chain.h"
 #include "store/cell_record.h"
 #include "store/row_block.h"
 
@@ -36,7 +37,7 @@ class CellStore {
  public:
   static constexpr uint32_t kRowGroupShift = 10;  // the row index has one page per 1024 rows
   static constexpr uint32_t kRowGroups = kRowLimit >> kRowGroupShift;
-  static constexpr uint32_t kCompactionWaste = 1000001;
+  static constexpr uint32_t kCompactionWaste = BlockChain::kCompactionWaste;
   // Spare blocks kept after a compaction; the rest go back to the heap.
   static constexpr uint32_t kFreeListKeep = 64;
 
@@ -59,7 +60,7 @@ class CellStore {
     RowBlock* b = cursor.block;
     uint32_t off = cursor.offset;
     if (b == nullptr) {
-      b = head_;
+      b = chain_.head();
       off = 0;
       if (b == nullptr) return nullptr;
     }
@@ -130,11 +131,11 @@ class CellStore {
   // Builds the row index for the groups covering [firstRow, lastRow]; false on out of memory.
   bool BuildRowIndex(uint32_t firstRow, uint32_t lastRow);
 
-  RowBlock* head() const { return head_; }
+  RowBlock* head() const { return chain_.head(); }
   RowBlock* freeList() const { return pool_->list(); }
-  uint32_t blockCount() const { return blockCount_; }
+  uint32_t blockCount() const { return chain_.blockCount(); }
   uint32_t freeBlockCount() const { return pool_->count(); }
-  uint32_t freeBytes() const { return freeBytes_; }
+  uint32_t freeBytes() const { return chain_.freeBytes(); }
 
  private:
   struct RowIndexEntry {
@@ -150,8 +151,6 @@ class CellStore {
   // A live block at or near the first record of `row`, from the row index; nullptr if the index
   // has nothing for that part of the sheet.
   RowBlock* HintBlock(uint32_t row);
-  void LinkAfter(RowBlock* block, RowBlock* after);
-  void Unlink(RowBlock* block);
   void Compact();
   void MaybeCompact();
   void InvalidateFrom(uint32_t row, const RowBlock* lastTouched);
@@ -160,7 +159,7 @@ class CellStore {
   void Renumber(uint32_t firstRow, int32_t rowDelta, uint16_t firstColumn, int32_t columnDelta);
   const uint8_t* LastRecord() const;
 
-  RowBlock* head_ = nullptr;
+  BlockChain chain_;
   BlockPool ownPool_;
   BlockPool* pool_;
   // Bit 0: the page is exact (every entry is the first record of its row). Bit 1: every entry
@@ -174,8 +173,6 @@ class CellStore {
   uint8_t rowIndexValid_[kRowGroups] = {};
   uint32_t validPageCount_ = 0;  // exact pages
   uint32_t hintPageCount_ = 0;
-  uint32_t blockCount_ = 0;
-  uint32_t freeBytes_ = 0;
 };
 
 }  // namespace kelpdex

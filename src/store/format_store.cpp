@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 
 #include "store/bytes.h"
@@ -48,65 +47,28 @@ inline bool Joins(const uint8_t* kept, const StyleRun& next) {
          LastColumnOf(kept) + 1u == next.firstColumn;
 }
 
-// Row words are plain in-memory words, never written out as they stand, so they are used in the
-// machine's own order. The payload starts at an even offset on every build.
-static_assert(offsetof(RowBlock, data) % alignof(uint16_t) == 0);
-inline uint16_t* Words(RowBlock* block) {
-  return reinterpret_cast<uint16_t*>(block->data);
-}
-
-constexpr uint32_t kMaxWordBlocks =
-    (kRowLimit + FormatStore::kWordsPerBlock - 1) / FormatStore::kWordsPerBlock;
-
 }  // namespace
 
 FormatStore::FormatStore() = default;
 
 FormatStore::~FormatStore() {
-  pool_.GiveChain(head_, true);
-  wordPool_.GiveChain(rowWordsHead_, true);
-  std::free(blockTable_);
+  pool_.GiveChain(chain_.Release(), true);
 }
 
 // --- the chain of runs ---------------------------------------------------------------------------
 
-void FormatStore::LinkAfter(RowBlock* block, RowBlock* after) {
-  block->prev = after;
-  block->next = after->next;
-  if (after->next != nullptr) after->next->prev = block;
-  after->next = block;
-  if (tail_ == after) tail_ = block;
-}
-
-void FormatStore::Unlink(RowBlock* block) {
-  if (block->prev != nullptr) {
-    block->prev->next = block->next;
-  } else {
-    head_ = block->next;
-  }
-  if (block->next != nullptr) {
-    block->next->prev = block->prev;
-  } else {
-    tail_ = block->prev;
-  }
-  block->next = nullptr;
-  block->prev = nullptr;
-}
-
-void FormatStore::DropBlock(RowBlock* block, uint32_t oldUsed, bool toHeap) {
-  // The block's unused room leaves the waste count with it.
-  uint32_t unused = kBlockPayload - oldUsed;
-  if (freeBytes_ >= unused) freeBytes_ -= unused;
-  Unlink(block);
+void FormatStore::DropBlock(RowBlock* block, bool toHeap) {
+  chain_.Remove(block);
   pool_.Give(block, toHeap);
-  --blockCount_;
 }
 
 FormatStore::Position FormatStore::Locate(uint64_t key) const {
-  if (head_ == nullptr) return {nullptr, 0};
+  RowBlock* head = chain_.head();
+  if (head == nullptr) return {nullptr, 0};
   // A key between two blocks lands at the end of the earlier one, which spreads inserts made in
   // order over both.
-  RowBlock* b = KeyOf(tail_->data) <= key ? tail_ : head_;
+  RowBlock* tail = chain_.tail();
+  RowBlock* b = KeyOf(tail->data) <= key ? tail : head;
   while (b->next != nullptr && KeyOf(b->next->data) <= key) b = b->next;
   // Records have one size, so the block can be searched by halving.
   uint32_t low = 0;
@@ -161,9 +123,7 @@ void FormatStore::InsertRecords(Position at, const uint8_t* records, uint32_t si
   } else {
     // The caller has reserved the block, so this cannot fail.
     RowBlock* second = pool_.Take();
-    LinkAfter(second, b);
-    ++blockCount_;
-    freeBytes_ += kBlockPayload;
+    chain_.LinkAfter(second, b);
     uint32_t tail = b->used - off;
     if (off < kSplitOffset) {
       std::memcpy(second->data, b->data + off, tail);
@@ -177,7 +137,7 @@ void FormatStore::InsertRecords(Position at, const uint8_t* records, uint32_t si
       b->used = static_cast<uint16_t>(off);
     }
   }
-  freeBytes_ -= std::min(size, freeBytes_);
+  chain_.CountFilled(size);
 }
 
 void FormatStore::DeleteRecords(Position at, uint32_t count) {
@@ -189,12 +149,12 @@ void FormatStore::DeleteRecords(Position at, uint32_t count) {
     count -= n;
     if (bytes == oldUsed) {
       at = {b->next, 0};
-      DropBlock(b, oldUsed, false);
+      DropBlock(b, false);
       continue;
     }
     std::memmove(b->data + at.offset, b->data + at.offset + bytes, oldUsed - at.offset - bytes);
     b->used = static_cast<uint16_t>(oldUsed - bytes);
-    freeBytes_ += bytes;
+    chain_.CountFreed(bytes);
   }
 }
 
@@ -207,14 +167,12 @@ bool FormatStore::ApplyStyleRun(const StyleRun& run) {
   const uint16_t last = std::min(run.lastColumn, kLastColumn);
   StyleRun fresh{first, last, row, run.styleId};
 
-  if (head_ == nullptr) {
+  if (chain_.head() == nullptr) {
     RowBlock* block = pool_.Take();
     if (block == nullptr) return false;
-    head_ = tail_ = block;
-    ++blockCount_;
-    freeBytes_ += kBlockPayload - kRunSize;
     WriteRun(block->data, fresh);
     block->used = kRunSize;
+    chain_.Append(block);
     return true;
   }
 
@@ -297,8 +255,8 @@ bool FormatStore::ApplyStyleRun(const StyleRun& run) {
 
 bool FormatStore::ClearStyleRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
                                   uint32_t lastRow, bool freeBlocks) {
-  if (head_ == nullptr || firstRow > lastRow || firstColumn > lastColumn || firstRow >= kRowLimit ||
-      firstColumn > kLastColumn) {
+  if (chain_.head() == nullptr || firstRow > lastRow || firstColumn > lastColumn ||
+      firstRow >= kRowLimit || firstColumn > kLastColumn) {
     return true;
   }
   lastRow = std::min(lastRow, kLastRow);
@@ -357,15 +315,15 @@ bool FormatStore::ClearStyleRange(uint16_t firstColumn, uint16_t lastColumn, uin
     }
     RowBlock* next = b->next;
     if (changed && out == 0) {
-      DropBlock(b, used, freeBlocks);
+      DropBlock(b, freeBlocks);
     } else if (changed) {
       uint32_t keep = std::min(out, kRunCapacity);
       std::memcpy(b->data, buffer, keep);
       b->used = static_cast<uint16_t>(keep);
       if (keep <= used) {
-        freeBytes_ += used - keep;
+        chain_.CountFreed(used - keep);
       } else {
-        freeBytes_ -= std::min(keep - used, freeBytes_);
+        chain_.CountFilled(keep - used);
       }
       uint32_t overflow = out - keep;
       if (overflow > 0) {
@@ -378,14 +336,12 @@ bool FormatStore::ClearStyleRange(uint16_t firstColumn, uint16_t lastColumn, uin
           std::memmove(next->data + overflow, next->data, next->used);
           std::memcpy(next->data, buffer + keep, overflow);
           next->used = static_cast<uint16_t>(next->used + overflow);
-          freeBytes_ -= std::min(overflow, freeBytes_);
+          chain_.CountFilled(overflow);
         } else {
           RowBlock* extra = pool_.Take();  // reserved above
-          LinkAfter(extra, b);
-          ++blockCount_;
-          freeBytes_ += kBlockPayload - overflow;
           std::memcpy(extra->data, buffer + keep, overflow);
           extra->used = static_cast<uint16_t>(overflow);
+          chain_.LinkAfter(extra, b);
         }
       }
     }
@@ -399,7 +355,7 @@ bool FormatStore::ClearStyleRange(uint16_t firstColumn, uint16_t lastColumn, uin
 
 uint16_t FormatStore::StyleAt(uint32_t row, uint16_t column) const {
   if (row >= kRowLimit || column > kLastColumn) return 0;
-  if (head_ != nullptr) {
+  if (chain_.head() != nullptr) {
     uint64_t key = KeyOf(row, column);
     // Locate stops in the block of the last run that starts at or before the cell: only that
     // run can cover it.
@@ -418,7 +374,7 @@ bool FormatStore::NextRun(RunCursor& cursor, StyleRun& run) const {
   RowBlock* b = cursor.block;
   uint32_t off = cursor.offset;
   if (b == nullptr) {
-    b = head_;
+    b = chain_.head();
     off = 0;
     if (b == nullptr) return false;
   }
@@ -435,7 +391,7 @@ bool FormatStore::NextRun(RunCursor& cursor, StyleRun& run) const {
 
 template <typename Map>
 void FormatStore::RewriteRuns(uint32_t fromRow, Map map) {
-  if (head_ == nullptr) return;
+  if (chain_.head() == nullptr) return;
   Position start = Locate(KeyOf(fromRow, 0));
   uint8_t* lastKept = nullptr;
   RowBlock* b = start.block;
@@ -457,9 +413,9 @@ void FormatStore::RewriteRuns(uint32_t fromRow, Map map) {
     }
     RowBlock* next = b->next;
     if (write == 0) {
-      DropBlock(b, used, false);
+      DropBlock(b, false);
     } else if (write < used) {
-      freeBytes_ += used - write;
+      chain_.CountFreed(used - write);
       b->used = static_cast<uint16_t>(write);
     }
     b = next;
@@ -469,177 +425,18 @@ void FormatStore::RewriteRuns(uint32_t fromRow, Map map) {
 }
 
 void FormatStore::MaybeCompact() {
-  // The integer division is the rule: more than about a fifth of the memory wasted.
-  if (freeBytes_ >= kCompactionWaste &&
-      (static_cast<uint64_t>(blockCount_) * 8192) / freeBytes_ < 5) {
-    Compact();
-  }
+  if (chain_.WantsCompaction()) Compact();
 }
 
 void FormatStore::Compact() {
-  if (head_ == nullptr) return;
-  RowBlock* wb = head_;
-  uint32_t woff = 0;
-  uint8_t* lastKept = nullptr;
-  for (RowBlock* rb = head_; rb != nullptr; rb = rb->next) {
-    uint32_t rused = rb->used;
-    for (uint32_t roff = 0; roff < rused; roff += kRunSize) {
-      uint8_t* r = rb->data + roff;
-      if (lastKept != nullptr && Joins(lastKept, ReadRun(r))) {
-        StoreU16(lastKept + 2, LastColumnOf(r));
-        continue;
-      }
-      // The write position never passes the read position, so each move is safe.
-      if (woff + kRunSize > kRunCapacity) {
-        wb->used = static_cast<uint16_t>(woff);
-        wb = wb->next;
-        woff = 0;
-      }
-      if (wb->data + woff != r) std::memmove(wb->data + woff, r, kRunSize);
-      lastKept = wb->data + woff;
-      woff += kRunSize;
-    }
-  }
-  wb->used = static_cast<uint16_t>(woff);
-  RowBlock* rest = wb->next;
-  wb->next = nullptr;
-  tail_ = wb;
-  while (rest != nullptr) {
-    RowBlock* next = rest->next;
-    pool_.Give(rest, pool_.count() >= kFreeListKeep);
-    --blockCount_;
-    rest = next;
-  }
-  // Counts waste since the last compaction, so it starts again from nothing.
-  freeBytes_ = 0;
-}
-
-// --- row words -----------------------------------------------------------------------------------
-
-bool FormatStore::GrowRowWords(uint32_t count) {
-  if (count <= rowCount_) return true;
-  uint32_t blocks = (count + kWordsPerBlock - 1) / kWordsPerBlock;
-  // Every block is secured before any is linked, so a failure changes nothing.
-  if (!wordPool_.Reserve(blocks - rowWordsBlockCount_)) return false;
-  while (rowWordsBlockCount_ < blocks) {
-    RowBlock* block = wordPool_.Take();
-    std::memset(block->data, 0, kBlockPayload);
-    block->next = nullptr;
-    block->prev = rowWordsLast_;
-    if (rowWordsLast_ != nullptr) {
-      rowWordsLast_->next = block;
-      rowWordsLast_->used = kBlockPayload;
-    } else {
-      rowWordsHead_ = block;
-    }
-    rowWordsLast_ = block;
-    ++rowWordsBlockCount_;
-    blockTableValid_ = 0;
-  }
-  rowCount_ = count;
-  rowWordsLast_->used = static_cast<uint16_t>((count - (blocks - 1) * kWordsPerBlock) * 2);
-  return true;
-}
-
-FormatStore::WordPosition FormatStore::LocateWord(uint32_t row) const {
-  uint32_t index = row / kWordsPerBlock;
-  RowBlock* b;
-  if (index >= rowWordsBlockCount_ / 2) {
-    b = rowWordsLast_;
-    for (uint32_t i = rowWordsBlockCount_ - 1; i > index; --i) b = b->prev;
-  } else {
-    b = rowWordsHead_;
-    for (uint32_t i = 0; i < index; ++i) b = b->next;
-  }
-  return {b, row % kWordsPerBlock};
-}
-
-uint16_t* FormatStore::RowWord(uint32_t row) {
-  if (row >= kRowLimit) return nullptr;
-  if (row >= rowCount_ && !GrowRowWords(row + 1)) return nullptr;
-  if (blockTableValid_) return blockTable_[row / kWordsPerBlock] + row % kWordsPerBlock;
-  WordPosition at = LocateWord(row);
-  return Words(at.block) + at.index;
-}
-
-uint16_t FormatStore::RowWordValue(uint32_t row) const {
-  if (row >= rowCount_) return 0;
-  if (blockTableValid_) return blockTable_[row / kWordsPerBlock][row % kWordsPerBlock];
-  WordPosition at = LocateWord(row);
-  return Words(at.block)[at.index];
-}
-
-bool FormatStore::SetRowWord(uint32_t row, uint16_t height, bool fixed) {
-  if (row >= kRowLimit) return true;
-  uint16_t bits = static_cast<uint16_t>(((height & 0xFFF) << 1) | (fixed ? kRowFixedHeight : 0));
-  // A missing word reads as 0, so a plain row needs none.
-  if (row >= rowCount_ && bits == 0) return true;
-  uint16_t* word = RowWord(row);
-  if (word == nullptr) return false;
-  *word = static_cast<uint16_t>((*word & kRowKeptBits) | bits);
-  return true;
-}
-
-bool FormatStore::BuildBlockTable() {
-  if (rowWordsBlockCount_ > blockTableCapacity_) {
-    uint32_t capacity =
-        std::min(std::max(rowWordsBlockCount_, blockTableCapacity_ * 2), kMaxWordBlocks);
-    void* table = std::realloc(blockTable_, capacity * sizeof(uint16_t*));
-    if (table == nullptr) return false;
-    blockTable_ = static_cast<uint16_t**>(table);
-    blockTableCapacity_ = capacity;
-  }
-  uint32_t i = 0;
-  for (RowBlock* b = rowWordsHead_; b != nullptr; b = b->next) blockTable_[i++] = Words(b);
-  blockTableValid_ = 1;
-  return true;
-}
-
-void FormatStore::MoveWords(uint32_t to, uint32_t from, uint32_t count) {
-  if (count == 0 || to == from) return;
-  if (to > from) {
-    // Backwards, block piece by block piece, so that overlapping ranges copy correctly.
-    WordPosition s = LocateWord(from + count - 1);
-    WordPosition d = LocateWord(to + count - 1);
-    for (;;) {
-      uint32_t n = std::min({count, s.index + 1, d.index + 1});
-      std::memmove(Words(d.block) + d.index + 1 - n, Words(s.block) + s.index + 1 - n, n * 2);
-      count -= n;
-      if (count == 0) return;
-      for (WordPosition* p : {&s, &d}) {
-        if (p->index >= n) {
-          p->index -= n;
-        } else {
-          *p = {p->block->prev, kWordsPerBlock - 1};
-        }
-      }
-    }
-  }
-  WordPosition s = LocateWord(from);
-  WordPosition d = LocateWord(to);
-  for (;;) {
-    uint32_t n = std::min({count, kWordsPerBlock - s.index, kWordsPerBlock - d.index});
-    std::memmove(Words(d.block) + d.index, Words(s.block) + s.index, n * 2);
-    count -= n;
-    if (count == 0) return;
-    for (WordPosition* p : {&s, &d}) {
-      if (p->index + n < kWordsPerBlock) {
-        p->index += n;
-      } else {
-        *p = {p->block->next, 0};
-      }
-    }
-  }
-}
-
-void FormatStore::MaskWords(uint32_t first, uint32_t count) {
-  if (count == 0) return;
-  WordPosition p = LocateWord(first);
-  for (; count > 0; --count) {
-    uint16_t* word = Words(p.block) + p.index;
-    *word &= kRowKeptBits;
-    if (++p.index == kWordsPerBlock) p = {p.block->next, 0};
-  }
+  // Runs that a rewrite left touching, with one style, become one.
+  chain_.Compact(
+      pool_, kFreeListKeep, kRunCapacity, [](const uint8_t*) { return kRunSize; },
+      [](uint8_t* kept, const uint8_t* r) {
+        if (!Joins(kept, ReadRun(r))) return false;
+        StoreU16(kept + 2, LastColumnOf(r));
+        return true;
+      });
 }
 
 // --- rows and columns ----------------------------------------------------------------------------
@@ -654,15 +451,7 @@ void FormatStore::InsertRows(uint32_t firstRow, uint32_t lastRow) {
     run.row += count;
     return true;
   });
-
-  if (rowCount_ <= firstRow) return;
-  uint32_t target = std::min(rowCount_ + count, kRowLimit);
-  if (!GrowRowWords(target)) {
-    target = std::min(target, rowWordsBlockCount_ * kWordsPerBlock);
-    GrowRowWords(target);  // within the blocks there are: cannot fail
-  }
-  if (target > lastRow + 1) MoveWords(lastRow + 1, firstRow, target - lastRow - 1);
-  MaskWords(firstRow, std::min(count, target - firstRow));
+  rowWords_.InsertRows(firstRow, lastRow);
 }
 
 void FormatStore::RemoveRows(const uint32_t* rows, size_t count) {
@@ -674,15 +463,7 @@ void FormatStore::RemoveRows(const uint32_t* rows, size_t count) {
     run.row -= static_cast<uint32_t>(at - rows);
     return true;
   });
-  // Row words: each stretch between two removed rows moves down by the removals below it.
-  uint32_t removed = 0;
-  for (size_t i = 0; i < count && rows[i] < rowCount_; ++i) {
-    uint32_t from = rows[i] + 1;
-    uint32_t until = i + 1 < count ? std::min(rows[i + 1], rowCount_) : rowCount_;
-    ++removed;
-    if (until > from) MoveWords(from - removed, from, until - from);
-  }
-  if (removed > 0) MaskWords(rowCount_ - removed, removed);
+  rowWords_.RemoveRows(rows, count);
 }
 
 void FormatStore::InsertRowsBefore(const uint32_t* rows, size_t count) {
@@ -694,23 +475,7 @@ void FormatStore::InsertRowsBefore(const uint32_t* rows, size_t count) {
     run.row += shift;
     return true;
   });
-  if (rowCount_ <= rows[0]) return;
-  uint32_t target = std::min<uint32_t>(rowCount_ + static_cast<uint32_t>(count), kRowLimit);
-  if (!GrowRowWords(target)) {
-    target = std::min(target, rowWordsBlockCount_ * kWordsPerBlock);
-    GrowRowWords(target);  // within the blocks there are: cannot fail
-  }
-  // From the top down, each stretch moves up by the insertions at or below its start; the row
-  // opened before each listed row is cleared.
-  for (size_t i = count; i-- > 0;) {
-    uint32_t from = rows[i];
-    if (from >= target) continue;
-    uint32_t until = i + 1 < count ? rows[i + 1] : target;
-    uint32_t shift = static_cast<uint32_t>(i + 1);
-    if (until > target - shift) until = target - shift;
-    if (until > from) MoveWords(from + shift, from, until - from);
-    if (from + i < target) MaskWords(from + static_cast<uint32_t>(i), 1);
-  }
+  rowWords_.InsertRowsBefore(rows, count);
 }
 
 void FormatStore::DeleteRow(uint32_t row) {
@@ -720,10 +485,7 @@ void FormatStore::DeleteRow(uint32_t row) {
     if (run.row > row) --run.row;
     return true;
   });
-
-  if (row >= rowCount_) return;
-  MoveWords(row, row + 1, rowCount_ - row - 1);
-  MaskWords(rowCount_ - 1, 1);
+  rowWords_.DeleteRow(row);
 }
 
 void FormatStore::InsertColumn(uint16_t column) {
@@ -755,45 +517,13 @@ void FormatStore::DeleteColumn(uint16_t column) {
 }
 
 void FormatStore::AdoptRunChain(RowBlock* head) {
-  pool_.GiveChain(head_, false);
-  head_ = head;
-  tail_ = nullptr;
-  blockCount_ = 0;
-  freeBytes_ = 0;
-  RowBlock* previous = nullptr;
-  for (RowBlock* b = head_; b != nullptr; b = b->next) {
-    b->prev = previous;
-    previous = b;
-    tail_ = b;
-    ++blockCount_;
-    freeBytes_ += kBlockPayload - b->used;
-  }
-}
-
-bool FormatStore::FillRowWords(uint32_t first, uint32_t count, uint16_t value) {
-  if (count == 0) return true;
-  if (first >= kRowLimit || count > kRowLimit - first) return false;
-  if (!GrowRowWords(first + count)) return false;
-  WordPosition p = LocateWord(first);
-  for (; count > 0; --count) {
-    Words(p.block)[p.index] = value;
-    if (++p.index == kWordsPerBlock) p = {p.block->next, 0};
-  }
-  return true;
+  pool_.GiveChain(chain_.head(), false);
+  chain_.Adopt(head);
 }
 
 void FormatStore::Reset(bool freeBlocks) {
-  pool_.GiveChain(head_, freeBlocks);
-  head_ = nullptr;
-  tail_ = nullptr;
-  blockCount_ = 0;
-  freeBytes_ = 0;
-  wordPool_.GiveChain(rowWordsHead_, freeBlocks);
-  rowWordsHead_ = nullptr;
-  rowWordsLast_ = nullptr;
-  rowWordsBlockCount_ = 0;
-  rowCount_ = 0;
-  blockTableValid_ = 0;
+  pool_.GiveChain(chain_.Release(), freeBlocks);
+  rowWords_.Reset(freeBlocks);
   std::fill(columns_, columns_ + kColumnLimit, ColumnFormat());
 }
 

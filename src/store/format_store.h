@@ -5,8 +5,10 @@
 
 #include <cstdint>
 
+#include "store/block_chain.h"
 #include "store/cell_record.h"
 #include "store/row_block.h"
+#include "store/row_words.h"
 
 namespace kelpdex {
 
@@ -55,11 +57,10 @@ class FormatStore {
   static constexpr uint32_t kRunSize = 10;
   // 818 runs; the last two bytes of the payload stay unused.
   static constexpr uint32_t kRunCapacity = 8180;
-  static constexpr uint32_t kWordsPerBlock = kBlockPayload / 2;  // 4091 row words
-  static constexpr uint16_t kRowFixedHeight = 0x0001;
-  // Bits of a row word that no row operation owns: clearing a row keeps them.
-  static constexpr uint16_t kRowKeptBits = 0xE000;
-  static constexpr uint32_t kCompactionWaste = 1000001;
+  static constexpr uint32_t kWordsPerBlock = RowWords::kWordsPerBlock;
+  static constexpr uint16_t kRowFixedHeight = RowWords::kFixedHeight;
+  static constexpr uint16_t kRowKeptBits = RowWords::kKeptBits;
+  static constexpr uint32_t kCompactionWaste = BlockChain::kCompactionWaste;
   static constexpr uint32_t kFreeListKeep = 64;
 
   FormatStore();
@@ -91,16 +92,13 @@ class FormatStore {
     if (column < kColumnLimit) columns_[column].SetStyleId(styleId);
   }
 
-  // Sets height and fixedHeight of a row, keeping its high bits. Rows beyond the last are ignored.
-  // False on out of memory.
-  bool SetRowWord(uint32_t row, uint16_t height, bool fixed);
-  // The row's word, growing the words up to it; nullptr for a row beyond the last or on out of
-  // memory.
-  uint16_t* RowWord(uint32_t row);
-  // 0 for a row that has no word.
-  uint16_t RowWordValue(uint32_t row) const;
-  // Makes every word lookup a table access until the next block is added; false on out of memory.
-  bool BuildBlockTable();
+  // The row words (see RowWords).
+  bool SetRowWord(uint32_t row, uint16_t height, bool fixed) {
+    return rowWords_.Set(row, height, fixed);
+  }
+  uint16_t* RowWord(uint32_t row) { return rowWords_.Word(row); }
+  uint16_t RowWordValue(uint32_t row) const { return rowWords_.Value(row); }
+  bool BuildBlockTable() { return rowWords_.BuildBlockTable(); }
 
   // Row and column changes. Runs and row words move with their rows; runs and column entries with
   // their columns. Formats pushed off the sheet are dropped. Should the row words fail to grow,
@@ -125,32 +123,27 @@ class FormatStore {
   void AdoptRunChain(RowBlock* head);
   // Gives rows [first, first + count) the word `value`, growing the words; false on out of
   // memory.
-  bool FillRowWords(uint32_t first, uint32_t count, uint16_t value);
+  bool FillRowWords(uint32_t first, uint32_t count, uint16_t value) {
+    return rowWords_.Fill(first, count, value);
+  }
 
-  RowBlock* head() const { return head_; }
+  RowBlock* head() const { return chain_.head(); }
   RowBlock* freeList() const { return pool_.list(); }
-  uint32_t blockCount() const { return blockCount_; }
+  uint32_t blockCount() const { return chain_.blockCount(); }
   uint32_t freeBlockCount() const { return pool_.count(); }
-  uint32_t freeBytes() const { return freeBytes_; }
-  RowBlock* rowWordsHead() const { return rowWordsHead_; }
-  uint32_t rowWordsBlockCount() const { return rowWordsBlockCount_; }
-  uint32_t rowWordsFreeCount() const { return wordPool_.count(); }
-  uint32_t rowCount() const { return rowCount_; }
-  bool blockTableValid() const { return blockTableValid_ != 0; }
+  uint32_t freeBytes() const { return chain_.freeBytes(); }
+  RowBlock* rowWordsHead() const { return rowWords_.head(); }
+  uint32_t rowWordsBlockCount() const { return rowWords_.blockCount(); }
+  uint32_t rowWordsFreeCount() const { return rowWords_.freeBlockCount(); }
+  uint32_t rowCount() const { return rowWords_.rowCount(); }
+  bool blockTableValid() const { return rowWords_.blockTableValid(); }
 
  private:
   struct Position {
     RowBlock* block;
     uint32_t offset;
   };
-  struct WordPosition {
-    RowBlock* block;
-    uint32_t index;
-  };
-
-  void LinkAfter(RowBlock* block, RowBlock* after);
-  void Unlink(RowBlock* block);
-  void DropBlock(RowBlock* block, uint32_t oldUsed, bool toHeap);
+  void DropBlock(RowBlock* block, bool toHeap);
   Position Locate(uint64_t key) const;
   uint32_t SplitsIn(const RowBlock* block, uint32_t from, uint16_t firstColumn, uint16_t lastColumn,
                     uint32_t firstRow, uint32_t lastRow) const;
@@ -161,28 +154,14 @@ class FormatStore {
   void MaybeCompact();
   void Compact();
 
-  bool GrowRowWords(uint32_t count);
-  WordPosition LocateWord(uint32_t row) const;
-  void MoveWords(uint32_t to, uint32_t from, uint32_t count);
-  void MaskWords(uint32_t first, uint32_t count);
-
-  RowBlock* head_ = nullptr;
+  // The chain of runs; its tail lets runs added in order (as loaders do) skip the walk from the
+  // head.
+  BlockChain chain_;
   BlockPool pool_;
-  // The last block, so that runs added in order (as loaders do) skip the walk from the head.
-  RowBlock* tail_ = nullptr;
-  uint32_t blockCount_ = 0;
-  uint32_t freeBytes_ = 0;
 
   ColumnFormat columns_[kColumnLimit];
 
-  RowBlock* rowWordsHead_ = nullptr;
-  BlockPool wordPool_;  // spare row-word blocks
-  RowBlock* rowWordsLast_ = nullptr;
-  uint16_t** blockTable_ = nullptr;
-  uint32_t blockTableCapacity_ = 0;
-  uint8_t blockTableValid_ = 0;
-  uint32_t rowWordsBlockCount_ = 0;
-  uint32_t rowCount_ = 0;
+  RowWords rowWords_;
 };
 
 }  // namespace kelpdex

@@ -50,6 +50,12 @@ void ExpectMatchesModel(CellStore& store, const Model& model) {
     ++blocks;
   }
   EXPECT_EQ(blocks, store.blockCount());
+  // The last row comes from the tail block alone, so the tail must follow every change.
+  uint32_t lastRow = 0;
+  ASSERT_EQ(store.LastRecordRow(lastRow), !model.empty());
+  if (!model.empty()) {
+    EXPECT_EQ(lastRow, model.rbegin()->first.first);
+  }
   CellCursor cursor;
   while (CellRecord* r = store.NextCell(cursor)) {
     seen.push_back({{cell::Row(r), cell::Column(r)}, std::string(cell::Text(r))});
@@ -309,6 +315,7 @@ TEST(CellStore, ChainsMoveBetweenStores) {
   EXPECT_EQ(a.head(), nullptr);
   b.AdoptChain(chain);
   EXPECT_EQ(b.blockCount(), blocks);
+  EXPECT_EQ(b.MaxRowUsed(), 2999u);  // read from the adopted chain's tail
   EXPECT_EQ(TextAt(b, 2999, 0), "row 2999");
   EXPECT_GT(b.freeBlockCount(), 0u);  // its old blocks wait for reuse
   b.Reset(false);
