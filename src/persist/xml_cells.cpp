@@ -8,6 +8,7 @@
 
 #include "format/number_text.h"
 #include "persist/xml_sections.h"
+#include "store/block_chain.h"
 #include "store/cell_error.h"
 #include "text/code_page.h"
 
@@ -81,33 +82,18 @@ bool PlainValue(const uint8_t* p, size_t size) {
 class CellAppender {
  public:
   explicit CellAppender(CellStore& cells) : cells_(cells) {}
-  ~CellAppender() { cells_.AdoptChain(head_); }
+  ~CellAppender() { cells_.AdoptChain(chain_.Release()); }
   CellAppender(const CellAppender&) = delete;
   CellAppender& operator=(const CellAppender&) = delete;
 
   bool Append(const uint8_t* record) {
-    uint32_t size = cell::Size(record);
-    if (tail_ == nullptr || tail_->used + size > kBlockPayload) {
-      RowBlock* b = cells_.TakeSpareBlock();
-      if (b == nullptr) return false;
-      b->next = nullptr;
-      b->prev = tail_;
-      if (tail_ != nullptr) {
-        tail_->next = b;
-      } else {
-        head_ = b;
-      }
-      tail_ = b;
-    }
-    std::memcpy(tail_->data + tail_->used, record, size);
-    tail_->used = static_cast<uint16_t>(tail_->used + size);
-    return true;
+    return chain_.AppendRecord(record, cell::Size(record),
+                               [this] { return cells_.TakeSpareBlock(); });
   }
 
  private:
   CellStore& cells_;
-  RowBlock* head_ = nullptr;
-  RowBlock* tail_ = nullptr;
+  BlockChain chain_;
 };
 
 class CellReader {
