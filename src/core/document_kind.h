@@ -35,6 +35,10 @@ enum class NativeFormat : uint8_t {
 constexpr bool IsWritableFormat(NativeFormat format) {
   return format >= NativeFormat::kXml && format <= NativeFormat::kBinaryCompressed;
 }
+// What a save writes for a form read from anywhere: one of the four, else plain XML.
+constexpr NativeFormat WritableFormat(NativeFormat format) {
+  return IsWritableFormat(format) ? format : NativeFormat::kXml;
+}
 constexpr bool IsXmlFormat(NativeFormat format) {
   return format == NativeFormat::kXml || format == NativeFormat::kXmlCompressed;
 }

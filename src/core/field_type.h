@@ -15,4 +15,10 @@ enum class FieldType : uint8_t {
   kFiles = 8,  // "Images/Files"
 };
 
+// Text and Number fields hold their values in the data sheet: they are typed into, defaulted and
+// calculated. Long Text and Images/Files hold a reference to the side file.
+constexpr bool HoldsCellValues(FieldType type) {
+  return type == FieldType::kText || type == FieldType::kNumber;
+}
+
 }  // namespace kelpdex

@@ -18,9 +18,8 @@ std::string WindowTitle(const Workbook& book, bool hasDocument) {
 }
 
 NativeFormat EffectiveFormat(NativeFormat fileFormat, NativeFormat defaultFileFormat) {
-  NativeFormat format = fileFormat != NativeFormat::kDefault ? fileFormat : defaultFileFormat;
   // A settings file may hold anything; what cannot be written falls back to plain XML.
-  return IsWritableFormat(format) ? format : NativeFormat::kXml;
+  return WritableFormat(fileFormat != NativeFormat::kDefault ? fileFormat : defaultFileFormat);
 }
 
 const char* FormatName(DocumentKind openKind, NativeFormat effectiveFormat) {

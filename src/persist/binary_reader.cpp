@@ -225,7 +225,7 @@ bool Reader::ReadRowRuns(FormatStore& formats) {
     if (!U32(run) || !U16(word)) return false;
     if (run == 0 || run > rows - row) return Damaged();
     // Rows of word 0 need no storage unless words behind them do.
-    if ((word != 0 || row + run == rows) && !formats.FillRowWords(row, run, word)) {
+    if ((word != 0 || row + run == rows) && !formats.rowWords().Fill(row, run, word)) {
       s_.SetError(err::kOutOfMemory);
       return false;
     }

@@ -93,13 +93,13 @@ void WriteColumnRuns(Out& out, const FormatStore& formats) {
 }
 
 void WriteRowRuns(Out& out, const FormatStore& formats) {
-  uint32_t rows = formats.rowCount();
+  uint32_t rows = formats.rowWords().rowCount();
   out.U32(rows);
   uint32_t row = 0;
   while (row < rows) {
-    uint16_t word = formats.RowWordValue(row);
+    uint16_t word = formats.rowWords().Value(row);
     uint32_t run = 1;
-    while (row + run < rows && formats.RowWordValue(row + run) == word) ++run;
+    while (row + run < rows && formats.rowWords().Value(row + run) == word) ++run;
     out.U32(run);
     out.U16(word);
     row += run;

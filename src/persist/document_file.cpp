@@ -27,7 +27,7 @@ std::string SideFilePath(const std::string& documentPath) {
 
 bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
                        ErrorCode& error) {
-  if (!IsWritableFormat(format)) format = NativeFormat::kXml;
+  format = WritableFormat(format);
   std::string temporary = TemporaryPath(path);
   FileStream stream;
   bool ok = stream.Open(temporary, StreamMode::kWrite, IsCompressedFormat(format));

@@ -54,8 +54,7 @@ bool SaveProfile(const std::string& path, const SessionSettings& s, const UserFo
   w.TextElement("AutoSave", Number(s.autoSaveMinutes), 1, 1);
   w.TextElement("AutoClose", Number(s.autoCloseMinutes), 1, 1);
   // The default format's two bits: XML or binary, compressed or not.
-  NativeFormat format =
-      IsWritableFormat(s.defaultFileFormat) ? s.defaultFileFormat : NativeFormat::kXml;
+  NativeFormat format = WritableFormat(s.defaultFileFormat);
   XmlAttributes fileFormat;
   fileFormat.Text("Xml", IsXmlFormat(format) ? "Yes" : "No")
       .Text("Compressed", IsCompressedFormat(format) ? "Yes" : "No");

@@ -42,7 +42,7 @@ bool ReadFormatting(XmlScanner& x, FormatStore& f) {
     bool fixed = false;
     if (!x.IntAttr("Height", height, 0, 4095) || !x.BoolAttr("Fixed", fixed)) return false;
     if ((height != 0 || fixed) &&
-        !f.FillRowWords(at.row, 1, static_cast<uint16_t>((height << 1) | (fixed ? 1 : 0)))) {
+        !f.rowWords().Fill(at.row, 1, static_cast<uint16_t>((height << 1) | (fixed ? 1 : 0)))) {
       return x.Fail(err::kXmlOutOfMemory);
     }
     if (x.isClose()) continue;
@@ -74,9 +74,9 @@ void WriteFormatting(XmlWriter& w, const FormatStore& f) {
     w.Tag("Column", a, TagMode::kEmpty, 3, 1);
   }
   // Rows with a height of their own or with style runs, in row order.
-  const uint32_t rows = f.rowCount();
+  const uint32_t rows = f.rowWords().rowCount();
   auto nextWordRow = [&](uint32_t from) {
-    while (from < rows && (f.RowWordValue(from) & 0x1FFF) == 0) ++from;
+    while (from < rows && (f.rowWords().Value(from) & 0x1FFF) == 0) ++from;
     return from;
   };
   RunCursor cursor;
@@ -86,7 +86,7 @@ void WriteFormatting(XmlWriter& w, const FormatStore& f) {
   while (w.ok()) {
     uint32_t row = std::min(wordRow < rows ? wordRow : kRowLimit, haveRun ? run.row : kRowLimit);
     if (row == kRowLimit) break;
-    uint16_t word = f.RowWordValue(row);
+    uint16_t word = f.rowWords().Value(row);
     XmlAttributes a;
     a.Text("rc", "r" + std::to_string(row + 1));
     uint16_t height = (word >> 1) & 0xFFF;

@@ -37,7 +37,6 @@ class CellStore {
  public:
   static constexpr uint32_t kRowGroupShift = 10;  // the row index has one page per 1024 rows
   static constexpr uint32_t kRowGroups = kRowLimit >> kRowGroupShift;
-  static constexpr uint32_t kCompactionWaste = BlockChain::kCompactionWaste;
   // Spare blocks kept after a compaction; the rest go back to the heap.
   static constexpr uint32_t kFreeListKeep = 64;
 

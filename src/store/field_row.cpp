@@ -122,7 +122,7 @@ std::vector<FieldDefault> BuildFieldDefaults(const TableSpec& table) {
       d.type = fieldRow.type;
       d.name = fieldRow.name;
       d.link = fieldRow.link;
-      if (fieldRow.type == FieldType::kText || fieldRow.type == FieldType::kNumber) {
+      if (HoldsCellValues(fieldRow.type)) {
         SplitFormulaOrValue(fieldRow.formulaOrValue, d.formula, d.defaultValue);
       }
     } else {

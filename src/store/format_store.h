@@ -57,10 +57,6 @@ class FormatStore {
   static constexpr uint32_t kRunSize = 10;
   // 818 runs; the last two bytes of the payload stay unused.
   static constexpr uint32_t kRunCapacity = 8180;
-  static constexpr uint32_t kWordsPerBlock = RowWords::kWordsPerBlock;
-  static constexpr uint16_t kRowFixedHeight = RowWords::kFixedHeight;
-  static constexpr uint16_t kRowKeptBits = RowWords::kKeptBits;
-  static constexpr uint32_t kCompactionWaste = BlockChain::kCompactionWaste;
   static constexpr uint32_t kFreeListKeep = 64;
 
   FormatStore();
@@ -92,13 +88,9 @@ class FormatStore {
     if (column < kColumnLimit) columns_[column].SetStyleId(styleId);
   }
 
-  // The row words (see RowWords).
-  bool SetRowWord(uint32_t row, uint16_t height, bool fixed) {
-    return rowWords_.Set(row, height, fixed);
-  }
-  uint16_t* RowWord(uint32_t row) { return rowWords_.Word(row); }
-  uint16_t RowWordValue(uint32_t row) const { return rowWords_.Value(row); }
-  bool BuildBlockTable() { return rowWords_.BuildBlockTable(); }
+  // The row words; row changes of the store move them with the runs.
+  RowWords& rowWords() { return rowWords_; }
+  const RowWords& rowWords() const { return rowWords_; }
 
   // Row and column changes. Runs and row words move with their rows; runs and column entries with
   // their columns. Formats pushed off the sheet are dropped. Should the row words fail to grow,
@@ -121,22 +113,11 @@ class FormatStore {
   RowBlock* TakeSpareBlock() { return pool_.Take(); }
   bool ReserveSpareBlocks(uint32_t count) { return pool_.ReserveMany(count); }
   void AdoptRunChain(RowBlock* head);
-  // Gives rows [first, first + count) the word `value`, growing the words; false on out of
-  // memory.
-  bool FillRowWords(uint32_t first, uint32_t count, uint16_t value) {
-    return rowWords_.Fill(first, count, value);
-  }
-
   RowBlock* head() const { return chain_.head(); }
   RowBlock* freeList() const { return pool_.list(); }
   uint32_t blockCount() const { return chain_.blockCount(); }
   uint32_t freeBlockCount() const { return pool_.count(); }
   uint32_t freeBytes() const { return chain_.freeBytes(); }
-  RowBlock* rowWordsHead() const { return rowWords_.head(); }
-  uint32_t rowWordsBlockCount() const { return rowWords_.blockCount(); }
-  uint32_t rowWordsFreeCount() const { return rowWords_.freeBlockCount(); }
-  uint32_t rowCount() const { return rowWords_.rowCount(); }
-  bool blockTableValid() const { return rowWords_.blockTableValid(); }
 
  private:
   struct Position {

@@ -29,7 +29,7 @@ EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std:
   if (!workbook.records.allocated() && !RefreshCurrentTable(workbook)) return EntryResult::kFailed;
   if (field >= workbook.fieldDefaults.size()) return EntryResult::kRefused;
   const FieldDefault& fieldDefault = workbook.fieldDefaults[field];
-  bool typed = fieldDefault.type == FieldType::kText || fieldDefault.type == FieldType::kNumber;
+  bool typed = HoldsCellValues(fieldDefault.type);
   if (!typed || fieldDefault.IsCalculated()) return EntryResult::kRefused;
   if (record >= RecordSet::kEntries) return Failed(workbook, err::kTooManyRecords);
   const uint32_t row = workbook.records[record];

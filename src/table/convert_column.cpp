@@ -184,8 +184,7 @@ bool ConvertSelection(Workbook& workbook, int mode, const UndoContext& selection
   for (uint32_t c = selection.firstColumn; c <= selection.lastColumn; ++c) {
     if (c >= workbook.fieldDefaults.size()) break;
     FieldType type = workbook.fieldDefaults[c].type;
-    if (textMode ? type != FieldType::kText
-                 : type != FieldType::kText && type != FieldType::kNumber) {
+    if (textMode ? type != FieldType::kText : !HoldsCellValues(type)) {
       continue;
     }
     for (size_t i = 0; i < rows.size();) {

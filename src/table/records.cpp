@@ -171,7 +171,7 @@ bool FillDefaults(Workbook& workbook, const UndoContext& selection) {
     bool wrote = false;
     for (uint16_t c = selection.firstColumn; c < lastField; ++c) {
       const FieldDefault& f = fields[c];
-      if (f.type != FieldType::kText && f.type != FieldType::kNumber) continue;
+      if (!HoldsCellValues(f.type)) continue;
       if (f.IsCalculated() || f.defaultValue.empty()) continue;
       if (sheet.cells.GetCell(row, c, &cursor) != nullptr) continue;
       if (f.type == FieldType::kText) {
@@ -236,7 +236,7 @@ bool StepValue(Workbook& workbook, int direction, const UndoContext& selection) 
     for (uint32_t c = selection.firstColumn; c <= selection.lastColumn && c < fields.size(); ++c) {
       auto column = static_cast<uint16_t>(c);
       FieldType type = fields[c].type;
-      if (type != FieldType::kText && type != FieldType::kNumber) continue;
+      if (!HoldsCellValues(type)) continue;
       CellRecord* r = sheet.cells.GetCell(row, column);
       if (r == nullptr || cell::IsFormula(r)) continue;
       uint8_t kind = ColumnNumberStyle(workbook, sheet, column).kind;
@@ -318,8 +318,7 @@ bool InsertDateValue(Workbook& workbook, DateCommand command, const UndoContext&
   if (!CurrentTableWithRecords(workbook, table)) return false;
   uint16_t column = context.activeColumn;
   if (column >= workbook.fieldDefaults.size() ||
-      (workbook.fieldDefaults[column].type != FieldType::kText &&
-       workbook.fieldDefaults[column].type != FieldType::kNumber) ||
+      !HoldsCellValues(workbook.fieldDefaults[column].type) ||
       context.activeRecord >= RecordSet::kEntries) {
     return true;
   }

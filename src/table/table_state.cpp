@@ -42,16 +42,18 @@ uint32_t FirstFreeRow(const RecordSet& records, const Worksheet& data) {
   return first;
 }
 
+// The formula engine names Text and Number fields by the catalogue's own numbers; other types
+// pass as theirs, which it cannot name.
+static_assert(kFieldText == static_cast<uint8_t>(FieldType::kText) &&
+              kFieldNumber == static_cast<uint8_t>(FieldType::kNumber));
+
 std::vector<FormulaField> FormulaFields(const std::vector<FieldDefault>& defaults) {
   std::vector<FormulaField> fields(defaults.size());
   for (size_t i = 0; i < defaults.size(); ++i) {
     const FieldDefault& d = defaults[i];
-    // The formula engine knows Text and Number; other types pass as their own number.
-    fields[i].type = d.type == FieldType::kNumber ? kFieldNumber
-                     : d.type == FieldType::kText ? kFieldText
-                                                  : static_cast<uint8_t>(d.type);
+    fields[i].type = static_cast<uint8_t>(d.type);
     fields[i].name = d.name;
-    if (d.IsCalculated() && (d.type == FieldType::kText || d.type == FieldType::kNumber)) {
+    if (d.IsCalculated() && HoldsCellValues(d.type)) {
       fields[i].formula = d.formula;
     }
   }

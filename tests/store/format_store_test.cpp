@@ -200,11 +200,11 @@ TEST(FormatStore, RowChangesMoveWordsAcrossBlocksKeepingHighBits) {
   FormatStore store;
   std::vector<uint16_t> model(9000);
   for (uint32_t row = 1; row < model.size(); ++row) {
-    if (row % 7 == 0) *store.RowWord(row) = 0xA000;  // bits that setting the height keeps
-    ASSERT_TRUE(store.SetRowWord(row, static_cast<uint16_t>(row % 4000), row & 1));
+    if (row % 7 == 0) *store.rowWords().Word(row) = 0xA000;  // bits that setting the height keeps
+    ASSERT_TRUE(store.rowWords().Set(row, static_cast<uint16_t>(row % 4000), row & 1));
     model[row] = static_cast<uint16_t>(((row % 4000) << 1) | (row & 1) | (row % 7 ? 0 : 0xA000));
   }
-  EXPECT_EQ(store.rowWordsBlockCount(), 3u);
+  EXPECT_EQ(store.rowWords().blockCount(), 3u);
   ASSERT_TRUE(Apply(store, 200, 0, 0, 3));
   ASSERT_TRUE(Apply(store, kLastRow - 4100, 0, 0, 4));  // pushed off by the first insert
   for (int round = 0; round < 2; ++round) {
@@ -219,19 +219,19 @@ TEST(FormatStore, RowChangesMoveWordsAcrossBlocksKeepingHighBits) {
     store.DeleteRow(4090);
     model.erase(model.begin() + 4090);
     model.push_back(model.back() & 0xE000);
-    ASSERT_EQ(store.rowCount(), model.size());
-    EXPECT_FALSE(store.blockTableValid());  // the insert added blocks
+    ASSERT_EQ(store.rowWords().rowCount(), model.size());
+    EXPECT_FALSE(store.rowWords().blockTableValid());  // the insert added blocks
     for (int pass = 0; pass < 2; ++pass) {
       for (uint32_t row = 0; row < model.size(); ++row) {
-        ASSERT_EQ(store.RowWordValue(row), model[row]) << row << (pass ? " with table" : "");
+        ASSERT_EQ(store.rowWords().Value(row), model[row]) << row << (pass ? " with table" : "");
       }
-      ASSERT_TRUE(store.BuildBlockTable());
+      ASSERT_TRUE(store.rowWords().BuildBlockTable());
     }
   }
   EXPECT_EQ(RunText(store), "8400:0-0/3");
-  EXPECT_EQ(*store.RowWord(8183), model[8183]);
-  EXPECT_EQ(store.RowWordValue(kLastRow), 0u);
-  EXPECT_EQ(store.rowCount(), model.size());  // reading did not grow the words
+  EXPECT_EQ(*store.rowWords().Word(8183), model[8183]);
+  EXPECT_EQ(store.rowWords().Value(kLastRow), 0u);
+  EXPECT_EQ(store.rowWords().rowCount(), model.size());  // reading did not grow the words
 }
 
 TEST(FormatStore, ColumnChangesMoveRunsAndEntries) {
@@ -260,8 +260,8 @@ TEST(FormatStore, OutOfMemoryLeavesTheStoreUnchanged) {
   SetBlockAllocationBudget(0);
   EXPECT_FALSE(Apply(store, 0, 0, 0, 1));
   EXPECT_EQ(store.head(), nullptr);
-  EXPECT_FALSE(store.SetRowWord(10, 5, false));
-  EXPECT_EQ(store.rowCount(), 0u);
+  EXPECT_FALSE(store.rowWords().Set(10, 5, false));
+  EXPECT_EQ(store.rowWords().rowCount(), 0u);
   SetBlockAllocationBudget(1);
   Fill(store, 818);
   Runs before = CheckedRuns(store);

@@ -34,7 +34,7 @@ void Fill(Worksheet& sheet, Model& model, std::mt19937& rng, uint32_t rows) {
     }
     if (rng() % 4 == 0) {
       uint16_t h = static_cast<uint16_t>(10 + r % 200);
-      ASSERT_TRUE(sheet.formats.SetRowWord(r, h, false));
+      ASSERT_TRUE(sheet.formats.rowWords().Set(r, h, false));
       model.heights[r] = h;
     }
     if (rng() % 5 == 0) {
@@ -59,7 +59,7 @@ void Check(Worksheet& sheet, const Model& model, uint32_t rows) {
   for (uint32_t r = 0; r < rows; ++r) {
     auto h = model.heights.find(r);
     uint16_t expected = h == model.heights.end() ? 0 : h->second;
-    ASSERT_EQ(sheet.formats.RowWordValue(r) & 0xFFF, expected << 1 & 0xFFF) << "row " << r;
+    ASSERT_EQ(sheet.formats.rowWords().Value(r) & 0xFFF, expected << 1 & 0xFFF) << "row " << r;
     auto s = model.styles.find(r);
     ASSERT_EQ(sheet.formats.StyleAt(r, 3), s == model.styles.end() ? 0 : s->second) << "row " << r;
   }

@@ -78,9 +78,9 @@ inline void ExpectSameWorkbook(const Workbook& a, const Workbook& b) {
     for (uint16_t c = 0; c < kColumnLimit; ++c) {
       ASSERT_EQ(std::memcmp(s.formats.Column(c).words, t.formats.Column(c).words, 6), 0) << c;
     }
-    uint32_t rows = std::max(s.formats.rowCount(), t.formats.rowCount());
+    uint32_t rows = std::max(s.formats.rowWords().rowCount(), t.formats.rowWords().rowCount());
     for (uint32_t r = 0; r < rows; ++r) {
-      ASSERT_EQ(s.formats.RowWordValue(r), t.formats.RowWordValue(r)) << r;
+      ASSERT_EQ(s.formats.rowWords().Value(r), t.formats.rowWords().Value(r)) << r;
     }
     EXPECT_EQ(s.pageSettings, t.pageSettings);
     EXPECT_EQ(s.sheetSettings, t.sheetSettings);
@@ -147,8 +147,8 @@ inline void BuildSampleWorkbook(Workbook& book) {
   ASSERT_TRUE(data.formats.ApplyStyleRun(StyleRun{1, 1, 200, styleId}));
   data.formats.Column(0).SetWidth(140, true);
   data.formats.SetColumnStyle(1, styleId);
-  ASSERT_TRUE(data.formats.SetRowWord(7, 30, true));
-  ASSERT_TRUE(data.formats.SetRowWord(4000, 12, false));
+  ASSERT_TRUE(data.formats.rowWords().Set(7, 30, true));
+  ASSERT_TRUE(data.formats.rowWords().Set(4000, 12, false));
   uint32_t slot = 0;
   ASSERT_TRUE(book.AddDropDownList(slot));
   book.dropDownLists[slot].items = {"red", "green", ""};
