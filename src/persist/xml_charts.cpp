@@ -17,6 +17,9 @@ namespace kelpdex {
 
 namespace {
 
+using native_xml::FieldText;
+using native_xml::WordOf;
+
 // The writer's scale words. The reader's third word is "Log", so a natural-log scale does not load
 // back: files written that way exist and must keep failing the same way.
 const char* const kScalesWritten[4] = {"Linear", "Log2", "LogE", "Log10"};
@@ -55,21 +58,11 @@ const uint32_t kPlaneOffsets[3] = {chart::kPlaneXYAt, chart::kPlaneXZAt, chart::
 const char* const kMatrixNames[16] = {"m11", "m12", "m13", "m14", "m21", "m22", "m23", "m24",
                                       "m31", "m32", "m33", "m34", "m41", "m42", "m43", "m44"};
 
-template <size_t N>
-const char* Word(const char* const (&words)[N], uint8_t value) {
-  return value < N ? words[value] : words[0];
-}
-
 bool AnySet(const uint8_t* p, size_t size) {
   for (size_t i = 0; i < size; ++i) {
     if (p[i] != 0) return true;
   }
   return false;
-}
-
-std::string_view FieldText(const uint8_t* bytes, size_t size) {
-  const char* text = reinterpret_cast<const char*>(bytes);
-  return std::string_view(text, strnlen(text, size));
 }
 
 float LoadFloat(const uint8_t* p) {
@@ -120,8 +113,8 @@ class ChartWriter {
     if (AnySet(b + chart::kLegendPositionAt,
                chart::kLightDirectionXAt - chart::kLegendPositionAt)) {
       XmlAttributes a;
-      a.Text("Position", Word(kLegendPositions, b[chart::kLegendPositionAt]))
-          .Text("Layout", Word(kLegendLayouts, b[chart::kLegendLayoutAt]));
+      a.Text("Position", WordOf(kLegendPositions, b[chart::kLegendPositionAt]))
+          .Text("Layout", WordOf(kLegendLayouts, b[chart::kLegendLayoutAt]));
       const uint8_t* font = b + chart::kLegendFontAt;
       if (AnySet(font, kFontRecordSize)) {
         w_.Tag("Legend", a, TagMode::kOpen, in, 1);
@@ -174,7 +167,7 @@ class ChartWriter {
   }
 
   static void LineAttributes(const uint8_t* line, XmlAttributes& a) {
-    a.Text("Style", Word(xml_words::kLineStyles, line[chart_line::kStyleAt]))
+    a.Text("Style", WordOf(xml_words::kLineStyles, line[chart_line::kStyleAt]))
         .Colour("Color", LoadU32(line + chart_line::kColourAt), HexCase::kLower)
         .Int("Width", line[chart_line::kWidthAt]);
   }
@@ -197,7 +190,7 @@ class ChartWriter {
     w_.Tag(name, TagMode::kOpen, indent, 1);
     if (hasFill) {
       XmlAttributes a;
-      a.Text("PatternType", Word(xml_words::kPatterns, fill[chart_fill::kPatternAt]))
+      a.Text("PatternType", WordOf(xml_words::kPatterns, fill[chart_fill::kPatternAt]))
           .Colour("PatternColor", LoadU32(fill + chart_fill::kColourAt), HexCase::kUpper)
           .Colour("BackgroundColor", LoadU32(fill + chart_fill::kBackgroundAt), HexCase::kUpper);
       w_.Tag("FillPattern", a, TagMode::kEmpty, indent + 1, 1);
@@ -208,7 +201,7 @@ class ChartWriter {
 
   void Sigma(const uint8_t* s, int indent) {
     XmlAttributes a;
-    a.Text("Scale", Word(kScalesWritten, s[series::kScaleAt]));
+    a.Text("Scale", WordOf(kScalesWritten, s[series::kScaleAt]));
     std::string_view name = FieldText(s + series::kNameAt, kChartTextSize - 1);
     if (!name.empty()) a.Text("Name", name);
     if (s[series::kRelatedKindAt] == series::kRelatedSigma) {
@@ -239,11 +232,11 @@ class ChartWriter {
       const uint8_t* v = s + view.at;
       if (!AnySet(v, series::kViewSize)) continue;
       XmlAttributes d;
-      d.Text("Stacked", Word(kStacking, v[series::kViewStackedAt]))
+      d.Text("Stacked", WordOf(kStacking, v[series::kViewStackedAt]))
           .Bool("Labels", v[series::kViewLabelsAt] != 0)
           .Bool("Visible", v[series::kViewVisibleAt] != 0);
       if (view.at == series::kScatterViewAt) {
-        d.Text("Symbol", Word(kSymbols, v[series::kViewSymbolAt]));
+        d.Text("Symbol", WordOf(kSymbols, v[series::kViewSymbolAt]));
       }
       w_.Tag(view.name, d, TagMode::kEmpty, in, 1);
     }
@@ -253,7 +246,7 @@ class ChartWriter {
 
   void Axis(const uint8_t* s, int indent) {
     XmlAttributes a;
-    a.Text("Type", Word(kAxisTypes, s[series::kAxisTypeAt]))
+    a.Text("Type", WordOf(kAxisTypes, s[series::kAxisTypeAt]))
         .Bool("Labels", s[series::kAxisLabelsAt] != 0)
         .Bool("Title", s[series::kAxisTitleAt] != 0)
         .Int("Ticks", LoadU16(s + series::kAxisTicksAt))
