@@ -326,6 +326,7 @@ bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
   const std::string& target = path != nullptr ? *path : book_.fileName;
   bool ok = false;
   ErrorCode error = err::kNone;
+  std::string place;  // the cell an XML form could not hold
   if (kind == DocumentKind::kNative) {
     std::string savedBy = book_.lastSavedBy;
     std::string savedAt = book_.lastSavedAt;
@@ -333,7 +334,7 @@ bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
     if (book_.lastSavedBy.size() > kUserNameMax) book_.lastSavedBy.resize(kUserNameMax);
     book_.lastSavedAt = NowAsGenericText();
     ok = WriteDocumentFile(target, book_, EffectiveFormat(format, settings_.defaultFileFormat),
-                           error);
+                           error, &place);
     if (!ok) {
       // The file still holds the earlier save, and so does the status line.
       book_.lastSavedBy = savedBy;
@@ -348,7 +349,12 @@ bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
     error = err::kFileOpenWrite;
   }
   if (!ok) {
-    ShowError(error != err::kNone ? error : err::kFileWrite);
+    if (error == err::kNone) error = err::kFileWrite;
+    if (place.empty()) {
+      ShowError(error);
+    } else {
+      ShowMessage(std::string(ErrorText(error)) + "\n" + place);
+    }
     return false;
   }
   // The save put a new file in the old one's place; the lock belongs on the new one.

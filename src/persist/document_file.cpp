@@ -26,13 +26,14 @@ std::string SideFilePath(const std::string& documentPath) {
 }
 
 bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
-                       ErrorCode& error) {
+                       ErrorCode& error, std::string* place) {
   format = WritableFormat(format);
   std::string temporary = TemporaryPath(path);
   FileStream stream;
   bool ok = stream.Open(temporary, StreamMode::kWrite, IsCompressedFormat(format));
   if (ok) {
-    ok = IsXmlFormat(format) ? WriteXmlDocument(stream, book) : WriteBinaryDocument(stream, book);
+    ok = IsXmlFormat(format) ? WriteXmlDocument(stream, book, place)
+                             : WriteBinaryDocument(stream, book);
   }
   // Everything must be on the disk before the old file goes.
   ok = ok && stream.Sync();

@@ -19,8 +19,9 @@ std::string SideFilePath(const std::string& documentPath);
 // Writes the document into a temporary file beside `path`, waits until it is on the disk, and
 // only then puts it in the place of `path`. On failure the previous file stands as it was, no
 // temporary file is left, and `error` says why. A format that is none of the four is plain XML.
+// `place`, when given, says which cell was too long for an XML form (see WriteXmlDocument).
 bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
-                       ErrorCode& error);
+                       ErrorCode& error, std::string* place = nullptr);
 
 // Reads a native file into `book` by its kind. An empty file gives kind kEmpty and leaves the
 // workbook alone: the caller makes a new database in it. `line` is set for XML failures.

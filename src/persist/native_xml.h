@@ -8,9 +8,10 @@
 
 namespace kelpdex {
 
-// Writes the document into an open stream. False with the stream's error (94 for a text too
-// long for the form).
-bool WriteXmlDocument(FileStream& stream, const Workbook& book);
+// Writes the document into an open stream. False with the stream's error; for 94, a value too
+// long for the form, `place` (when given) says where: the table, record and field of a table's
+// cell ("Table: ...\nRecord: ...\nField: ..."), or the worksheet and cell of any other.
+bool WriteXmlDocument(FileStream& stream, const Workbook& book, std::string* place = nullptr);
 
 // Reads a whole XML document into `book`, which is replaced only when the read succeeds. False
 // with the workbook's errorCode set, and `line` the line of the failure where the XML itself

@@ -7,6 +7,7 @@
 #include "persist/native_xml.h"
 #include "persist/xml_sections.h"
 #include "store/bytes.h"
+#include "store/field_row.h"
 
 namespace kelpdex {
 
@@ -36,12 +37,33 @@ class DocumentWriter {
         a.Int("TreeLevel", n->level);
         if (n == book_.currentSheet) a.Bool("Selected", true);
         w_.Tag("Worksheet", a, TagMode::kOpen, 1, 1);
-        WriteWorksheet(*static_cast<const Worksheet*>(n));
+        sheet_ = static_cast<const Worksheet*>(n);
+        WriteWorksheet(*sheet_);
         w_.Tag("Worksheet", TagMode::kClose, 1, 1);
       }
     }
     w_.Tag("Workbook", TagMode::kClose, 0, 1);
     return w_.ok();
+  }
+
+  // Where the cell that was too long lives, in the words of its table where it belongs to one.
+  std::string DescribeTooLong() const {
+    if (sheet_ == nullptr || !tooLong_.found) return {};
+    const uint32_t row = tooLong_.row;
+    const uint16_t column = tooLong_.column;
+    std::string path;
+    book_.PathOfNode(sheet_, path, true);
+    const Worksheet* catalogue = book_.FindCatalogue(sheet_->Name());
+    if (catalogue == nullptr || book_.FindTable(sheet_->Name()) != sheet_) {
+      return "Worksheet: " + path + "\nCell: " + CellAddress(row, column);
+    }
+    TableSpec table{const_cast<Workbook*>(&book_), const_cast<Worksheet*>(catalogue),
+                    const_cast<Worksheet*>(sheet_)};
+    FieldSpec field;
+    std::string fieldName =
+        ReadField(table, column, field) ? field.name : "column " + std::to_string(column + 1);
+    return "Table: " + std::string(sheet_->Name()) + "\nRecord: " + std::to_string(row + 1) +
+           "\nField: " + fieldName;
   }
 
  private:
@@ -105,20 +127,26 @@ class DocumentWriter {
   void WriteWorksheet(const Worksheet& sheet) {
     for (const ContainerRecord& c : sheet.containers) WriteContainer(w_, c, 2);
     WriteFormatting(w_, sheet.formats);
-    WriteCells(w_, sheet.cells);
+    WriteCells(w_, sheet.cells, tooLong_);
     WriteGeneralSettings(w_, sheet);
     WritePageSettings(w_, sheet);
   }
 
   XmlWriter w_;
   const Workbook& book_;
+  const Worksheet* sheet_ = nullptr;  // the one being written
+  CellAt tooLong_;
 };
 
 }  // namespace
 
-bool WriteXmlDocument(FileStream& stream, const Workbook& book) {
+bool WriteXmlDocument(FileStream& stream, const Workbook& book, std::string* place) {
   DocumentWriter writer(stream, book);
   writer.Write();
+  if (place != nullptr) {
+    place->clear();
+    if (stream.error() == err::kXmlInvalidData) *place = writer.DescribeTooLong();
+  }
   return stream.Flush();
 }
 

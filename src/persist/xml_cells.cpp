@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "format/number_text.h"
 #include "persist/xml_sections.h"
 #include "store/block_chain.h"
 #include "store/cell_error.h"
@@ -311,7 +310,7 @@ class CellWriter {
  public:
   explicit CellWriter(XmlWriter& w) : w_(w) {}
 
-  void Write(const CellStore& cells) {
+  void Write(const CellStore& cells, CellAt& tooLong) {
     w_.Tag("Cells", TagMode::kOpen, 2, 1);
     CellCursor cursor;
     uint32_t lastRow = kRowLimit;
@@ -320,6 +319,7 @@ class CellWriter {
       bool sameRow = cell::Row(r) == lastRow;
       lastRow = cell::Row(r);
       if (!WriteCellLine(r, sameRow)) {
+        tooLong = {cell::Row(r), cell::Column(r), true};
         w_.FailTooLong();
         break;
       }
@@ -332,7 +332,7 @@ class CellWriter {
   bool WriteCellLine(const CellRecord* r, bool sameRow) {
     std::string& line = cellLine_;
     line.assign("\t\t\t<Cell rc=\"");
-    char number[32];
+    char number[kXmlNumberMax];
     auto put = [&](uint32_t v) {
       auto res = std::to_chars(number, number + sizeof number, v);
       line.append(number, static_cast<size_t>(res.ptr - number));
@@ -378,11 +378,11 @@ class CellWriter {
     } else if (cell::IsText(r)) {
       fits = element("T", cell::Text(r));
     } else if (cell::IsNumber(r)) {
-      fits = element("N", std::string_view(number, NumberToGeneral(cell::Number(r), number)));
+      fits = element("N", std::string_view(number, XmlNumberText(cell::Number(r), number)));
     } else if (cell::FormulaFlags(r) & cell::kCachedString) {
       fits = element("T", cell::CachedString(r));
     } else if (cell::FormulaFlags(r) & cell::kCachedNumber) {
-      fits = element("N", std::string_view(number, NumberToGeneral(cell::CachedNumber(r), number)));
+      fits = element("N", std::string_view(number, XmlNumberText(cell::CachedNumber(r), number)));
     }
     if (!fits) return false;
     line += "</Cell>\r\n";
@@ -402,9 +402,9 @@ bool ReadCells(XmlScanner& x, CellStore& cells) {
   return reader.Read(cells);
 }
 
-void WriteCells(XmlWriter& w, const CellStore& cells) {
+void WriteCells(XmlWriter& w, const CellStore& cells, CellAt& tooLong) {
   CellWriter writer(w);
-  writer.Write(cells);
+  writer.Write(cells, tooLong);
 }
 
 }  // namespace kelpdex::native_xml

@@ -128,11 +128,9 @@ class ChartWriter {
     w_.Tag("Transformation", TagMode::kOpen, in, 1);
     XmlAttributes m;
     for (int k = 0; k < 16; ++k) {
-      // "%g" without the locale: six significant digits.
-      char digits[32];
-      auto r = std::to_chars(digits, digits + sizeof digits, LoadFloat(chart.matrix.data() + 4 * k),
-                             std::chars_format::general, 6);
-      m.Text(kMatrixNames[k], std::string_view(digits, static_cast<size_t>(r.ptr - digits)));
+      // The float's exact value as a double: the reader takes a double and narrows it, and the
+      // shortest float text could round differently on that way.
+      m.Real(kMatrixNames[k], static_cast<double>(LoadFloat(chart.matrix.data() + 4 * k)));
     }
     w_.Tag("Matrix", m, TagMode::kEmpty, in + 1, 1);
     w_.TextElement("LightDirectionX", std::to_string(b[chart::kLightDirectionXAt]), in + 1, 1);

@@ -37,7 +37,9 @@ class XmlScanner {
   static constexpr size_t kNameLimit = 1024;
   static constexpr size_t kValueLimit = 1024;
   static constexpr size_t kAttributeLimit = 255;
-  static constexpr size_t kTextBufferSize = 3072;
+  // Room for the longest value a cell holds, 1,024 characters, with each one escaped at the
+  // longest ("&quot;"), so that whatever the writer can put out, this reader takes back.
+  static constexpr size_t kTextBufferSize = 6 * 1024;
 
   // Errors go to the stream's sticky error, so that a load checks once at its end; a scanner whose
   // buffers could not be had leaves 90 there.

@@ -149,9 +149,15 @@ bool ReadBackground(XmlScanner& x, uint8_t* record);
 // Nothing for a record that holds no background.
 void WriteBackground(XmlWriter& w, const uint8_t* record, int indent);
 
-// Cells: the Cells element of a sheet.
+// Cells: the Cells element of a sheet. A cell whose value or formula is too long for the form
+// fails the writer with 94 and leaves its 0-based row and column in `tooLong`.
 bool ReadCells(XmlScanner& x, CellStore& cells);
-void WriteCells(XmlWriter& w, const CellStore& cells);
+struct CellAt {
+  uint32_t row = 0;
+  uint16_t column = 0;
+  bool found = false;
+};
+void WriteCells(XmlWriter& w, const CellStore& cells, CellAt& tooLong);
 
 // Sheet settings: Formatting, GeneralSettings, PageSettings.
 bool ReadFormatting(XmlScanner& x, FormatStore& formats);

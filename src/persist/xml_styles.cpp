@@ -10,7 +10,6 @@
 
 #include "format/format_string.h"
 #include "format/number_style.h"
-#include "format/number_text.h"
 #include "persist/native_xml.h"
 #include "persist/xml_sections.h"
 #include "store/bytes.h"
@@ -579,11 +578,11 @@ void WriteBackground(XmlWriter& w, const uint8_t* b, int indent) {
   } else if (kind == background_kind::kFractal) {
     w.Tag("Fractal", TagMode::kOpen, indent + 1, 1);
     static const char* const kNames[6] = {"Zr", "Zi", "MinX", "MaxX", "MinY", "MaxY"};
-    char number[32];
+    char number[kXmlNumberMax];
     for (int k = 0; k < 6; ++k) {
       double v;
       std::memcpy(&v, b + kFractalAt + 8 * k, 8);
-      w.TextElement(kNames[k], std::string_view(number, NumberToGeneral(v, number)), indent + 2, 1);
+      w.TextElement(kNames[k], std::string_view(number, XmlNumberText(v, number)), indent + 2, 1);
     }
     uint8_t count = std::min<uint8_t>(b[kColourCountAt], kMaxColours);
     for (uint8_t k = 0; k < count; ++k) {

@@ -1,33 +1,44 @@
 #include "persist/xml_writer.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 
-#include "format/number_text.h"
 #include "text/utf8.h"
 
 namespace kelpdex {
 
 namespace {
 
-// The longest replacement, "&quot;": the check before each byte leaves room for it.
-constexpr size_t kLongestEscape = 6;
-
-}  // namespace
-
-namespace {
-
-bool NeedsEscape(uint8_t c) {
+bool NeedsReference(uint8_t c) {
   return c < 32 || c == '"' || c == '&' || c == '\'' || c == '<' || c == '>';
+}
+
+bool IsXmlSpace(uint8_t c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// A blank the reader keeps as it stands: one between two other characters, with no whitespace
+// before it. Tabs and line ends are always references, so only blanks need the question.
+bool KeptBlank(std::string_view text, size_t i) {
+  return i > 0 && i + 1 < text.size() && !IsXmlSpace(static_cast<uint8_t>(text[i - 1]));
+}
+
+// What a byte of the code page costs in the file once converted to UTF-8.
+size_t Utf8Size(uint8_t c) {
+  if (c < 0x80) return 1;
+  return text::Cp1252ToUnicode(c) < 0x800 ? 2 : 3;
 }
 
 }  // namespace
 
 bool EscapeXml(std::string_view text, std::string& out) {
-  // The common value needs no reference at all and fits well inside the limit: one append.
-  if (text.size() + kLongestEscape < kXmlEscapeLimit) {
+  // The common value has nothing to escape and is short enough to fit at any width: one append.
+  if (text.size() * 3 <= kXmlEscapeLimit) {
     bool plain = true;
-    for (char ch : text) {
-      if (NeedsEscape(static_cast<uint8_t>(ch))) {
+    for (size_t i = 0; i < text.size(); ++i) {
+      const auto c = static_cast<uint8_t>(text[i]);
+      if (NeedsReference(c) || (c == ' ' && !KeptBlank(text, i))) {
         plain = false;
         break;
       }
@@ -37,11 +48,11 @@ bool EscapeXml(std::string_view text, std::string& out) {
       return true;
     }
   }
-  size_t written = 0;
-  for (char ch : text) {
-    if (written + kLongestEscape >= kXmlEscapeLimit) return false;
-    const size_t before = out.size();
+  size_t written = 0;  // in the file's UTF-8 bytes
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char ch = text[i];
     const auto c = static_cast<uint8_t>(ch);
+    const size_t before = out.size();
     switch (c) {
       case '"':
         out += "&quot;";
@@ -59,7 +70,7 @@ bool EscapeXml(std::string_view text, std::string& out) {
         out += "&gt;";
         break;
       default:
-        if (c >= 1 && c <= 31) {
+        if ((c >= 1 && c <= 31) || (c == ' ' && !KeptBlank(text, i))) {
           const char reference[] = {'&', '#', static_cast<char>('0' + c / 10),
                                     static_cast<char>('0' + c % 10), ';'};
           out.append(reference, sizeof reference);
@@ -67,9 +78,18 @@ bool EscapeXml(std::string_view text, std::string& out) {
           out.push_back(ch);
         }
     }
-    written += out.size() - before;
+    written += out.size() - before == 1 ? Utf8Size(c) : out.size() - before;
+    if (written > kXmlEscapeLimit) return false;
   }
   return true;
+}
+
+size_t XmlNumberText(double x, char* out) {
+  const double magnitude = std::fabs(x);
+  const bool fixed = magnitude == 0 || (magnitude >= 1e-14 && magnitude < 1e15);
+  const auto r = std::to_chars(out, out + kXmlNumberMax, x,
+                               fixed ? std::chars_format::fixed : std::chars_format::scientific);
+  return static_cast<size_t>(r.ptr - out);
 }
 
 XmlAttributes& XmlAttributes::Add(std::string_view name, std::string_view value, bool escape) {
@@ -100,9 +120,8 @@ XmlAttributes& XmlAttributes::Bool(std::string_view name, bool value) {
 }
 
 XmlAttributes& XmlAttributes::Real(std::string_view name, double value) {
-  char digits[32];
-  const size_t n = NumberToGeneral(value, digits, nullptr);
-  return Add(name, std::string_view(digits, n), false);
+  char digits[kXmlNumberMax];
+  return Add(name, std::string_view(digits, XmlNumberText(value, digits)), false);
 }
 
 XmlAttributes& XmlAttributes::Colour(std::string_view name, uint32_t colour, HexCase hexCase) {

@@ -10,16 +10,28 @@
 
 #include "core/error_code.h"
 #include "persist/file_stream.h"
+#include "persist/xml_scanner.h"
 
 namespace kelpdex {
 
-// The escaped form of one name, value or text may not reach this many bytes; the reader's text
-// buffer is as large.
-constexpr size_t kXmlEscapeLimit = 3072;
+// The escaped form of one name, value or text, counted in the UTF-8 bytes the file gets, may not
+// pass this many bytes: the reader's text buffer is as large, and so is every value the store can
+// hold at its longest escape.
+constexpr size_t kXmlEscapeLimit = XmlScanner::kTextBufferSize;
 
-// Appends `text` to `out` with the markup characters as entities and bytes 1..31 as "&#dd;".
-// False when the escaped text would reach kXmlEscapeLimit; `out` then holds the part done.
+// Appends `text` to `out` with the markup characters as entities, bytes 1..31 as "&#dd;", and
+// each blank the reader would drop or merge as "&#32;": a leading or trailing one, and one that
+// follows another whitespace character. False when the escaped text would pass kXmlEscapeLimit;
+// `out` then holds the part done.
 bool EscapeXml(std::string_view text, std::string& out);
+
+// The longest text XmlNumberText writes.
+constexpr size_t kXmlNumberMax = 40;
+
+// The shortest text that reads back to the same double, with "." as the point: fixed notation
+// where the general number rule gives it (zero and magnitudes from 1e-14 below 1e15), exponent
+// form beyond. `out` must hold kXmlNumberMax bytes; returns the length.
+size_t XmlNumberText(double x, char* out);
 
 enum class TagMode : uint8_t {
   kOpen = 2,   // <name attributes>
@@ -37,7 +49,7 @@ class XmlAttributes {
   XmlAttributes& Text(std::string_view name, std::string_view value);
   XmlAttributes& Int(std::string_view name, int64_t value);
   XmlAttributes& Bool(std::string_view name, bool value);  // "0" or "1"
-  // The shared number rule, always with "." as the decimal point.
+  // XmlNumberText: every bit of the value survives the file.
   XmlAttributes& Real(std::string_view name, double value);
   // "#rrggbb" from a COLORREF (red in the low byte); the case of the digits is part of the form.
   XmlAttributes& Colour(std::string_view name, uint32_t colour, HexCase hexCase);

@@ -7,12 +7,14 @@
 #include <unistd.h>
 
 #include <string>
+#include <vector>
 
 #include "core/error_code.h"
 #include "core/strings.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
 #include "store/catalogue.h"
+#include "store/row_block.h"
 #include "support/file_bytes.h"
 #include "support/other_process.h"
 #include "support/recording_prompter.h"
@@ -294,6 +296,22 @@ TEST_F(DocumentSessionTest, SavingStampsTheUserAndTimeAndKeepsTheForm) {
   EXPECT_EQ(view.status.rfind("Format: Xml, compressed", 0), 0u);
   ASSERT_TRUE(session.SaveDocument());
   EXPECT_EQ(ReadFileBytes(path).substr(0, 2), "\x1f\x8b");
+}
+
+TEST_F(DocumentSessionTest, AValueTooLongForTheXmlFormNamesItsTableRecordAndField) {
+  std::string path = SavedSample("long.xml", NativeFormat::kXml);
+  const std::string before = ReadFileBytes(path);
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
+  // Longer than any text typed into a record, yet the store holds it and the binary form too.
+  std::vector<uint8_t> rec(kBlockPayload);
+  cell::EncodeText(rec.data(), 4, 1, std::string(7000, 'x'));
+  ASSERT_TRUE(book.currentSheet->cells.PutCell(rec.data()));
+  session.MarkModified(true);
+  EXPECT_FALSE(session.SaveDocument());
+  EXPECT_EQ(LastBoxText(), std::string(ErrorText(err::kXmlInvalidData)) +
+                               "\nTable: People\nRecord: 5\nField: Age");
+  EXPECT_EQ(ReadFileBytes(path), before);
+  EXPECT_TRUE(book.modified);
 }
 
 TEST_F(DocumentSessionTest, SaveAsSuppliesTheExtensionAndTakesTheSideFileAlong) {

@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <string>
+#include <vector>
 
+#include "persist/xml_writer.h"
 #include "platform/os.h"
+#include "store/row_block.h"
 #include "support/file_bytes.h"
 #include "support/other_process.h"
 #include "support/temp_dir.h"
@@ -57,9 +60,9 @@ TEST_F(DocumentFileTest, AFailedSaveLeavesThePreviousFileAndNoTemporary) {
   ASSERT_TRUE(WriteDocumentFile(path, book, NativeFormat::kXml, error));
   std::string before = testing::ReadFileBytes(path);
   // A text too long for the XML form fails the save half-way.
-  uint8_t record[4000];
-  cell::EncodeText(record, 0, 5, std::string(3500, 'x'));
-  ASSERT_TRUE(book.FindTable("People")->cells.PutCell(record));
+  std::vector<uint8_t> record(kBlockPayload);
+  cell::EncodeText(record.data(), 0, 5, std::string(kXmlEscapeLimit + 1, 'x'));
+  ASSERT_TRUE(book.FindTable("People")->cells.PutCell(record.data()));
   EXPECT_FALSE(WriteDocumentFile(path, book, NativeFormat::kXml, error));
   EXPECT_EQ(error, err::kXmlInvalidData);
   EXPECT_EQ(testing::ReadFileBytes(path), before);

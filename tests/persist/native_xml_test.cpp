@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "persist/file_kind.h"
 #include "persist/xml_document_fixture.h"
+#include "persist/xml_writer.h"
+#include "store/row_block.h"
 #include "support/workbook_compare.h"
 
 namespace kelpdex {
@@ -66,9 +69,9 @@ TEST_F(NativeXmlTest, TextIsDecodedByTheEncodingOfTheProlog) {
 TEST_F(NativeXmlTest, LimitsAndDefaults) {
   Workbook book;
   testing::BuildSampleWorkbook(book);
-  uint8_t rec[4000];
-  cell::EncodeText(rec, 0, 5, std::string(3100, 'x'));
-  ASSERT_TRUE(book.FindTable("People")->cells.PutCell(rec));
+  std::vector<uint8_t> rec(kBlockPayload);
+  cell::EncodeText(rec.data(), 0, 5, std::string(kXmlEscapeLimit + 1, 'x'));
+  ASSERT_TRUE(book.FindTable("People")->cells.PutCell(rec.data()));
   SaveXml(book, "long.xml");
   EXPECT_FALSE(ok);
   EXPECT_EQ(error, err::kXmlInvalidData);

@@ -78,7 +78,9 @@ ChartRecord FullChart(uint8_t type) {
   b[chart::kLightDirectionXAt] = 180;
   b[chart::kLightDirectionYAt] = 45;
   b[chart::kPerspectiveAt] = 100;
-  SetMatrix(c, {0.5f, -0.25f, 0, 0, 1.5f, 2, 0.125f, 0, -3, 0, 1, 0, 100, -0.0625f, 7, 1});
+  // Values six digits would round, beside ones any form keeps.
+  SetMatrix(
+      c, {0.5f, -0.25f, 0, 0, 1.5f, 2, 0.1f, 0, -3, 0, 1, 0, 123456.789f, -0.0625f, 1.0f / 3, 1});
   PutPlane(b + chart::kPlaneXYAt, 4, 1);
   PutPlane(b + chart::kPlaneXZAt, 22, 2);
   PutPlane(b + chart::kPlaneYZAt, 1, 3);

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "persist/xml_scanner.h"
 #include "support/temp_dir.h"
@@ -36,17 +37,69 @@ class XmlWriterTest : public ::testing::Test {
   XmlWriter writer{out};
 };
 
-TEST(XmlEscape, MarkupAndControlBytesBecomeReferencesWithin3072Bytes) {
+TEST(XmlEscape, MarkupControlBytesAndUnsafeBlanksBecomeReferences) {
   std::string out = "[";
   EXPECT_TRUE(EscapeXml("a\"b&c'd<e>f \t\r\n\x01\x1F\x7F\x80\xE9\xFF", out));
   EXPECT_EQ(out, "[a&quot;b&amp;c&apos;d&lt;e&gt;f &#09;&#13;&#10;&#01;&#31;\x7F\x80\xE9\xFF");
-  // The limit is on the escaped length of each text on its own, checked before each byte.
-  EXPECT_TRUE(EscapeXml(std::string(3066, 'x'), out));
-  EXPECT_FALSE(EscapeXml(std::string(3067, 'x'), out));
-  EXPECT_TRUE(EscapeXml(std::string(3065, 'x') + "&", out));
-  EXPECT_FALSE(EscapeXml(std::string(3061, 'x') + "\"x", out));
-  EXPECT_TRUE(EscapeXml(std::string(614, '\t'), out));
-  EXPECT_FALSE(EscapeXml(std::string(615, '\t'), out));
+  // A blank the reader would drop (leading, trailing) or merge (after whitespace) is a reference;
+  // a single blank between words stays readable.
+  const std::pair<const char*, const char*> blanks[] = {
+      {"a b c", "a b c"},
+      {" a", "&#32;a"},
+      {"a ", "a&#32;"},
+      {" ", "&#32;"},
+      {"   ", "&#32;&#32;&#32;"},
+      {"a  b", "a &#32;b"},
+      {"a   b", "a &#32;&#32;b"},
+      {"a\t b", "a&#09;&#32;b"},
+      {"a \tb", "a &#09;b"},
+      {"a\r\n b", "a&#13;&#10;&#32;b"},
+      {"", ""},
+  };
+  for (const auto& [text, escaped] : blanks) {
+    out.clear();
+    EXPECT_TRUE(EscapeXml(text, out));
+    EXPECT_EQ(out, escaped) << '"' << text << '"';
+  }
+}
+
+TEST(XmlEscape, TheLimitCountsTheFilesUtf8BytesAndHoldsAnyCellAtItsLongestEscape) {
+  std::string out;
+  EXPECT_EQ(kXmlEscapeLimit, 6 * 1024u);
+  EXPECT_TRUE(EscapeXml(std::string(1024, '"'), out));
+  EXPECT_EQ(out.size(), kXmlEscapeLimit);
+  EXPECT_TRUE(EscapeXml(std::string(6144, 'x'), out));
+  EXPECT_FALSE(EscapeXml(std::string(6145, 'x'), out));
+  EXPECT_TRUE(EscapeXml(std::string(1228, '\t'), out));  // five bytes each
+  EXPECT_FALSE(EscapeXml(std::string(1229, '\t'), out));
+  // A byte above 0x7F takes two or three bytes in the file.
+  EXPECT_TRUE(EscapeXml(std::string(3072, '\xE9'), out));
+  EXPECT_FALSE(EscapeXml(std::string(3073, '\xE9'), out));
+  EXPECT_TRUE(EscapeXml(std::string(2048, '\x80'), out));
+  EXPECT_FALSE(EscapeXml(std::string(2049, '\x80'), out));
+}
+
+TEST(XmlNumber, ShortestTextThatReadsBackToTheSameDouble) {
+  const std::pair<double, const char*> cases[] = {
+      {0, "0"},
+      {-0.0, "-0"},
+      {0.1 + 0.2, "0.30000000000000004"},
+      {1.5, "1.5"},
+      {-2.5, "-2.5"},
+      {123456789012345.0, "123456789012345"},
+      {1e15, "1e+15"},
+      {123456789012345678.0, "1.2345678901234568e+17"},
+      {9007199254740992.0, "9.007199254740992e+15"},
+      {1e-14, "0.00000000000001"},
+      {1e-15, "1e-15"},
+      {1e-320, "1e-320"},
+      {1.7976931348623157e308, "1.7976931348623157e+308"},
+      {-1.7976931348623157e308, "-1.7976931348623157e+308"},
+  };
+  for (const auto& [value, text] : cases) {
+    char buffer[kXmlNumberMax];
+    EXPECT_EQ(std::string(buffer, XmlNumberText(value, buffer)), text) << text;
+  }
 }
 
 TEST_F(XmlWriterTest, TagsIndentWithTabsAndEndLinesWithCrLf) {
@@ -66,7 +119,7 @@ TEST_F(XmlWriterTest, TagsIndentWithTabsAndEndLinesWithCrLf) {
   EXPECT_EQ(Written(),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n\r\n"
             "<Workbook Name=\"Caf\xC3\xA9 \xE2\x82\xAC\" Level=\"-3\" On=\"1\" Off=\"0\">\r\n"
-            "\t<N R=\"0.1\" Big=\"1e+20\" Neg=\"-2.5\" Third=\"0.33333333333333\"/>\r\n"
+            "\t<N R=\"0.1\" Big=\"1e+20\" Neg=\"-2.5\" Third=\"0.3333333333333333\"/>\r\n"
             "\t\t<C Color=\"#996633\" Font=\"#fc0b0a\"/>"
             "\t<User>a&lt;b</User>\r\n\r\n"
             "<Item ID=\"5\"></Item>\r\n"
@@ -74,9 +127,9 @@ TEST_F(XmlWriterTest, TagsIndentWithTabsAndEndLinesWithCrLf) {
 }
 
 TEST_F(XmlWriterTest, AnOverlongValueFailsTheSaveWith94) {
-  EXPECT_TRUE(writer.TextElement("T", std::string(3066, 'x'), 0, 1));
-  EXPECT_FALSE(
-      writer.Tag("A", XmlAttributes().Text("V", std::string(3067, 'x')), TagMode::kEmpty, 0, 1));
+  EXPECT_TRUE(writer.TextElement("T", std::string(kXmlEscapeLimit, 'x'), 0, 1));
+  EXPECT_FALSE(writer.Tag("A", XmlAttributes().Text("V", std::string(kXmlEscapeLimit + 1, 'x')),
+                          TagMode::kEmpty, 0, 1));
   EXPECT_EQ(writer.error(), err::kXmlInvalidData);
   EXPECT_FALSE(writer.Tag("B", TagMode::kEmpty, 0, 1));  // the error stays
 }
@@ -111,7 +164,7 @@ TEST_F(XmlWriterTest, EveryByteTheRulesAllowComesBackThroughTheScanner) {
     EXPECT_EQ(r, reals[i]) << i;
   }
   ASSERT_TRUE(x.Text("Blanks", 10));
-  EXPECT_EQ(x.text(), "a b ");
+  EXPECT_EQ(x.text(), " a  b ");
 }
 
 }  // namespace
