@@ -15,6 +15,10 @@ namespace kelpdex::native_xml {
 
 namespace {
 
+// The longest formula text the reader takes; the writer refuses a longer one rather than write a
+// file that would not open again.
+constexpr size_t kFormulaTextMax = 1024;
+
 // A few bytes against a constant: a loop in place, cheaper than the library call per cell.
 inline bool SameBytes(const uint8_t* p, const char* text, size_t size) {
   for (size_t i = 0; i < size; ++i) {
@@ -155,7 +159,7 @@ bool CellReader::ReadCell(Address& last, bool& any, CellAppender& cursor) {
         height = h;
       }
       if (!x_.isClose()) {
-        if (!x_.TextBody(1024) || !x_.Tag("F", scan::kClose)) return false;
+        if (!x_.TextBody(kFormulaTextMax) || !x_.Tag("F", scan::kClose)) return false;
         formulaText.assign(x_.text());
       }
       formula = true;
@@ -358,7 +362,8 @@ class CellWriter {
         line += '"';
       }
       line += '>';
-      if (!EscapeXml(cell::FormulaText(r), line)) return false;
+      const std::string_view formula = cell::FormulaText(r);
+      if (formula.size() > kFormulaTextMax || !EscapeXml(formula, line)) return false;
       line += "</F>";
     }
     auto element = [&](const char* name, std::string_view value) {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -163,6 +164,31 @@ TEST_F(XmlFidelityTest, ACellOfTheLongestTextEscapedAtEveryByteSavesAndLoads) {
   Workbook back;
   ASSERT_TRUE(LoadXml(SaveXml(book, "amp.xml"), back));
   EXPECT_EQ(cell::Text(back.FindTable("Long")->cells.GetCell(0, 0)), std::string(1024, '&'));
+}
+
+TEST_F(XmlFidelityTest, WhatTheReaderCouldNotHoldFailsTheSaveAndSaysWhere) {
+  Workbook book;
+  MakeTable(book, "T", 2);
+  auto place = [&](const std::string& name) {
+    FileStream out;
+    EXPECT_TRUE(out.Open(dir.Path(name), StreamMode::kWrite, false));
+    std::string where = "unset";
+    EXPECT_FALSE(WriteXmlDocument(out, book, &where));
+    EXPECT_EQ(out.error(), err::kXmlInvalidData);
+    out.Close();
+    return where;
+  };
+  // A formula longer than the reader takes, in a record's field.
+  cell::EncodeFormula(record.data(), 6, 1, "=" + std::string(1024, '1'));
+  ASSERT_TRUE(data->cells.PutCell(record.data()));
+  EXPECT_EQ(place("formula.xml"), "Table: T\nRecord: 7\nField:  field 1  ");
+  cell::EncodeFormula(record.data(), 6, 1, "=" + std::string(1023, '1'));
+  ASSERT_TRUE(data->cells.PutCell(record.data()));
+  ASSERT_TRUE(LoadXml(SaveXml(book, "formula_fits.xml"), *std::make_unique<Workbook>()));
+  // A sheet that is no table's data names its cell.
+  data = book.FindCatalogue("T");
+  PutText(3, 2, std::string(kXmlEscapeLimit / 5 + 1, '&'));
+  EXPECT_EQ(place("catalogue.xml"), "Worksheet: \\system\\T\nCell: r4c3");
 }
 
 }  // namespace
