@@ -42,10 +42,11 @@ TEST_F(ProfileTest, EveryOptionRoundTrips) {
   s.mailUser = "kelp";
   s.mailPassword = "p\xE4ss w\xF6rd";  // letters beyond ASCII travel as Base64 of their bytes
   s.mailPasswordStored = true;
-  s.recentFiles = {"/tmp/b.kpx", "/tmp/a.kpx"};
+  s.recentFiles = {"/tmp/b.kpx", "/tmp/a.kpx", " /tmp/two  blanks .kpx"};
   s.profileReadOnly = true;
   UserFormatList formats;
   ASSERT_TRUE(formats.Add("0.000 \"kg\"", "Weight"));
+  ASSERT_TRUE(formats.Add("0.0   \"  m\"  ", "  Metres  "));
   std::string path = dir.Path("settings.xml");
   ErrorCode error = err::kNone;
   ASSERT_TRUE(SaveProfile(path, s, formats, error)) << int(error);
@@ -77,8 +78,11 @@ TEST_F(ProfileTest, EveryOptionRoundTrips) {
   EXPECT_TRUE(back.mailPasswordStored);
   EXPECT_EQ(back.recentFiles, s.recentFiles);
   EXPECT_TRUE(back.profileReadOnly);
-  ASSERT_EQ(backFormats.UserFormats(), std::vector<std::string>{"0.000 \"kg\""});
-  EXPECT_EQ(backFormats.nameAt(backFormats.size() - 1), "Weight");
+  // Blank runs in paths and user formats are part of them.
+  ASSERT_EQ(backFormats.UserFormats(),
+            (std::vector<std::string>{"0.000 \"kg\"", "0.0   \"  m\"  "}));
+  EXPECT_EQ(backFormats.nameAt(backFormats.size() - 2), "Weight");
+  EXPECT_EQ(backFormats.nameAt(backFormats.size() - 1), "  Metres  ");
 }
 
 TEST_F(ProfileTest, TheDefaultFormTravelsAsTwoFlags) {
