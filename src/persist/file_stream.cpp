@@ -2,23 +2,22 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <zlib.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <new>
 
 #include "core/progress.h"
+#include "persist/gzip_member.h"
+#include "persist/gzip_reader.h"
+#include "persist/gzip_writer.h"
+#include "persist/raw_file.h"
 #include "platform/os.h"
 
 #ifdef _WIN32
 #include <io.h>
 #define KELPDEX_OPEN ::_open
-#define KELPDEX_READ ::_read
-#define KELPDEX_WRITE ::_write
 #define KELPDEX_CLOSE ::_close
-#define KELPDEX_DUP ::_dup
 #define KELPDEX_SEEK ::_lseeki64
 #define KELPDEX_SYNC ::_commit
 #define KELPDEX_TRUNCATE(fd) ::_chsize_s(fd, 0)
@@ -26,10 +25,7 @@ constexpr int kBinaryFlag = _O_BINARY;
 #else
 #include <unistd.h>
 #define KELPDEX_OPEN ::open
-#define KELPDEX_READ ::read
-#define KELPDEX_WRITE ::write
 #define KELPDEX_CLOSE ::close
-#define KELPDEX_DUP ::dup
 #define KELPDEX_SEEK ::lseek
 #define KELPDEX_SYNC ::fsync
 #define KELPDEX_TRUNCATE(fd) ::ftruncate(fd, 0)
@@ -39,10 +35,6 @@ constexpr int kBinaryFlag = 0;
 namespace kelpdex {
 
 namespace {
-
-gzFile Gz(void* p) {
-  return static_cast<gzFile>(p);
-}
 
 bool Exists(const std::string& path) {
   struct stat st;
@@ -61,6 +53,8 @@ bool FileStream::Open(const std::string& path, StreamMode mode, bool compress, s
   Close();
   error_ = err::kNone;
   path_ = path;
+  // A gzip member holds one buffer's worth, and a reader takes no bigger member.
+  if (compress && mode == StreamMode::kWrite) bufferSize = std::min(bufferSize, gzip::kMaxPiece);
   buffer_.reset(new (std::nothrow) uint8_t[bufferSize]);
   capacity_ = bufferSize;
   if (buffer_ == nullptr) {
@@ -88,30 +82,25 @@ bool FileStream::OpenLayers(StreamMode mode, bool compress) {
   position_ = fill_ = 0;
   mark_ = SIZE_MAX;
   endOfFile_ = false;
-  // Reading always goes through gzip, whose transparent mode passes a plain file through; this is
-  // how a compressed file is told from a plain one without guessing.
-  if (compress) {
-    int copy = KELPDEX_DUP(fd_);
-    if (copy < 0) {
-      SetError(mode == StreamMode::kRead ? err::kFileOpenRead : err::kFileOpenWrite);
-      return false;
-    }
-    gz_ = gzdopen(copy, mode == StreamMode::kRead ? "rb" : "wb");
-    if (gz_ == nullptr) {
-      KELPDEX_CLOSE(copy);
-      SetError(mode == StreamMode::kRead ? err::kFileOpenRead : err::kFileOpenWrite);
-      return false;
-    }
-    gzbuffer(Gz(gz_), 256 * 1024);
+  // Reading always goes through gzip, which passes a plain file through; this is how a
+  // compressed file is told from a plain one without guessing.
+  if (compress && mode == StreamMode::kRead) gzipIn_ = std::make_unique<GzipReader>(fd_);
+  if (compress && mode == StreamMode::kWrite) {
+    gzipOut_ = std::make_unique<GzipWriter>(fd_, gzipLevel_);
+    gzipOpen_ = false;
   }
   return true;
 }
 
 void FileStream::CloseLayers() {
-  if (gz_ != nullptr) {
-    if (gzclose(Gz(gz_)) != Z_OK && mode_ == StreamMode::kWrite) SetError(err::kFileWrite);
-    gz_ = nullptr;
-  }
+  if (gzipOut_ != nullptr && !gzipOut_->Finish()) SetError(err::kFileWrite);
+  gzipOut_.reset();
+  gzipIn_.reset();
+}
+
+void FileStream::SetGzipLevel(int level) {
+  gzipLevel_ = level;
+  if (gzipOut_ != nullptr) gzipOut_->SetLevel(level);
 }
 
 bool FileStream::Reopen(StreamMode mode, bool compress) {
@@ -119,7 +108,7 @@ bool FileStream::Reopen(StreamMode mode, bool compress) {
     SetError(err::kFileWrite);
     return false;
   }
-  if (mode_ == StreamMode::kWrite) Drain();
+  if (mode_ == StreamMode::kWrite) Drain(true);
   CloseLayers();
   error_ = err::kNone;
   if (KELPDEX_SEEK(fd_, 0, SEEK_SET) < 0 ||
@@ -132,7 +121,7 @@ bool FileStream::Reopen(StreamMode mode, bool compress) {
 
 bool FileStream::Close() {
   if (fd_ < 0) return ok();
-  if (mode_ == StreamMode::kWrite) Drain();
+  if (mode_ == StreamMode::kWrite) Drain(true);
   CloseLayers();
   if (KELPDEX_CLOSE(fd_) != 0) SetError(err::kFileClose);
   fd_ = -1;
@@ -141,7 +130,7 @@ bool FileStream::Close() {
 }
 
 bool FileStream::compressed() const {
-  return gz_ != nullptr && gzdirect(Gz(gz_)) == 0;
+  return gzipIn_ != nullptr && gzipIn_->compressed();
 }
 
 // --- reading ---------------------------------------------------------------------------------
@@ -157,14 +146,8 @@ bool FileStream::Fill() {
   position_ -= keepFrom;
   fill_ = kept;
   size_t room = capacity_ - fill_;
-  long got;
-  if (gz_ != nullptr) {
-    int n = gzread(Gz(gz_), buffer_.get() + fill_,
-                   static_cast<unsigned>(std::min<size_t>(room, 1u << 30)));
-    got = n;
-  } else {
-    got = static_cast<long>(KELPDEX_READ(fd_, buffer_.get() + fill_, room));
-  }
+  long got = gzipIn_ != nullptr ? gzipIn_->Read(buffer_.get() + fill_, room)
+                                : ReadRaw(fd_, buffer_.get() + fill_, room);
   if (got < 0) {
     SetError(err::kFileRead);
     return false;
@@ -176,7 +159,7 @@ bool FileStream::Fill() {
   fill_ += static_cast<size_t>(got);
   // The file's own bytes, compressed or not, measure how far the read has come.
   moved_ += static_cast<uint64_t>(got);
-  ReportProgress(gz_ != nullptr ? static_cast<uint64_t>(gzoffset(Gz(gz_))) : moved_, fileSize_);
+  ReportProgress(gzipIn_ != nullptr ? gzipIn_->consumed() : moved_, fileSize_);
   return true;
 }
 
@@ -216,11 +199,11 @@ bool FileStream::ReadBlock(uint8_t* buffer, size_t size, StreamCipher* cipher) {
 
 bool FileStream::Rewind() {
   if (fd_ < 0 || mode_ != StreamMode::kRead) return false;
-  bool done = gz_ != nullptr ? gzrewind(Gz(gz_)) == 0 : KELPDEX_SEEK(fd_, 0, SEEK_SET) == 0;
-  if (!done) {
+  if (KELPDEX_SEEK(fd_, 0, SEEK_SET) != 0) {
     SetError(err::kFileSeek);
     return false;
   }
+  if (gzipIn_ != nullptr) gzipIn_->Reset();
   position_ = fill_ = 0;
   mark_ = SIZE_MAX;
   endOfFile_ = false;
@@ -268,27 +251,19 @@ void FileStream::ReturnToMark() {
 
 // --- writing ---------------------------------------------------------------------------------
 
-bool FileStream::Drain() {
-  if (position_ == 0 || fd_ < 0) return ok();
-  size_t done = 0;
-  while (ok() && done < position_) {
-    long n;
-    if (gz_ != nullptr) {
-      n = gzwrite(Gz(gz_), buffer_.get() + done,
-                  static_cast<unsigned>(std::min<size_t>(position_ - done, 1u << 30)));
-      if (n <= 0) n = -1;
-    } else {
-      n = static_cast<long>(KELPDEX_WRITE(fd_, buffer_.get() + done, position_ - done));
-      if (n < 0 && errno == EINTR) continue;
+bool FileStream::Drain(bool last) {
+  if (fd_ < 0) return ok();
+  if (gzipOut_ != nullptr) {
+    // An empty buffer still closes the bytes when earlier pieces left them open.
+    if (ok() && (position_ > 0 || (last && gzipOpen_))) {
+      if (!gzipOut_->Put(buffer_, capacity_, position_, last)) SetError(err::kFileWrite);
+      gzipOpen_ = !last;
     }
-    if (n <= 0) {
-      SetError(err::kFileWrite);
-      break;
-    }
-    done += static_cast<size_t>(n);
+  } else if (ok() && position_ > 0 && !WriteRaw(fd_, buffer_.get(), position_)) {
+    SetError(err::kFileWrite);
   }
   moved_ += position_;
-  ReportProgress(moved_, 0);
+  if (position_ > 0) ReportProgress(moved_, 0);
   position_ = 0;
   return ok();
 }
@@ -327,8 +302,8 @@ bool FileStream::WriteBlock(const uint8_t* buffer, size_t size, StreamCipher* ci
 
 bool FileStream::Flush() {
   if (mode_ != StreamMode::kWrite || fd_ < 0) return ok();
-  if (!Drain()) return false;
-  if (gz_ != nullptr && gzflush(Gz(gz_), Z_FINISH) != Z_OK) SetError(err::kFileWrite);
+  if (!Drain(true)) return false;
+  if (gzipOut_ != nullptr && !gzipOut_->Finish()) SetError(err::kFileWrite);
   return ok();
 }
 
