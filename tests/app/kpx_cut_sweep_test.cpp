@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -44,36 +45,53 @@ class KpxCutSweep : public ::testing::Test {
     ASSERT_EQ(std::count(whole.begin(), whole.end(), '\n'), 3);
   }
 
-  // Cuts the document written in `format` at every offset and returns what went wrong, one
-  // line per cut; empty when every cut behaved. `shortest` is the length below which a cut may
-  // yield fewer than 11 bytes and so opens as a new, empty database of the file's name.
+  // Cuts the document written in `format` at every offset and returns what went wrong, a line
+  // for each kind of fault with the ranges of cut lengths that showed it; empty when every cut
+  // behaved. Below `shortest` bytes a cut may yield fewer than 11 bytes and so open as a new,
+  // empty database of the file's name.
   std::string Sweep(const std::string& format, size_t shortest) {
     std::string full = dir.Path("full-" + format + ".kpx");
     if (Kpx({"convert", source, full, "--format", format}).status != 0) return "no copy";
     std::string bytes = testing::ReadFileBytes(full);
     std::string cut = dir.Path("cut.kpx");
-    std::string problems;
+    std::map<std::string, std::vector<size_t>> faults;
     for (size_t n = 1; n < bytes.size(); ++n) {
       std::string head = bytes.substr(0, n);
       testing::WriteFileBytes(cut, head);
       Result opened = Kpx({"dump", cut});
-      std::string at = format + " cut at " + std::to_string(n) + ": ";
       if (opened.status == 0 && opened.out == whole) continue;
       if (opened.status == 0 && !(n < shortest && opened.out.empty())) {
-        problems += at + "opened without all its records\n";
+        faults["opened without all its records"].push_back(n);
         continue;
       }
       if (opened.status != 0 && (opened.status != 1 || opened.err.rfind("kpx: ", 0) != 0)) {
-        problems += at + "failed without a message: " + opened.err + "\n";
+        faults["failed without a message"].push_back(n);
       }
       // Neither a failed open nor a new database in a short file may replace the bytes.
       Result set = Kpx({"set", cut, "--table", "Cut", "--record", "1", "--field", "Name", "x"});
       Result recalc = Kpx({"recalc", cut});
       if (set.status == 0 || recalc.status == 0 || testing::ReadFileBytes(cut) != head) {
-        problems += at + "a changing command wrote over it\n";
+        faults["written over by a changing command"].push_back(n);
       }
     }
-    return problems;
+    std::string report;
+    for (const auto& [fault, lengths] : faults) {
+      report += format + " cut to " + Ranges(lengths) + " bytes: " + fault + "\n";
+    }
+    return report;
+  }
+
+  // "2-86, 90" for a rising list of lengths.
+  static std::string Ranges(const std::vector<size_t>& lengths) {
+    std::string text;
+    for (size_t i = 0; i < lengths.size();) {
+      size_t j = i;
+      while (j + 1 < lengths.size() && lengths[j + 1] == lengths[j] + 1) ++j;
+      text += (i ? ", " : "") + std::to_string(lengths[i]);
+      if (j > i) text += "-" + std::to_string(lengths[j]);
+      i = j + 1;
+    }
+    return text;
   }
 
   testing::TempDir dir;
