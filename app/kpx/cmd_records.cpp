@@ -80,7 +80,7 @@ int RunSet(CommandContext& context) {
   if (!document.Open(args.positionals()[0], false)) return kExitFailure;
   TableSpec table;
   if (!document.SelectTable(*args.Value("table"), table)) return kExitFailure;
-  const std::string& fieldName = *args.Value("field");
+  std::string fieldName = *args.Value("field");
   int field = FindFieldIndex(table, fieldName);
   if (field < 0) return Fail(context, "no field named '" + fieldName + "'");
   // The record behind the last one is where a new record is typed.
