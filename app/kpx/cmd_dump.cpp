@@ -14,31 +14,6 @@ namespace kelpdex::kpx {
 
 namespace {
 
-// Keeps a record on one line of tab-separated text.
-std::string TsvEscaped(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (char c : text) {
-    switch (c) {
-      case '\t':
-        out += "\\t";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      default:
-        out += c;
-    }
-  }
-  return out;
-}
-
 // One formatter per style, compiled when a cell of that style first shows.
 class Formatters {
  public:
@@ -72,6 +47,9 @@ int RunDump(CommandContext& context) {
   if (args.Flag("tsv") && args.Flag("json")) {
     return UsageError(context, self, "--tsv and --json exclude each other");
   }
+  if (args.Flag("header") && args.Flag("json")) {
+    return UsageError(context, self, "--header does not apply to --json, which names every value");
+  }
   bool json = args.Flag("json");
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], true)) return kExitFailure;
@@ -85,7 +63,7 @@ int RunDump(CommandContext& context) {
     FieldSpec field;
     names.push_back(ReadField(table, f, field) ? ToTerminal(field.name) : std::string());
   }
-  if (!json && args.Flag("header")) {
+  if (args.Flag("header")) {
     for (uint16_t f = 0; f < fieldCount; ++f) {
       std::fprintf(context.out, "%s%s", f ? "\t" : "", TsvEscaped(names[f]).c_str());
     }

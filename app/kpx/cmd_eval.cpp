@@ -56,7 +56,9 @@ int RunEval(CommandContext& context) {
   if (!args.ok() || !args.IntValue("record", 1, RecordSet::kEntries, record)) {
     return UsageError(context, self, args.error());
   }
-  if (args.positionals().size() != 1) return UsageError(context, self, "one FORMULA is needed");
+  if (args.positionals().size() != 1 || args.positionals()[0].empty()) {
+    return UsageError(context, self, "one FORMULA is needed");
+  }
   std::string locale = args.Value("locale").value_or("generic");
   if (locale != "generic" && locale != "current") {
     return UsageError(context, self, "--locale is generic or current");

@@ -59,6 +59,11 @@ void ReadTable(CommandDocument& document, Worksheet* data, TableInfo& info) {
   }
 }
 
+// A name or formula on a line of tab-separated text, escaped as dump escapes values.
+std::string Shown(std::string_view cp1252) {
+  return TsvEscaped(ToTerminal(cp1252));
+}
+
 void PrintText(FILE* out, const CommandDocument& document, const std::string& format,
                const std::vector<TableInfo>& tables) {
   const Workbook& book = document.book;
@@ -69,18 +74,18 @@ void PrintText(FILE* out, const CommandDocument& document, const std::string& fo
   }
   if (book.readOnly) std::fputs("read-only: yes\n", out);
   for (const TableInfo& table : tables) {
-    std::fprintf(out, "table %s: %u records, %zu fields\n", ToTerminal(table.name).c_str(),
+    std::fprintf(out, "table %s: %u records, %zu fields\n", Shown(table.name).c_str(),
                  table.records, table.fields.size());
     for (const FieldInfo& field : table.fields) {
-      std::fprintf(out, "  %s\t%s", ToTerminal(field.row.name).c_str(),
+      std::fprintf(out, "  %s\t%s", Shown(field.row.name).c_str(),
                    FieldTypeText(field.row.type, field.row.link));
       if (!field.row.formulaOrValue.empty()) {
-        std::fprintf(out, "\t%s", ToTerminal(field.row.formulaOrValue).c_str());
+        std::fprintf(out, "\t%s", Shown(field.row.formulaOrValue).c_str());
       }
       if (field.row.sortIndex != 0) std::fprintf(out, "\tsort %u", field.row.sortIndex);
       for (const KeyFilter& filter : field.filters) {
-        std::fprintf(out, "\tkey %s: %s", ToTerminal(filter.key).c_str(),
-                     ToTerminal(filter.expression).c_str());
+        std::fprintf(out, "\tkey %s: %s", Shown(filter.key).c_str(),
+                     Shown(filter.expression).c_str());
       }
       std::fputc('\n', out);
     }
@@ -133,8 +138,10 @@ int RunInfo(CommandContext& context) {
   if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], true)) return kExitFailure;
-  std::string format =
-      FormatOptionName(EffectiveFormat(document.book.fileFormat, NativeFormat::kXml));
+  // A file that held no document has no form yet: the save chooses one.
+  std::string format = document.book.fileFormat == NativeFormat::kDefault
+                           ? "none"
+                           : FormatOptionName(document.book.fileFormat);
   std::vector<TableInfo> tables;
   for (uint32_t i = 0; Worksheet* data = document.book.TableByIndex(i); ++i) {
     tables.emplace_back();

@@ -20,13 +20,15 @@ int RunNew(CommandContext& context) {
     format = *parsed;
   }
   NewDatabaseAnswers answers;
-  answers.tableName = FromTerminal(*table);
+  std::string why;
   for (const std::string& option : args.Values("field")) {
     WizardField field;
-    std::string why;
-    if (!ParseFieldOption(option, field, why)) return UsageError(context, self, why);
+    if (int status = ParseFieldOption(option, field, why)) {
+      return status == kExitUsage ? UsageError(context, self, why) : Fail(context, why);
+    }
     answers.fields.push_back(field);
   }
+  if (!NameFromTerminal(*table, "table", answers.tableName, why)) return Fail(context, why);
   std::string path = args.positionals()[0];
   // The wizard supplies the extension; the check for an existing file must see the same name.
   if (platform::FileNameOf(path).find('.') == std::string::npos) path += ".kpx";

@@ -12,7 +12,7 @@
 
 namespace kelpdex::kpx {
 
-int FindFieldIndex(const TableSpec& table, const std::string& name);
+int FindFieldIndex(const TableSpec& table, const std::string& typed);
 
 namespace {
 
@@ -41,22 +41,23 @@ int RunAddTable(CommandContext& context) {
   if (!args.ok()) return UsageError(context, self, args.error());
   if (args.positionals().size() != 2) return UsageError(context, self, "FILE and NAME are needed");
   std::vector<WizardField> fields;
+  std::string why;
   for (const std::string& option : args.Values("field")) {
     WizardField field;
-    std::string why;
-    if (!ParseFieldOption(option, field, why)) return UsageError(context, self, why);
+    if (int status = ParseFieldOption(option, field, why)) {
+      return status == kExitUsage ? UsageError(context, self, why) : Fail(context, why);
+    }
     fields.push_back(field);
   }
+  std::string name;
+  if (!NameFromTerminal(args.positionals()[1], "table", name, why)) return Fail(context, why);
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], false)) return kExitFailure;
-  std::string name = FromTerminal(args.positionals()[1]);
   if (!TableNameAccepted(context, document.book, name, nullptr)) return kExitFailure;
   if (!AddTable(document.book, name)) return Fail(context, ErrorText(document.book.errorCode));
   TableSpec table;
   if (!document.SelectTable(args.positionals()[1], table)) return kExitFailure;
-  for (const WizardField& field : fields) {
-    if (!InsertCheckedField(document.book, field, FieldCount(table))) return kExitFailure;
-  }
+  if (!InsertCheckedFields(document.book, fields, FieldCount(table))) return kExitFailure;
   return document.Save() ? kExitSuccess : kExitFailure;
 }
 
@@ -73,7 +74,9 @@ int RunAddField(CommandContext& context) {
   }
   WizardField field;
   std::string why;
-  if (!ParseFieldOption(*args.Value("field"), field, why)) return UsageError(context, self, why);
+  if (int status = ParseFieldOption(*args.Value("field"), field, why)) {
+    return status == kExitUsage ? UsageError(context, self, why) : Fail(context, why);
+  }
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], false)) return kExitFailure;
   TableSpec table;
@@ -86,7 +89,18 @@ int RunAddField(CommandContext& context) {
                              std::to_string(count + 1) + ")");
   }
   if (!InsertCheckedField(document.book, field, at)) return kExitFailure;
-  return document.Save() ? kExitSuccess : kExitFailure;
+  if (!document.Save()) return kExitFailure;
+  // A new field is not computed for the records already there; only a recalculation fills it.
+  uint32_t records = document.book.records.count();
+  if (!field.isValue && !field.formulaOrValue.empty() && HoldsCellValues(field.type) &&
+      records > 0) {
+    std::fprintf(context.err,
+                 "kpx: the calculated field '%s' is empty in the %u record%s already there; "
+                 "'kpx recalc %s' fills it\n",
+                 ToTerminal(field.name).c_str(), records, records == 1 ? "" : "s",
+                 args.positionals()[0].c_str());
+  }
+  return kExitSuccess;
 }
 
 int RunDeleteField(CommandContext& context) {
@@ -101,7 +115,7 @@ int RunDeleteField(CommandContext& context) {
   if (!document.Open(args.positionals()[0], false)) return kExitFailure;
   TableSpec table;
   if (!document.SelectTable(*args.Value("table"), table)) return kExitFailure;
-  int field = FindFieldIndex(table, FromTerminal(*args.Value("field")));
+  int field = FindFieldIndex(table, *args.Value("field"));
   if (field < 0) return Fail(context, "no field named '" + *args.Value("field") + "'");
   if (!DeleteField(document.book, static_cast<uint16_t>(field))) {
     return Fail(context, ErrorText(document.book.errorCode));
@@ -116,11 +130,12 @@ int RunRenameTable(CommandContext& context) {
   if (args.positionals().size() != 2 || !args.Value("table")) {
     return UsageError(context, self, "FILE, --table OLD and NEW are needed");
   }
+  std::string name, why;
+  if (!NameFromTerminal(args.positionals()[1], "table", name, why)) return Fail(context, why);
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], false)) return kExitFailure;
   TableSpec table;
   if (!document.SelectTable(*args.Value("table"), table)) return kExitFailure;
-  std::string name = FromTerminal(args.positionals()[1]);
   if (!TableNameAccepted(context, document.book, name, table.data)) return kExitFailure;
   if (!RenameTable(document.book, name)) return Fail(context, ErrorText(document.book.errorCode));
   return document.Save() ? kExitSuccess : kExitFailure;

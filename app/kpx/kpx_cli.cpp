@@ -58,13 +58,14 @@ int Main(int argc, const char* const* argv, FILE* out, FILE* err) {
     return kExitSuccess;
   }
   if (first == "help") {
-    if (argc < 3) {
+    if (argc < 3 || std::strcmp(argv[2], "--help") == 0 || std::strcmp(argv[2], "-h") == 0) {
       PrintHelp(out);
       return kExitSuccess;
     }
     const CommandInfo* command = FindCommand(argv[2]);
     if (command == nullptr) {
-      std::fprintf(err, "kpx: unknown command '%s'; see 'kpx --help'\n", argv[2]);
+      std::fprintf(err, "kpx: unknown command '%s'\n", argv[2]);
+      PrintHelp(err);
       return kExitUsage;
     }
     PrintCommandHelp(out, *command);
@@ -72,7 +73,8 @@ int Main(int argc, const char* const* argv, FILE* out, FILE* err) {
   }
   const CommandInfo* command = FindCommand(first);
   if (command == nullptr) {
-    std::fprintf(err, "kpx: unknown command '%s'; see 'kpx --help'\n", first.c_str());
+    std::fprintf(err, "kpx: unknown command '%s'\n", first.c_str());
+    PrintHelp(err);
     return kExitUsage;
   }
   CommandContext context{{}, out, err};

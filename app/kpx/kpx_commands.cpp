@@ -11,8 +11,10 @@ const std::vector<CommandInfo>& Commands() {
       {"info", "FILE [--json]", "show the format, tables, fields and record counts", RunInfo},
       {"dump", "FILE [--table NAME] [--tsv|--json] [--header] [--limit N]",
        "print the records of a table as the grid shows them", RunDump},
-      {"set", "FILE --table NAME --record N --field NAME VALUE",
-       "type a value into a cell, recalculate the record and save", RunSet},
+      {"set", "FILE --table NAME --record N --field NAME [--strict] VALUE",
+       "type a value into a cell, recalculate the record and save; --strict fails where the "
+       "cell would not hold the value as typed",
+       RunSet},
       {"add-table", "FILE NAME [--field NAME:TYPE[=FORMULA_OR_VALUE]]...", "add a table and save",
        RunAddTable},
       {"add-field", "FILE --table NAME --field NAME:TYPE[=FORMULA_OR_VALUE] [--position N]",

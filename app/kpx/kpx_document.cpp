@@ -44,7 +44,10 @@ bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed) {
 }
 
 bool CommandDocument::SelectTable(const std::string& name, TableSpec& table) {
-  Worksheet* sheet = name.empty() ? book.TableByIndex(0) : book.FindTable(FromTerminal(name));
+  std::string stored, why;
+  // A name the code page cannot hold names no table, even one that holds '?' in its place.
+  bool held = NameFromTerminal(name, "table", stored, why);
+  Worksheet* sheet = name.empty() ? book.TableByIndex(0) : held ? book.FindTable(stored) : nullptr;
   if (sheet == nullptr) {
     Fail(context_, name.empty() ? "the document holds no table"
                                 : "no table named '" + name + "' in " + book.fileName);
@@ -63,21 +66,26 @@ bool CommandDocument::Save() {
     Fail(context_, book.fileName + ": " + ErrorText(err::kFileInUse));
     return false;
   }
+  // The desktop asks before it replaces such a file; a command line has nobody to ask.
+  if (session.FileHeldNoDocument()) {
+    Fail(context_,
+         book.fileName + ": the file is not empty but holds no database; it is not saved over");
+    return false;
+  }
   session.MarkModified(true);
   return session.SaveDocument();
 }
 
-bool ParseFieldOption(const std::string& option, WizardField& field, std::string& why) {
+int ParseFieldOption(const std::string& option, WizardField& field, std::string& why) {
   size_t colon = option.find(':');
   if (colon == std::string::npos || colon == 0) {
     why = "a field is NAME:TYPE[=FORMULA_OR_VALUE], not '" + option + "'";
-    return false;
+    return kExitUsage;
   }
   size_t equals = option.find('=', colon);
   std::string type = option.substr(
       colon + 1, equals == std::string::npos ? std::string::npos : equals - colon - 1);
   field = WizardField();
-  field.name = FromTerminal(option.substr(0, colon));
   if (type == "Text") {
     field.type = FieldType::kText;
   } else if (type == "Link") {
@@ -91,14 +99,15 @@ bool ParseFieldOption(const std::string& option, WizardField& field, std::string
     field.type = FieldType::kFiles;
   } else {
     why = "unknown field type '" + type + "' (Text, Link, Number, LongText or Files)";
-    return false;
+    return kExitUsage;
   }
+  if (!NameFromTerminal(option.substr(0, colon), "field", field.name, why)) return kExitFailure;
   if (equals != std::string::npos) {
     field.formulaOrValue = FromTerminal(option.substr(equals + 1));
     char first = field.formulaOrValue.empty() ? '\0' : field.formulaOrValue[0];
     field.isValue = first != '=' && first != '+';
   }
-  return true;
+  return kExitSuccess;
 }
 
 namespace {
@@ -135,6 +144,40 @@ std::string FromTerminal(const std::string& utf8) {
 
 std::string ToTerminal(std::string_view cp1252) {
   return text::Cp1252ToUtf8(cp1252);
+}
+
+std::string TsvEscaped(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    switch (c) {
+      case '\t':
+        out += "\\t";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      default:
+        out += c;
+    }
+  }
+  return out;
+}
+
+bool NameFromTerminal(const std::string& utf8, const char* what, std::string& name,
+                      std::string& why) {
+  size_t replaced = 0;
+  name = text::Utf8ToCp1252(utf8, &replaced);
+  if (replaced == 0) return true;
+  why = std::string("the ") + what + " name '" + utf8 +
+        "' holds characters outside the document's code page (Windows-1252)";
+  return false;
 }
 
 int Fail(CommandContext& context, const std::string& message) {

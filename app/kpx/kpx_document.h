@@ -64,8 +64,10 @@ class CommandDocument {
 };
 
 // "NAME:TYPE[=FORMULA_OR_VALUE]", TYPE one of Text, Link, Number, LongText, Files. A text behind
-// "=" that begins with "=" or "+" is a formula, any other a default value. False with `why`.
-bool ParseFieldOption(const std::string& option, WizardField& field, std::string& why);
+// "=" that begins with "=" or "+" is a formula, any other a default value. Returns kExitSuccess,
+// or with `why` kExitUsage for a malformed option and kExitFailure for a name the document
+// cannot hold.
+int ParseFieldOption(const std::string& option, WizardField& field, std::string& why);
 
 // "xml", "xml.gz", "binary", "binary.gz" as the four native forms; nothing when unknown.
 std::optional<NativeFormat> ParseFormatOption(const std::string& text);
@@ -75,6 +77,12 @@ const char* FormatOptionName(NativeFormat format);
 // Text between the command line (UTF-8) and cells (the document code page).
 std::string FromTerminal(const std::string& utf8);
 std::string ToTerminal(std::string_view cp1252);
+// Keeps a text on one line of tab-separated output: tab, line breaks and the backslash escaped.
+std::string TsvEscaped(std::string_view text);
+// A table or field name from the command line. A name is never stored with '?' in place of a
+// character the code page lacks: false with `why` instead.
+bool NameFromTerminal(const std::string& utf8, const char* what, std::string& name,
+                      std::string& why);
 
 // "kpx: <message>" on standard error, for failures the error table has no text for.
 int Fail(CommandContext& context, const std::string& message);

@@ -101,6 +101,37 @@ bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t posit
   return true;
 }
 
+bool InsertCheckedFields(Workbook& book, const std::vector<WizardField>& fields,
+                         uint16_t position) {
+  TableSpec table;
+  if (!CurrentTable(book, table)) {
+    ShowError(book.errorCode);
+    return false;
+  }
+  std::vector<FieldEdit> edits(fields.size());
+  for (size_t i = 0; i < fields.size(); ++i) {
+    edits[i].name = fields[i].name;
+    edits[i].type = fields[i].type;
+    edits[i].link = fields[i].link;
+    edits[i].isValue = fields[i].isValue;
+    edits[i].formulaOrValue = fields[i].formulaOrValue;
+  }
+  std::vector<FieldSpec> fieldRows;
+  size_t refused = 0;
+  FieldCheck check = CheckNewFields(table, edits, fieldRows, refused);
+  // The fields before a refused one go in, as they would one by one.
+  fieldRows.resize(refused);
+  if (!InsertFields(book, position, fieldRows)) {
+    ShowError(book.errorCode);
+    return false;
+  }
+  if (!check.ok()) {
+    Ask(check.stringId, mb::kOk | mb::kIconExclamation);
+    return false;
+  }
+  return true;
+}
+
 DocumentSession::DocumentSession(Workbook& book, SessionSettings& settings)
     : book_(book), settings_(settings) {}
 
@@ -117,6 +148,7 @@ void DocumentSession::Shown() {
 
 void DocumentSession::ResetDocument() {
   lock_.Release();
+  unreadBytes_ = 0;
   book_.Clear();
   book_.fileName.clear();
   book_.openKind = DocumentKind::kNative;
@@ -153,9 +185,13 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
     NativeFileKind kind = NativeFileKind::kNone;
     ok = ReadDocumentFile(path, book_, kind, error, &line);
     if (ok && kind == NativeFileKind::kEmpty) {
-      // An empty file becomes a new database of that name.
+      // An empty file becomes a new database of that name. One that yielded a few bytes may be
+      // a cut or foreign file: its bytes are kept until the user agrees to replace them.
       ok = CreateTable(book_, TableNameOfFile(path));
       error = ok ? err::kNone : book_.errorCode;
+      uint64_t size = 0;
+      if (!platform::GetFileSize(path, size)) size = 1;
+      unreadBytes_ = size;
     } else if (ok) {
       // A save keeps the form the file came in, unless the user picks another.
       format = FormatOfFileKind(kind);
@@ -198,6 +234,10 @@ bool DocumentSession::OpenDocument(const std::string& path, DocumentKind openKin
     if (!AskToSave()) return false;
     ResetDocument();
     Cleared();
+  }
+  if (platform::FolderExists(path)) {
+    ShowError(err::kFolderPath);
+    return false;
   }
   if (!LockForOpen(path, true)) {
     ResetDocument();
@@ -281,10 +321,7 @@ bool DocumentSession::CreateFromWizard(const NewDatabaseAnswers& answers) {
     ShowError(book_.errorCode);
     return false;
   }
-  for (size_t i = 0; i < answers.fields.size(); ++i) {
-    if (!InsertCheckedField(book_, answers.fields[i], static_cast<uint16_t>(i))) return false;
-  }
-  return true;
+  return InsertCheckedFields(book_, answers.fields, 0);
 }
 
 bool DocumentSession::NewDatabase() {
@@ -327,6 +364,10 @@ bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
   bool ok = false;
   ErrorCode error = err::kNone;
   std::string place;  // the cell an XML form could not hold
+  if (platform::FolderExists(target)) {
+    ShowError(err::kFolderPath);
+    return false;
+  }
   if (kind == DocumentKind::kNative) {
     std::string savedBy = book_.lastSavedBy;
     std::string savedAt = book_.lastSavedAt;
@@ -381,7 +422,18 @@ bool DocumentSession::SaveDocument() {
       book_.fileFormat = NativeFormat::kBinary;
     }
   }
+  if (unreadBytes_ != 0) {
+    std::string question = "The file " + platform::FileNameOf(book_.fileName) + " held " +
+                           std::to_string(unreadBytes_) +
+                           " bytes but no database, and this new database was made in its place."
+                           "\nReplace the file's contents with this database?";
+    if (AskText(question, mb::kYesNo | mb::kIconExclamation | mb::kDefaultButton2) !=
+        answer::kYes) {
+      return false;
+    }
+  }
   if (!WriteDocument(nullptr, book_.openKind, book_.fileFormat)) return false;
+  unreadBytes_ = 0;
   MarkModified(false);
   UpdateDocumentStatus();
   return true;
@@ -423,6 +475,7 @@ bool DocumentSession::SaveDocumentAs() {
   if (!WriteDocument(&path, kind, book_.fileFormat)) return false;
   book_.fileName = path;
   book_.openKind = kind;
+  unreadBytes_ = 0;
   // The copy under the new name is the user's own, whatever kept the old one read-only.
   book_.readOnly = false;
   lock_.Acquire(path);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "core/document_kind.h"
 #include "core/prompter.h"
@@ -41,6 +42,9 @@ class ForeignFiles {
 // Runs the field dialog's checks on a field given as the wizard's texts and inserts it at
 // `position` of the current table. A refusal shows the dialog's message; a failure its code.
 bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t position);
+// The same for several fields inserted one after another from `position`, as the wizard's list
+// gives them, in time that grows with their number alone. A refusal stops at that field.
+bool InsertCheckedFields(Workbook& book, const std::vector<WizardField>& fields, uint16_t position);
 
 class DocumentSession {
  public:
@@ -53,6 +57,9 @@ class DocumentSession {
 
   Workbook& book() { return book_; }
   bool HasDocument() const { return book_.firstNode != nullptr; }
+  // The document's file was not empty but too short to be one: the new database made in its
+  // place does not replace those bytes unless the user says so at the save.
+  bool FileHeldNoDocument() const { return unreadBytes_ != 0; }
 
   // Opens a file as `openKind` says. Opening the document that is open does nothing and returns
   // true. A failure is shown and leaves no document.
@@ -104,6 +111,8 @@ class DocumentSession {
   DocumentView* view_ = nullptr;
   ForeignFiles* foreign_ = nullptr;
   platform::FileLock lock_;
+  // The size of the document's file when it held bytes but no document; 0 otherwise.
+  uint64_t unreadBytes_ = 0;
 };
 
 }  // namespace kelpdex

@@ -23,7 +23,11 @@ bool IsDateKind(uint8_t kind) {
 }  // namespace
 
 EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std::string_view text,
-                       const UndoContext& context) {
+                       const UndoContext& context, EntryNotes* notes) {
+  EntryNotes unused;
+  if (notes == nullptr) notes = &unused;
+  *notes = EntryNotes();
+  notes->typedLength = text.size();
   TableSpec table;
   if (!CurrentTable(workbook, table)) return EntryResult::kFailed;
   if (!workbook.records.allocated() && !RefreshCurrentTable(workbook)) return EntryResult::kFailed;
@@ -34,7 +38,10 @@ EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std:
   if (record >= RecordSet::kEntries) return Failed(workbook, err::kTooManyRecords);
   const uint32_t row = workbook.records[record];
   if (row > kLastRow) return Failed(workbook, err::kTooManyRecords);
-  if (text.size() > kEditTextMax) text = text.substr(0, kEditTextMax);
+  if (text.size() > kEditTextMax) {
+    text = text.substr(0, kEditTextMax);
+    notes->cut = true;
+  }
   if (workbook.undo != nullptr && !workbook.undo->RecordCell(context, row, field)) {
     return EntryResult::kFailed;
   }
@@ -50,6 +57,7 @@ EntryResult CommitText(Workbook& workbook, uint32_t record, uint16_t field, std:
       TypedResult result = TextToCell(text, style, cellRecord.data(), row, field);
       if (result.kind != TypedCell::kNumber) {
         size = cell::EncodeNumber(cellRecord.data(), row, field, 0);
+        notes->numberAsZero = true;
       } else {
         size = result.size;
       }

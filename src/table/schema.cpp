@@ -1,5 +1,6 @@
 #include "table/schema.h"
 
+#include <unordered_set>
 #include <vector>
 
 #include "core/prompter.h"
@@ -129,7 +130,11 @@ int ComboOfFieldType(FieldType type) {
   return -1;
 }
 
-FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow) {
+namespace {
+
+// Steps 1 to 4 of the field dialog's checks; on success `fieldRow` holds the row to write, but
+// for the test of a unique name.
+FieldCheck CheckFieldTexts(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow) {
   // 1 and 2: only Text and Number convert into one another.
   FieldType type = edit.type;
   FieldSpec old;
@@ -156,6 +161,46 @@ FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldR
       formulaOrValue = "F:" + Renotate(table, edit.formulaOrValue, true);
     }
   }
+  fieldRow.name = edit.name;
+  fieldRow.type = type;
+  fieldRow.link = type == FieldType::kText && edit.link;
+  fieldRow.sortIndex = modifying ? old.sortIndex : edit.sortIndex;
+  fieldRow.formulaOrValue = formulaOrValue;
+  fieldRow.firstKeyExpression = modifying ? old.firstKeyExpression : edit.firstKeyExpression;
+  return {};
+}
+
+// Writes one field's row at `position`, shifting later fields; the caller refreshes the table.
+bool PlaceField(Workbook& workbook, const TableSpec& table, uint16_t position,
+                const FieldSpec& fieldRow, const UndoContext& context) {
+  uint16_t count = FieldCount(table);
+  if (position > count) position = count;
+  // Checked before the snapshot, so that a refusal leaves no undo step behind.
+  bool shift = position < count;
+  if (count >= kColumnLimit || (shift && !table.data->cells.CanInsertColumn(position)) ||
+      (shift && !table.catalogue->cells.CanInsertRows(position + 1u, position + 1u))) {
+    return Fail(workbook, err::kNoEmptyColumns);
+  }
+  if (workbook.undo != nullptr && !workbook.undo->RecordFieldInserted(context, position)) {
+    return false;
+  }
+  if (shift) {
+    ErrorCode error = err::kNone;
+    if (!table.catalogue->InsertRows(position + 1u, position + 1u, error) ||
+        !table.data->InsertColumn(position, error)) {
+      return Fail(workbook, error);
+    }
+  }
+  FieldSpec written = fieldRow;
+  written.sortIndex = 0;
+  return WriteField(table, position, written);
+}
+
+}  // namespace
+
+FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow) {
+  FieldCheck check = CheckFieldTexts(table, edit, fieldRow);
+  if (!check.ok()) return check;
   // 5: a unique name among the other fields.
   uint16_t count = FieldCount(table);
   FieldSpec other;
@@ -163,12 +208,29 @@ FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldR
     if (static_cast<int>(i) == edit.fieldIndex || !ReadField(table, i, other)) continue;
     if (text::EqualNoCase(other.name, edit.name)) return {str::kFieldExists, FieldFocus::kName};
   }
-  fieldRow.name = edit.name;
-  fieldRow.type = type;
-  fieldRow.link = type == FieldType::kText && edit.link;
-  fieldRow.sortIndex = modifying ? old.sortIndex : edit.sortIndex;
-  fieldRow.formulaOrValue = formulaOrValue;
-  fieldRow.firstKeyExpression = modifying ? old.firstKeyExpression : edit.firstKeyExpression;
+  return {};
+}
+
+FieldCheck CheckNewFields(const TableSpec& table, std::vector<FieldEdit>& edits,
+                          std::vector<FieldSpec>& fieldRows, size_t& refused) {
+  // One set of the names in upper case, so that checking many fields costs no scan of the
+  // catalogue for each.
+  std::unordered_set<std::string> names;
+  uint16_t count = FieldCount(table);
+  FieldSpec other;
+  for (uint16_t i = 0; i < count; ++i) {
+    if (ReadField(table, i, other)) names.insert(text::Upper(other.name));
+  }
+  fieldRows.assign(edits.size(), FieldSpec());
+  for (refused = 0; refused < edits.size(); ++refused) {
+    FieldEdit& edit = edits[refused];
+    edit.fieldIndex = kNewField;
+    FieldCheck check = CheckFieldTexts(table, edit, fieldRows[refused]);
+    if (!check.ok()) return check;
+    if (!names.insert(text::Upper(edit.name)).second) {
+      return {str::kFieldExists, FieldFocus::kName};
+    }
+  }
   return {};
 }
 
@@ -248,28 +310,24 @@ bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& fieldRo
                  const UndoContext& context) {
   TableSpec table;
   if (!CurrentTable(workbook, table)) return false;
-  uint16_t count = FieldCount(table);
-  if (position > count) position = count;
-  // Checked before the snapshot, so that a refusal leaves no undo step behind.
-  bool shift = position < count;
-  if (count >= kColumnLimit || (shift && !table.data->cells.CanInsertColumn(position)) ||
-      (shift && !table.catalogue->cells.CanInsertRows(position + 1u, position + 1u))) {
-    return Fail(workbook, err::kNoEmptyColumns);
-  }
-  if (workbook.undo != nullptr && !workbook.undo->RecordFieldInserted(context, position)) {
-    return false;
-  }
-  if (shift) {
-    ErrorCode error = err::kNone;
-    if (!table.catalogue->InsertRows(position + 1u, position + 1u, error) ||
-        !table.data->InsertColumn(position, error)) {
-      return Fail(workbook, error);
-    }
-  }
-  FieldSpec written = fieldRow;
-  written.sortIndex = 0;
-  if (!WriteField(table, position, written)) return false;
+  if (!PlaceField(workbook, table, position, fieldRow, context)) return false;
   return RefreshCurrentTable(workbook);
+}
+
+bool InsertFields(Workbook& workbook, uint16_t position, const std::vector<FieldSpec>& fieldRows,
+                  const UndoContext& context) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  // The table is refreshed once at the end: a refresh per field rebuilds the whole record set
+  // each time.
+  bool ok = true;
+  for (size_t i = 0; i < fieldRows.size() && ok; ++i) {
+    ok = PlaceField(workbook, table, static_cast<uint16_t>(position + i), fieldRows[i], context);
+  }
+  ErrorCode error = workbook.errorCode;
+  if (!RefreshCurrentTable(workbook)) return false;
+  if (!ok) workbook.errorCode = error;
+  return ok;
 }
 
 bool DeleteField(Workbook& workbook, uint16_t index, const UndoContext& context) {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/locale_settings.h"
 #include "store/field_row.h"
@@ -65,6 +66,11 @@ struct FieldCheck {
 // generic ones,
 // and the name must be unique (158). On success `fieldRow` holds the catalogue row to write.
 FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow);
+// CheckField for new fields added one after another, as the New Database wizard and kpx give
+// them: each name must differ from the table's and from the earlier ones'. Stops at the first
+// refusal, whose index goes to `refused` (edits.size() when all pass); `fieldRows` gets the rows.
+FieldCheck CheckNewFields(const TableSpec& table, std::vector<FieldEdit>& edits,
+                          std::vector<FieldSpec>& fieldRows, size_t& refused);
 // The dialog's texts for an existing field: the prefix taken off and a formula brought to the
 // notation in force.
 FieldEdit EditOfField(const TableSpec& table, uint16_t fieldIndex);
@@ -89,6 +95,10 @@ DeleteTableResult DeleteTable(Workbook& workbook, DetachedTable* detached = null
 // would be pushed off the sheet.
 bool InsertField(Workbook& workbook, uint16_t position, const FieldSpec& fieldRow,
                  const UndoContext& context = {});
+// Inserts fields at position, position + 1, ... with one refresh at the end; a field refused
+// stops the rest, and those before it stay.
+bool InsertFields(Workbook& workbook, uint16_t position, const std::vector<FieldSpec>& fieldRows,
+                  const UndoContext& context = {});
 bool DeleteField(Workbook& workbook, uint16_t index, const UndoContext& context = {});
 // A rename, a new formula or key, or a Text <-> Number change with its column converted.
 bool ModifyField(Workbook& workbook, uint16_t index, const FieldSpec& fieldRow,

@@ -142,20 +142,20 @@ void AppendCp1252AsUtf8(std::string& out, std::string_view s) {
   }
 }
 
-std::string Utf8ToCp1252(std::string_view s) {
+std::string Utf8ToCp1252(std::string_view s, size_t* replaced) {
   std::string out;
   out.reserve(s.size());
+  size_t lost = 0;
   size_t i = 0;
   while (i < s.size()) {
     size_t length;
     const uint32_t cp = DecodeOne(s, i, length);
-    if (cp == kInvalid) {
-      out.push_back('?');
-    } else {
-      AppendAsCp1252(out, cp);
-    }
+    const int c = cp == kInvalid ? -1 : UnicodeToCp1252(cp);
+    if (c < 0) ++lost;
+    out.push_back(c < 0 ? '?' : static_cast<char>(c));
     i += length;
   }
+  if (replaced != nullptr) *replaced = lost;
   return out;
 }
 

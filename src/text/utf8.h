@@ -19,8 +19,9 @@ std::string Cp1252ToUtf8(std::string_view s);
 void AppendCp1252AsUtf8(std::string& out, std::string_view s);
 
 // Lenient decoding for text arriving from outside: every malformed sequence, and every code
-// point the code page cannot hold, becomes one '?'.
-std::string Utf8ToCp1252(std::string_view s);
+// point the code page cannot hold, becomes one '?'. `replaced`, when given, receives how many
+// did, so that a caller can tell the user or refuse.
+std::string Utf8ToCp1252(std::string_view s, size_t* replaced = nullptr);
 
 // The strict decoder of the native XML reader: one-byte ASCII, lead bytes 0xC2..0xDF with one
 // continuation byte, 0xE0..0xEF with two. Anything else, or a sequence that runs past the end,

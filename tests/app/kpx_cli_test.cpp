@@ -22,6 +22,9 @@ TEST(Kpx, HelpAndVersionSucceedOnStandardOutput) {
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.out, std::string("kpx (Kelpdex) ") + KELPDEX_VERSION_STRING + "\n");
   EXPECT_EQ(RunKpx({"help", "locale"}).status, 0);
+  Result helpHelp = RunKpx({"help", "--help"});
+  EXPECT_EQ(helpHelp.status, 0);
+  EXPECT_EQ(helpHelp.out, help.out);
   EXPECT_EQ(RunKpx({"locale", "--help"}).status, 0);
 }
 
@@ -37,6 +40,7 @@ TEST(Kpx, UsageErrorsExitWithTwoAndOneLineOfReason) {
     Result r = RunKpx(words);
     EXPECT_EQ(r.status, 2) << (words.empty() ? "" : words.back());
     EXPECT_EQ(r.err.rfind("kpx: ", 0) == 0 || r.err.rfind("usage: ", 0) == 0, true) << r.err;
+    EXPECT_NE(r.err.find("usage: kpx "), std::string::npos) << r.err;
     EXPECT_TRUE(r.out.empty());
   }
 }

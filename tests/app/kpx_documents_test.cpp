@@ -79,6 +79,9 @@ TEST_F(KpxDocuments, InfoAndDumpShowTheSchemaAndRecords) {
             "\"Site\": \"\"}\n]\n");
   Result header = Kpx({"dump", path, "--header", "--limit", "0"});
   EXPECT_EQ(header.out, "Name\tQty\tDouble\tSite\n");
+  // A tab in a name is escaped as dump escapes it, so each field stays on its line.
+  ASSERT_EQ(Kpx({"add-field", path, "--table", "People", "--field", "Tab\there:Text"}).status, 0);
+  EXPECT_NE(Kpx({"info", path}).out.find("\n  Tab\\there\tText\n"), std::string::npos);
 }
 
 TEST_F(KpxDocuments, SchemaCommandsCheckAsTheDialogsDo) {
@@ -173,6 +176,8 @@ TEST_F(KpxDocuments, BadInputEndsWithOneLineAndNeverACrash) {
       {{"eval", "--record", "1", "=1"}, 2},
       {{"eval", "--locale", "klingon", "=1"}, 2},
       {{"eval", "--doc", junk, "=1"}, 1},
+      {{"eval", ""}, 2},
+      {{"dump", path, "--json", "--header"}, 2},
   };
   for (const Case& c : cases) {
     Result r = Kpx(c.words);
@@ -188,6 +193,125 @@ TEST_F(KpxDocuments, BadInputEndsWithOneLineAndNeverACrash) {
   // None of it changed the database or left a new file behind.
   EXPECT_EQ(testing::ReadFileBytes(path), full);
   EXPECT_FALSE(platform::FileExists(dir.Path("n.kpx")));
+}
+
+TEST_F(KpxDocuments, SetWarnsOfWhatItStoresAndStrictRefusesIt) {
+  std::string path = People();
+  Result zero = Kpx({"set", path, "--table", "People", "--record", "2", "--field", "Qty", "lots"});
+  EXPECT_EQ(zero.status, 0);
+  EXPECT_EQ(zero.err, "kpx: warning: record 2, field 'Qty': stored 0, since 'lots' is no number\n");
+  // Two conversions of one value: a line each.
+  std::string longText = "\xE2\x9C\x93" + std::string(1100, 'a');
+  Result both =
+      Kpx({"set", path, "--table", "People", "--record", "2", "--field", "Name", longText});
+  EXPECT_EQ(both.status, 0);
+  EXPECT_EQ(both.err,
+            "kpx: warning: record 2, field 'Name': stored '?' for 1 character outside the "
+            "document's code page\n"
+            "kpx: warning: record 2, field 'Name': stored the first 1024 of 1101 characters\n");
+  EXPECT_EQ(Kpx({"dump", path}).out,
+            "Zo\xC3\xAB\\ttab\t2.5\t5\t\n?" + std::string(1023, 'a') + "\t0\t0\t\n");
+  // Under --strict each is a failure and the file stays as it was.
+  std::string before = testing::ReadFileBytes(path);
+  for (const char* value : {"12 apples", "caf\xC3\xA9 \xE2\x98\x95"}) {
+    const char* field = value[0] == '1' ? "Qty" : "Name";
+    Result strict = Kpx(
+        {"set", path, "--strict", "--table", "People", "--record", "1", "--field", field, value});
+    EXPECT_EQ(strict.status, 1) << value;
+    EXPECT_EQ(strict.err.rfind(std::string("kpx: record 1, field '") + field + "': ", 0), 0u)
+        << strict.err;
+    EXPECT_NE(strict.err.find("would be stored"), std::string::npos) << strict.err;
+  }
+  EXPECT_EQ(testing::ReadFileBytes(path), before);
+  // A value stored as typed passes --strict.
+  EXPECT_EQ(Kpx({"set", path, "--strict", "--table", "People", "--record", "1", "--field", "Name",
+                 "caf\xC3\xA9"})
+                .err,
+            "");
+}
+
+TEST_F(KpxDocuments, NamesOutsideTheCodePageAreRefusedNotRenamed) {
+  std::string path = People();
+  std::string before = testing::ReadFileBytes(path);
+  const std::vector<std::vector<std::string>> refused = {
+      {"add-field", path, "--table", "People", "--field", "Gr\xC3\xB6\xC3\x9F\xE2\x86\x92:Text"},
+      {"add-table", path, "\xE2\x9C\x93"},
+      {"rename-table", path, "--table", "People", "\xE4\xBA\xBA"},
+      {"new", dir.Path("n.kpx"), "--table", "T\xE2\x82\xAC\xE2\x84\x96"},
+  };
+  for (const std::vector<std::string>& words : refused) {
+    Result r = Kpx(words);
+    EXPECT_EQ(r.status, 1) << words[0];
+    EXPECT_NE(r.err.find("outside the document's code page"), std::string::npos) << r.err;
+  }
+  EXPECT_EQ(testing::ReadFileBytes(path), before);
+  EXPECT_FALSE(platform::FileExists(dir.Path("n.kpx")));
+  // Letters the code page holds are welcome, and a name with '?' in place of one finds nothing.
+  EXPECT_EQ(Kpx({"add-field", path, "--table", "People", "--field",
+                 "Gr\xC3\xB6\xC3\x9F"
+                 "e:Text"})
+                .status,
+            0);
+  EXPECT_EQ(Kpx({"add-table", path, "T?"}).status, 0);
+  EXPECT_EQ(Kpx({"dump", path, "--table", "T\xE2\x9C\x93"}).status, 1);
+}
+
+TEST_F(KpxDocuments, NewRecordsTakeDefaultsAndACalculatedFieldWaitsForRecalc) {
+  std::string path = People();
+  ASSERT_EQ(
+      Kpx({"set", path, "--table", "People", "--record", "3", "--field", "Name", "new"}).status, 0);
+  // Qty's default, and Double computed from it.
+  EXPECT_EQ(Kpx({"dump", path, "--limit", "3"}).out,
+            "Zo\xC3\xAB\\ttab\t2.5\t5\t\n\t-4\t-8\t\nnew\t1\t2\t\n");
+  Result added = Kpx({"add-field", path, "--table", "People", "--field", "Half:Number==Qty/2"});
+  EXPECT_EQ(added.status, 0);
+  EXPECT_EQ(added.err,
+            "kpx: the calculated field 'Half' is empty in the 3 records already there; "
+            "'kpx recalc " +
+                path + "' fills it\n");
+  // A default value, or a table without records, needs no word.
+  EXPECT_EQ(Kpx({"add-field", path, "--table", "People", "--field", "Unit:Text=kg"}).err, "");
+  EXPECT_EQ(Kpx({"add-table", path, "Empty", "--field", "A:Number"}).status, 0);
+  EXPECT_EQ(Kpx({"add-field", path, "--table", "Empty", "--field", "B:Number==A"}).err, "");
+}
+
+TEST_F(KpxDocuments, AFileThatHeldNoDocumentIsNeverSavedOver) {
+  std::string stub = dir.Write("stub.kpx", "30000");
+  Result info = Kpx({"info", stub});
+  EXPECT_EQ(info.status, 0);
+  EXPECT_NE(info.out.find("format: none\ntable stub: 0 records, 0 fields\n"), std::string::npos)
+      << info.out;
+  const std::vector<std::vector<std::string>> changes = {
+      {"add-field", stub, "--table", "stub", "--field", "A:Text"},
+      {"add-table", stub, "More"},
+      {"recalc", stub},
+      {"rename-table", stub, "--table", "stub", "Renamed"},
+  };
+  for (const std::vector<std::string>& words : changes) {
+    Result r = Kpx(words);
+    EXPECT_EQ(r.status, 1) << words[0];
+    EXPECT_EQ(r.err, "kpx: " + stub +
+                         ": the file is not empty but holds no database; it is not "
+                         "saved over\n");
+  }
+  EXPECT_EQ(testing::ReadFileBytes(stub), "30000");
+  // An empty file has nothing to lose: it takes the new database.
+  std::string empty = dir.Write("empty.kpx", "");
+  EXPECT_NE(Kpx({"info", empty, "--json"}).out.find("\"format\": \"none\""), std::string::npos);
+  EXPECT_EQ(Kpx({"add-field", empty, "--table", "empty", "--field", "A:Text"}).status, 0);
+  EXPECT_NE(Kpx({"info", empty}).out.find("format: xml\n"), std::string::npos);
+  // A folder is no file, to read or to write.
+  std::string folder = dir.Path("folder.kpx");
+  ASSERT_TRUE(platform::CreateFolder(folder));
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"info", folder},
+        {"set", folder, "--table", "T", "--record", "1", "--field", "A", "x"},
+        {"convert", empty, folder},
+        {"new", folder, "--table", "T"}}) {
+    Result r = Kpx(words);
+    EXPECT_EQ(r.status, 1) << words[0];
+    EXPECT_EQ(r.err, "kpx: Can't use a folder path. A file path is required.\n") << words[0];
+  }
 }
 
 TEST(TerminalProgress, TellsAPercentageOrTheAmountDone) {

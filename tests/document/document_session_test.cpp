@@ -215,6 +215,55 @@ TEST_F(DocumentSessionTest, AnEmptyFileBecomesANewDatabaseOfThatName) {
   EXPECT_EQ(ReadFileBytes(path).rfind("<?xml", 0), 0u);
 }
 
+TEST_F(DocumentSessionTest, AShortFileIsReplacedOnlyWhenTheUserSaysSo) {
+  std::string path = dir.Write("Stub.kpx", "<?xml");
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
+  EXPECT_NE(book.FindTable("Stub"), nullptr);
+  EXPECT_TRUE(session.FileHeldNoDocument());
+  EditFirstRecord("typed");
+  // No keeps the bytes, and the changes with them.
+  prompter.answers = {answer::kNo};
+  EXPECT_FALSE(session.SaveDocument());
+  ASSERT_EQ(prompter.boxes.size(), 1u);
+  EXPECT_NE(prompter.boxes[0].text.find("Stub.kpx held 5 bytes"), std::string::npos)
+      << prompter.boxes[0].text;
+  EXPECT_EQ(prompter.boxes[0].flags & mb::kButtonMask, mb::kYesNo);
+  EXPECT_EQ(ReadFileBytes(path), "<?xml");
+  EXPECT_TRUE(book.modified);
+  // Without an answer the cautious one keeps them too.
+  EXPECT_FALSE(session.SaveDocument());
+  EXPECT_EQ(ReadFileBytes(path), "<?xml");
+  // Yes replaces them once; the next save asks nothing.
+  prompter.answers = {answer::kYes};
+  ASSERT_TRUE(session.SaveDocument());
+  EXPECT_FALSE(session.FileHeldNoDocument());
+  EditFirstRecord("again");
+  ASSERT_TRUE(session.SaveDocument());
+  EXPECT_EQ(prompter.boxes.size(), 3u);
+  ASSERT_TRUE(session.ReloadDocument());
+  EXPECT_FALSE(session.FileHeldNoDocument());
+  Worksheet* stub = book.FindTable("Stub");
+  ASSERT_NE(stub, nullptr);
+  const CellRecord* typed = stub->cells.GetCell(0, 0);
+  ASSERT_NE(typed, nullptr);
+  EXPECT_EQ(cell::Text(typed), "again");
+}
+
+TEST_F(DocumentSessionTest, AFolderIsRefusedAsADocument) {
+  std::string folder = dir.Path("folder.kpx");
+  ASSERT_TRUE(platform::CreateFolder(folder));
+  EXPECT_FALSE(session.OpenDocument(folder, DocumentKind::kNative));
+  EXPECT_EQ(LastBoxText(), ErrorText(err::kFolderPath));
+  EXPECT_FALSE(session.HasDocument());
+
+  ASSERT_TRUE(session.OpenDocument(SavedSample("people.kpx"), DocumentKind::kNative));
+  prompter.saveChoices = {SaveFileChoice{folder, FileFilter::kDefault}};
+  EXPECT_FALSE(session.SaveDocumentAs());
+  EXPECT_EQ(LastBoxText(), ErrorText(err::kFolderPath));
+  EXPECT_TRUE(platform::FolderExists(folder));
+  EXPECT_EQ(book.fileName, dir.Path("people.kpx"));
+}
+
 TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
   std::string upper = dir.Write("data.TXT", "a\tb\n");
   std::string tsv = dir.Write("data.tsv", "a\tb\n");

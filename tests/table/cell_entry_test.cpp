@@ -51,6 +51,25 @@ TEST_F(CellEntryTest, EachFieldKindReadsTheTextItsOwnWay) {
   EXPECT_EQ(At(0, 0), "-");
 }
 
+TEST_F(CellEntryTest, NotesTellWhatWasStoredOtherThanTyped) {
+  EntryNotes notes;
+  EXPECT_EQ(CommitText(book, 0, 1, "12", {}, &notes), EntryResult::kWritten);
+  EXPECT_FALSE(notes.cut || notes.numberAsZero);
+  EXPECT_EQ(CommitText(book, 0, 1, "twelve", {}, &notes), EntryResult::kWritten);
+  EXPECT_TRUE(notes.numberAsZero);
+  EXPECT_FALSE(notes.cut);
+  EXPECT_EQ(At(0, 1), "0");
+  // A text one past the edit's limit keeps the limit's worth.
+  std::string longText(kEditTextMax, 'a');
+  EXPECT_EQ(CommitText(book, 0, 0, longText, {}, &notes), EntryResult::kWritten);
+  EXPECT_FALSE(notes.cut);
+  EXPECT_EQ(CommitText(book, 0, 0, longText + "b", {}, &notes), EntryResult::kWritten);
+  EXPECT_TRUE(notes.cut);
+  EXPECT_EQ(notes.typedLength, kEditTextMax + 1);
+  EXPECT_FALSE(notes.numberAsZero);
+  EXPECT_EQ(At(0, 0), "'" + longText + "'");
+}
+
 TEST_F(CellEntryTest, CalculatedAndLongFieldsAreNotTypedInto) {
   EXPECT_EQ(CommitText(book, 0, 2, "7"), EntryResult::kRefused);
   EXPECT_EQ(CommitText(book, 0, 4, "long"), EntryResult::kRefused);

@@ -94,6 +94,43 @@ TEST_F(SchemaTest, DialogChecksInTheirOrder) {
   EXPECT_TRUE(Check(same).ok());
 }
 
+TEST_F(SchemaTest, NewFieldsAreCheckedAgainstTheTableAndOneAnother) {
+  auto edit = [](const std::string& name) {
+    FieldEdit e;
+    e.name = name;
+    return e;
+  };
+  std::vector<FieldEdit> edits = {edit("Total"), edit("Tax "), edit("TOTAL"), edit("Other")};
+  std::vector<FieldSpec> rows;
+  size_t refused = 0;
+  FieldCheck check = CheckNewFields(Table(), edits, rows, refused);
+  EXPECT_EQ(check.stringId, str::kFieldExists);
+  EXPECT_EQ(refused, 2u);
+  EXPECT_EQ(rows[1].name, "Tax");  // trimmed as the dialog trims
+
+  edits = {edit("Total"), edit("notes")};
+  EXPECT_EQ(CheckNewFields(Table(), edits, rows, refused).stringId, str::kFieldExists);
+  EXPECT_EQ(refused, 1u);
+  edits = {edit("Total"), edit("9th")};
+  EXPECT_EQ(CheckNewFields(Table(), edits, rows, refused).stringId, str::kInvalidFieldName);
+
+  edits = {edit("Total"), edit("Tax")};
+  edits[0].formulaOrValue = "=Price*2";
+  ASSERT_TRUE(CheckNewFields(Table(), edits, rows, refused).ok());
+  EXPECT_EQ(refused, 2u);
+  // Inserted in one go at a position, the later fields move behind them.
+  ASSERT_TRUE(InsertFields(book, 1, rows));
+  EXPECT_EQ(Names(), (std::vector<std::string>{"Name", "Total", "Tax", "Price", "Notes"}));
+  ASSERT_EQ(book.fieldDefaults.size(), 5u);
+  EXPECT_EQ(book.fieldDefaults[1].formula, "=Price*2");
+  // A field that cannot go in stops the batch, and the table is still refreshed.
+  PutText(0, kLastColumn, "edge");
+  EXPECT_FALSE(InsertFields(book, 0, {Field("A", FieldType::kText), Field("B", FieldType::kText)}));
+  EXPECT_EQ(book.errorCode, err::kNoEmptyColumns);
+  EXPECT_EQ(Names().size(), 5u);
+  EXPECT_EQ(book.fieldDefaults.size(), 5u);
+}
+
 TEST_F(SchemaTest, FormulasAreStoredInTheGenericNotation) {
   LocaleSettings saved = currentLocale;
   currentLocale.decimalSeparator = ',';

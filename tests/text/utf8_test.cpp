@@ -56,6 +56,12 @@ TEST(Utf8, LenientDecodingReplacesEachBadSequenceOnce) {
   }
   // A sequence cut short by the end of the view, not of the buffer behind it.
   EXPECT_EQ(Utf8ToCp1252(std::string_view("a\xE2\x82\xAC", 3)), "a?");
+  // The count of replacements leaves out the '?' that was typed.
+  size_t replaced = 9;
+  EXPECT_EQ(Utf8ToCp1252("?\xE2\x82\xAC\xE2\x9C\x93x\xC3", &replaced), "?\x80?x?");
+  EXPECT_EQ(replaced, 2u);
+  EXPECT_EQ(Utf8ToCp1252("plain?", &replaced), "plain?");
+  EXPECT_EQ(replaced, 0u);
 }
 
 TEST(Utf8, StrictPrefixStopsAtTheFirstUnsupportedSequence) {
