@@ -103,6 +103,10 @@ bool Fail(Workbook& workbook, ErrorCode code) {
 
 }  // namespace
 
+const char* const kReservedTableNameText =
+    "\"system\" is the name of the folder that holds the definitions of all tables. Please "
+    "choose another name.";
+
 TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
                               const Worksheet* current) {
   std::string trimmed(name);
@@ -111,6 +115,7 @@ TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
       trimmed.find('\\') != std::string::npos) {
     return TableNameCheck::kInvalid;
   }
+  if (text::EqualNoCase(trimmed, "system")) return TableNameCheck::kReserved;
   Worksheet* existing = workbook.FindTable(trimmed);
   if (existing != nullptr && existing != current) return TableNameCheck::kDuplicate;
   return TableNameCheck::kOk;
@@ -129,6 +134,10 @@ int ComboOfFieldType(FieldType type) {
   return -1;
 }
 
+std::string FieldCheck::Text() const {
+  return FormatString(stringId, {limit});  // only string 131 has an insert
+}
+
 FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow) {
   // 1 and 2: only Text and Number convert into one another.
   FieldType type = edit.type;
@@ -142,12 +151,16 @@ FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldR
       return {str::kConversionUnavailable, FieldFocus::kType};
     }
   }
-  // 3: the name.
+  // 3: the name, as long as the dialog's box takes.
   TrimEnd(edit.name);
   if (edit.name.empty() || !text::IsCharAlpha(edit.name[0])) {
     return {str::kInvalidFieldName, FieldFocus::kName};
   }
-  // 4: the prefix, and the stored notation for a formula.
+  if (edit.name.size() > kFieldTextMax) {
+    return {str::kMaxCharacters, FieldFocus::kName, static_cast<int>(kFieldTextMax)};
+  }
+  // 4: the prefix, and the stored notation for a formula. The stored text is bounded like the
+  // name, which also keeps it within what one catalogue cell can hold.
   std::string formulaOrValue;
   if (!edit.formulaOrValue.empty()) {
     if (edit.isValue) {
@@ -155,6 +168,9 @@ FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldR
     } else {
       formulaOrValue = "F:" + Renotate(table, edit.formulaOrValue, true);
     }
+  }
+  if (formulaOrValue.size() > kFieldTextMax) {
+    return {str::kMaxCharacters, FieldFocus::kFormula, static_cast<int>(kFieldTextMax - 2)};
   }
   // 5: a unique name among the other fields.
   uint16_t count = FieldCount(table);
