@@ -29,6 +29,9 @@ bool TableNameAccepted(CommandContext& context, const Workbook& book, const std:
       Fail(context, "'" + ToTerminal(name) + "' is no table name: it must not be empty, pass " +
                         std::to_string(kTableNameMax) + " characters or hold '\\'");
       return false;
+    case TableNameCheck::kReserved:
+      Fail(context, kReservedTableNameText);
+      return false;
   }
   return false;
 }

@@ -9,6 +9,7 @@
 #include "store/catalogue.h"
 #include "table/schema.h"
 #include "table/table_state.h"
+#include "text/code_page.h"
 
 namespace kelpdex {
 
@@ -57,7 +58,9 @@ std::string TableNameOfFile(const std::string& path) {
     if (c != '\\') clean += c;
   }
   if (clean.size() > kTableNameMax) clean.resize(kTableNameMax);
-  return clean.empty() ? std::string("Table") : clean;
+  // "system" names the folder of the catalogues; a table of that name would be hidden by it.
+  if (clean.empty() || text::EqualNoCase(clean, "system")) return "Table";
+  return clean;
 }
 
 std::string NowAsGenericText() {
@@ -91,7 +94,7 @@ bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t posit
   FieldSpec fieldRow;
   FieldCheck check = CheckField(table, edit, fieldRow);
   if (!check.ok()) {
-    Ask(check.stringId, mb::kOk | mb::kIconExclamation);
+    AskText(check.Text(), mb::kOk | mb::kIconExclamation);
     return false;
   }
   if (!InsertField(book, position, fieldRow)) {
@@ -315,6 +318,9 @@ bool DocumentSession::CreateFromWizard(const NewDatabaseAnswers& answers) {
       return false;
     case TableNameCheck::kInvalid:
       Ask(str::kInvalidValue, mb::kOk | mb::kIconExclamation);
+      return false;
+    case TableNameCheck::kReserved:
+      AskText(kReservedTableNameText, mb::kOk | mb::kIconExclamation);
       return false;
   }
   if (!CreateTable(book_, answers.tableName)) {

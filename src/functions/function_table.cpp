@@ -394,7 +394,12 @@ const FunctionTable& BuiltinFunctions() {
   // the bisection.
   static const auto sorted = [] {
     static std::array<FunctionEntry, kFunctionRowCount> entries;
-    for (uint16_t i = 0; i < kFunctionRowCount; ++i) entries[i] = {kRows[i].handler, kRows[i].name};
+    // A name whose family is not built yet answers "#IMPL!" as a declared-only one does, so
+    // that a call of it reads as what it is and not as a broken formula.
+    for (uint16_t i = 0; i < kFunctionRowCount; ++i) {
+      auto handler = kRows[i].handler != nullptr ? kRows[i].handler : DeclaredOnlyHandler;
+      entries[i] = {handler, kRows[i].name};
+    }
     std::stable_sort(entries.begin(), entries.end(),
                      [](const FunctionEntry& a, const FunctionEntry& b) {
                        return std::string_view(a.name) < std::string_view(b.name);

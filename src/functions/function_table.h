@@ -15,9 +15,10 @@ struct FunctionRow {
 constexpr uint16_t kFunctionRowCount = 358;
 
 // The rows in their declared order, which groups them by family. A null handler marks a family
-// that is not built yet; the tokenizer does not offer such a name.
+// that is not built yet.
 const FunctionRow* FunctionRows();
-// The rows sorted by the bytes of their names, done once, for the tokenizer's bisection.
+// The rows sorted by the bytes of their names, done once, for the tokenizer's bisection. A row
+// without a handler takes DeclaredOnlyHandler here.
 const FunctionTable& BuiltinFunctions();
 
 // The one handler of the names the table declares but does not implement: it drops the

@@ -456,10 +456,7 @@ bool CheckTables(Workbook& book) {
   }
   for (WorkbookNode* n = system->next; n != nullptr && n->level > system->level; n = n->next) {
     TableSpec compiled;
-    if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), compiled)) {
-      book.errorCode = err::kInvalidDatabase;
-      return false;
-    }
+    if (n->IsWorksheet() && !CompileTableSpec(book, n->Name(), compiled)) return false;
   }
   return true;
 }

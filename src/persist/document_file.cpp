@@ -28,7 +28,30 @@ std::string SideFilePath(const std::string& documentPath) {
 bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
                        ErrorCode& error, std::string* place) {
   format = WritableFormat(format);
-  std::string temporary = TemporaryPath(path);
+  // A link stays a link: the new file goes where it points, beside the real document.
+  std::string target = platform::ResolveLinks(path);
+  platform::ReplacedFile old;
+  if (target.empty() || !platform::InspectReplacedFile(target, old)) {
+    error = err::kFileOpenWrite;
+    return false;
+  }
+  if (old.folder) {
+    error = err::kFolderPath;
+    return false;
+  }
+  // A file the user may not write to is not replaced behind his back, and neither is a device
+  // or a pipe: the rename would put a plain file in its place.
+  if (old.exists && (!old.writable || !old.regular)) {
+    error = err::kFileOpenWrite;
+    return false;
+  }
+  std::string temporary = TemporaryPath(target);
+  // A temporary file left by a save that was killed half-way is ours to take.
+  platform::DeleteFile(temporary);
+  if (old.exists && !platform::CreatePrivateFile(temporary, old)) {
+    error = err::kFileOpenWrite;
+    return false;
+  }
   FileStream stream;
   bool ok = stream.Open(temporary, StreamMode::kWrite, IsCompressedFormat(format));
   if (ok) {
@@ -39,18 +62,20 @@ bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeForm
   ok = ok && stream.Sync();
   bool closed = stream.Close();
   error = stream.error();
-  if (!ok || !closed) {
+  // The new file keeps what the user had set on the old one: who may read it, and who owns it.
+  bool kept = !old.exists || platform::TakeOverPermissions(temporary, old);
+  if (!ok || !closed || !kept) {
     if (error == err::kNone) error = err::kFileWrite;
     platform::DeleteFile(temporary);
     return false;
   }
-  if (!platform::ReplaceFile(temporary, path)) {
+  if (!platform::ReplaceFile(temporary, target)) {
     platform::DeleteFile(temporary);
     error = err::kFileWrite;
     return false;
   }
   // The rename itself is made durable by syncing the folder that holds it.
-  std::string folder = platform::FolderOf(path);
+  std::string folder = platform::FolderOf(target);
   platform::SyncFile(folder.empty() ? "." : folder);
   error = err::kNone;
   return true;

@@ -20,6 +20,9 @@ std::string SideFilePath(const std::string& documentPath);
 // only then puts it in the place of `path`. On failure the previous file stands as it was, no
 // temporary file is left, and `error` says why. A format that is none of the four is plain XML.
 // `place`, when given, says which cell was too long for an XML form (see WriteXmlDocument).
+// A symbolic link is followed and stays; the new file takes the permissions, and where the
+// process may, the owner and group of the one it replaces. A file this process may not write to
+// is refused with 61, as is anything but a plain file; a folder gives 73.
 bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
                        ErrorCode& error, std::string* place = nullptr);
 

@@ -150,6 +150,10 @@ bool DocumentReader::Read() {
     }
     int level = 1;
     if (!x_.IntAttr("TreeLevel", level, 1, 65534, err::kXmlInvalidData)) return false;
+    // The flat list is the tree: a node goes at most one level below a folder just before it,
+    // else it would hang in no folder and no path would find it.
+    int deepest = last == nullptr ? 1 : last->level + (last->IsFolder() ? 1 : 0);
+    if (level > deepest) return Fail(err::kXmlInvalidData);
     WorkbookNode* node;
     if (folder) {
       auto* f = new (std::nothrow) Folder(name);
@@ -213,10 +217,7 @@ bool CheckDocument(Workbook& book) {
   if (system != nullptr && system->IsFolder()) {
     for (WorkbookNode* n = system->next; n != nullptr && n->level > system->level; n = n->next) {
       TableSpec compiled;
-      if (n->IsWorksheet() && !MakeTableSpec(book, n->Name(), compiled)) {
-        book.errorCode = err::kInvalidDatabase;
-        return false;
-      }
+      if (n->IsWorksheet() && !CompileTableSpec(book, n->Name(), compiled)) return false;
     }
   }
   return true;

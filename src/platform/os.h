@@ -66,6 +66,34 @@ bool ReplaceFile(const std::string& from, const std::string& to);
 // Waits until the file's bytes are on the disk.
 bool SyncFile(const std::string& path);
 
+// The file a path finally names: symbolic links are followed, chains too, a relative link from
+// the folder that holds it. A path that is no link comes back as it is, also when nothing stands
+// there; a loop of links, or one too long to read, gives "".
+std::string ResolveLinks(const std::string& path);
+
+// What a save must know of the file it is about to put a new one in the place of.
+struct ReplacedFile {
+  bool exists = false;   // false: there is nothing to replace
+  bool regular = false;  // a plain file, not a folder, device or pipe
+  bool folder = false;
+  bool writable = false;  // this process may write to it
+  uint32_t mode = 0;      // the permission bits (POSIX), or the attributes (Windows)
+  uint32_t owner = 0;
+  uint32_t group = 0;
+};
+
+// Looks at `path` itself (no link is followed). False only when the look fails for another
+// reason than that nothing is there.
+bool InspectReplacedFile(const std::string& path, ReplacedFile& info);
+// Makes `path` as a new empty file that only its owner may read and write, owned by the owner
+// and the group of `like` as far as the process may give them (a user may give a file to a
+// group of his own, rarely to another user). False when the file cannot be made, also when
+// something stands there already.
+bool CreatePrivateFile(const std::string& path, const ReplacedFile& like);
+// Gives `path` the permissions of `like`; meant for the finished file, once nothing more is
+// written to it.
+bool TakeOverPermissions(const std::string& path, const ReplacedFile& like);
+
 // Maps the pages of a fresh allocation in advance, on two cores, so that filling it takes no
 // page faults one by one; a load of a large document spends much of its time in them otherwise.
 // Leaves the bytes alone, and does nothing where the system offers no way to do it.

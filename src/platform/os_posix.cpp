@@ -354,6 +354,66 @@ bool SyncFile(const std::string& path) {
   return ok;
 }
 
+std::string ResolveLinks(const std::string& path) {
+  std::string current = path;
+  // The kernel's own limit on links followed in one lookup.
+  for (int hop = 0; hop < 40; ++hop) {
+    struct stat info {};
+    if (::lstat(current.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return current;
+    std::string target(4096, '\0');
+    ssize_t length = ::readlink(current.c_str(), target.data(), target.size());
+    if (length <= 0 || static_cast<size_t>(length) >= target.size()) return "";
+    target.resize(static_cast<size_t>(length));
+    if (target[0] != '/') {
+      std::string folder = FolderOf(current);
+      if (!folder.empty()) target = JoinPath(folder, target);
+    }
+    current = target;
+  }
+  errno = ELOOP;
+  return "";
+}
+
+bool InspectReplacedFile(const std::string& path, ReplacedFile& info) {
+  info = ReplacedFile();
+  struct stat st {};
+  if (::lstat(path.c_str(), &st) != 0) return errno == ENOENT || errno == ENOTDIR;
+  info.exists = true;
+  info.regular = S_ISREG(st.st_mode);
+  info.folder = S_ISDIR(st.st_mode);
+  // The effective ids decide, as they do for the open that a write would make.
+  info.writable = ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+  info.mode = st.st_mode & 07777;
+  info.owner = st.st_uid;
+  info.group = st.st_gid;
+  return true;
+}
+
+bool CreatePrivateFile(const std::string& path, const ReplacedFile& like) {
+  int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (fd < 0) return false;
+  if (like.exists) {
+    struct stat st {};
+    if (::fstat(fd, &st) == 0 && (st.st_uid != like.owner || st.st_gid != like.group)) {
+      // Only a privileged process gives a file away; anyone may pass it to a group of his own.
+      // Neither failure stops the save: the document is written all the same.
+      if (::fchown(fd, like.owner, like.group) != 0) {
+        (void)::fchown(fd, static_cast<uid_t>(-1), like.group);
+      }
+    }
+  }
+  if (::close(fd) != 0) {
+    RemoveKeepingErrno(path);
+    return false;
+  }
+  return true;
+}
+
+bool TakeOverPermissions(const std::string& path, const ReplacedFile& like) {
+  // After the change of owner, which clears the set-id bits, so that they come back.
+  return ::chmod(path.c_str(), static_cast<mode_t>(like.mode & 07777)) == 0;
+}
+
 FileLock::~FileLock() {
   Release();
 }

@@ -288,6 +288,55 @@ bool SyncFile(const std::string& path) {
   return ok;
 }
 
+std::string ResolveLinks(const std::string& path) {
+  DWORD attributes = GetFileAttributesA(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+    return path;
+  }
+  // Opening the link opens what it finally names; the handle then tells that file's path.
+  HANDLE h = ::CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                           nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (h == INVALID_HANDLE_VALUE) return path;  // a dangling link: the save replaces it
+  char finalPath[MAX_PATH + 8] = {};
+  DWORD length = ::GetFinalPathNameByHandleA(h, finalPath, MAX_PATH + 8, FILE_NAME_NORMALIZED);
+  ::CloseHandle(h);
+  if (length == 0 || length >= MAX_PATH + 8) return "";
+  std::string resolved(finalPath, length);
+  if (resolved.rfind("\\\\?\\UNC\\", 0) == 0) return "\\\\" + resolved.substr(8);
+  if (resolved.rfind("\\\\?\\", 0) == 0) return resolved.substr(4);
+  return resolved;
+}
+
+bool InspectReplacedFile(const std::string& path, ReplacedFile& info) {
+  info = ReplacedFile();
+  DWORD attributes = GetFileAttributesA(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  }
+  info.exists = true;
+  info.folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  info.regular = !info.folder && (attributes & FILE_ATTRIBUTE_DEVICE) == 0;
+  info.writable = (attributes & FILE_ATTRIBUTE_READONLY) == 0;
+  info.mode = attributes;
+  return true;
+}
+
+bool CreatePrivateFile(const std::string& path, const ReplacedFile& /*like*/) {
+  // The new file takes the folder's inherited access rights, as any file made there does.
+  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE) return false;
+  return ::CloseHandle(h) != FALSE;
+}
+
+bool TakeOverPermissions(const std::string& path, const ReplacedFile& like) {
+  constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
+                          FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+  DWORD kept = like.mode & kKept;
+  return ::SetFileAttributesA(path.c_str(), kept != 0 ? kept : FILE_ATTRIBUTE_NORMAL) != FALSE;
+}
+
 FileLock::~FileLock() {
   Release();
 }

@@ -48,6 +48,17 @@ bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& out) {
   return true;
 }
 
+bool CompileTableSpec(Workbook& workbook, std::string_view table, TableSpec& out) {
+  uint32_t fields = 0;
+  if (MakeTableSpec(workbook, table, out)) {
+    out.catalogue->cells.LastUsed(nullptr, nullptr, nullptr, &fields);
+    // Row 0 holds the titles, so the highest row is the number of fields.
+    if (fields <= kColumnLimit) return true;
+  }
+  workbook.errorCode = err::kInvalidDatabase;
+  return false;
+}
+
 uint16_t KeyCount(const TableSpec& table) {
   uint16_t count = 0;
   for (uint16_t column = catalogue::kFirstKeyColumn; column <= kLastColumn; ++column) {

@@ -28,6 +28,9 @@ struct TableSpec {
 
 // Both sheets of a table; false with code 23 in the workbook when either is missing.
 bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& out);
+// The check of each table after a load: both sheets, and a catalogue that describes no more
+// fields than a data sheet has columns. False with code 44.
+bool CompileTableSpec(Workbook& workbook, std::string_view table, TableSpec& out);
 
 // Search keys: the titles from column 4 on that begin with "k" or "K".
 uint16_t KeyCount(const TableSpec& table);

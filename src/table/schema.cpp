@@ -104,6 +104,10 @@ bool Fail(Workbook& workbook, ErrorCode code) {
 
 }  // namespace
 
+const char* const kReservedTableNameText =
+    "\"system\" is the name of the folder that holds the definitions of all tables. Please "
+    "choose another name.";
+
 TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
                               const Worksheet* current) {
   std::string trimmed(name);
@@ -112,6 +116,7 @@ TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
       trimmed.find('\\') != std::string::npos) {
     return TableNameCheck::kInvalid;
   }
+  if (text::EqualNoCase(trimmed, "system")) return TableNameCheck::kReserved;
   Worksheet* existing = workbook.FindTable(trimmed);
   if (existing != nullptr && existing != current) return TableNameCheck::kDuplicate;
   return TableNameCheck::kOk;
@@ -128,6 +133,10 @@ int ComboOfFieldType(FieldType type) {
     if (FieldTypeOfCombo(i) == type) return i;
   }
   return -1;
+}
+
+std::string FieldCheck::Text() const {
+  return FormatString(stringId, {limit});  // only string 131 has an insert
 }
 
 namespace {
@@ -147,12 +156,16 @@ FieldCheck CheckFieldTexts(const TableSpec& table, FieldEdit& edit, FieldSpec& f
       return {str::kConversionUnavailable, FieldFocus::kType};
     }
   }
-  // 3: the name.
+  // 3: the name, as long as the dialog's box takes.
   TrimEnd(edit.name);
   if (edit.name.empty() || !text::IsCharAlpha(edit.name[0])) {
     return {str::kInvalidFieldName, FieldFocus::kName};
   }
-  // 4: the prefix, and the stored notation for a formula.
+  if (edit.name.size() > kFieldTextMax) {
+    return {str::kMaxCharacters, FieldFocus::kName, static_cast<int>(kFieldTextMax)};
+  }
+  // 4: the prefix, and the stored notation for a formula. The stored text is bounded like the
+  // name, which also keeps it within what one catalogue cell can hold.
   std::string formulaOrValue;
   if (!edit.formulaOrValue.empty()) {
     if (edit.isValue) {
@@ -160,6 +173,9 @@ FieldCheck CheckFieldTexts(const TableSpec& table, FieldEdit& edit, FieldSpec& f
     } else {
       formulaOrValue = "F:" + Renotate(table, edit.formulaOrValue, true);
     }
+  }
+  if (formulaOrValue.size() > kFieldTextMax) {
+    return {str::kMaxCharacters, FieldFocus::kFormula, static_cast<int>(kFieldTextMax - 2)};
   }
   fieldRow.name = edit.name;
   fieldRow.type = type;

@@ -24,7 +24,11 @@ enum class TableNameCheck {
   kOk,
   kDuplicate,  // string 157
   kInvalid,    // empty, too long, or holding the path separator
+  kReserved,   // "system" in any case: kReservedTableNameText says why
 };
+// A table named "system" would have the path of the folder that holds the catalogues, and the
+// folder would hide it.
+extern const char* const kReservedTableNameText;
 // `current` is the table being renamed (its own name is no duplicate), or null.
 TableNameCheck CheckTableName(const Workbook& workbook, std::string_view name,
                               const Worksheet* current = nullptr);
@@ -56,15 +60,19 @@ enum class FieldFocus { kNone, kName, kType, kFormula };
 struct FieldCheck {
   int stringId = 0;  // the message to show; 0 when the field may be stored
   FieldFocus focus = FieldFocus::kNone;
+  int limit = 0;  // the number of characters that string 131 names
   bool ok() const { return stringId == 0; }
+  // The message as it is shown.
+  std::string Text() const;
 };
 
 // The field dialog's checks on OK, in their order: a conversion to or from Long Text or
 // Images/Files is refused (173, the old type is put back into `edit`), the name is cut of its
-// trailing blanks and must start with a letter (180), the formula or value gets its prefix and a
-// formula is brought to the stored notation when currentLocale's separators differ from the
-// generic ones,
-// and the name must be unique (158). On success `fieldRow` holds the catalogue row to write.
+// trailing blanks and must start with a letter (180) and hold at most 1024 characters (131), the
+// formula or value gets its prefix and a formula is brought to the stored notation when
+// currentLocale's separators differ from the generic ones, and the whole may not pass 1024
+// characters either (131), and the name must be unique (158). On success `fieldRow` holds the
+// catalogue row to write.
 FieldCheck CheckField(const TableSpec& table, FieldEdit& edit, FieldSpec& fieldRow);
 // CheckField for new fields added one after another, as the New Database wizard and kpx give
 // them: each name must differ from the table's and from the earlier ones'. Stops at the first

@@ -1,6 +1,7 @@
 #include "persist/document_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -88,6 +89,101 @@ TEST_F(DocumentFileTest, AnOpenDocumentIsInUseForAnotherProcess) {
   EXPECT_EQ(testing::LockInOtherProcess(path), platform::LockResult::kLocked);
   platform::FileLock missing;
   EXPECT_EQ(missing.Acquire(dir.Path("absent.kpx")), platform::LockResult::kUnavailable);
+}
+
+// The mode, owner and group of a file, and whether the path itself is a symbolic link.
+struct FileFacts {
+  mode_t mode = 0;
+  uid_t owner = 0;
+  gid_t group = 0;
+  bool link = false;
+};
+
+FileFacts FactsOf(const std::string& path) {
+  struct stat st {};
+  FileFacts facts;
+  if (::lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode)) facts.link = true;
+  if (::stat(path.c_str(), &st) == 0) {
+    facts.mode = st.st_mode & 07777;
+    facts.owner = st.st_uid;
+    facts.group = st.st_gid;
+  }
+  return facts;
+}
+
+TEST_F(DocumentFileTest, ASaveKeepsTheModeOwnerAndGroupOfTheFileItReplaces) {
+  Workbook book;
+  testing::BuildSampleWorkbook(book);
+  std::string path = dir.Path("private.kpx");
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(WriteDocumentFile(path, book, NativeFormat::kBinary, error));
+  for (mode_t mode : {mode_t{0640}, mode_t{0600}, mode_t{0664}}) {
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+    ASSERT_TRUE(WriteDocumentFile(path, book, NativeFormat::kXmlCompressed, error)) << int(error);
+    EXPECT_EQ(FactsOf(path).mode, mode);
+  }
+  // Only a privileged process can give a file to someone else; it must keep doing so on save.
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::chown(path.c_str(), 4321, 8765), 0);
+    ASSERT_TRUE(WriteDocumentFile(path, book, NativeFormat::kBinary, error));
+    FileFacts facts = FactsOf(path);
+    EXPECT_EQ(facts.owner, 4321u);
+    EXPECT_EQ(facts.group, 8765u);
+  }
+  Workbook back;
+  NativeFileKind kind;
+  ASSERT_TRUE(ReadDocumentFile(path, back, kind, error));
+  testing::ExpectSameWorkbook(book, back);
+}
+
+TEST_F(DocumentFileTest, AReadOnlyDocumentIsNotSavedOver) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root may write to any file; run as a plain user";
+  Workbook book;
+  testing::BuildSampleWorkbook(book);
+  std::string path = dir.Write("readonly.kpx", "30000000000");
+  ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+  ErrorCode error = err::kNone;
+  EXPECT_FALSE(WriteDocumentFile(path, book, NativeFormat::kBinary, error));
+  EXPECT_EQ(error, err::kFileOpenWrite);
+  EXPECT_EQ(testing::ReadFileBytes(path), "30000000000");
+  EXPECT_EQ(FactsOf(path).mode, mode_t{0444});
+  EXPECT_FALSE(platform::FileExists(dir.Path(".readonly.kpx.saving")));
+}
+
+TEST_F(DocumentFileTest, SavingThroughALinkChangesTheDocumentAndKeepsTheLink) {
+  Workbook book;
+  testing::BuildSampleWorkbook(book);
+  std::string real = dir.Write("data/real.kpx", "");
+  ASSERT_EQ(::chmod(real.c_str(), 0640), 0);
+  // A chain: an absolute link to a relative one in another folder.
+  ASSERT_TRUE(platform::CreateFolder(dir.Path("links")));
+  ASSERT_EQ(::symlink("../data/real.kpx", dir.Path("links/inner.kpx").c_str()), 0);
+  std::string outer = dir.Path("outer.kpx");
+  ASSERT_EQ(::symlink(dir.Path("links/inner.kpx").c_str(), outer.c_str()), 0);
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(WriteDocumentFile(outer, book, NativeFormat::kBinary, error)) << int(error);
+  EXPECT_TRUE(FactsOf(outer).link);
+  EXPECT_TRUE(FactsOf(dir.Path("links/inner.kpx")).link);
+  EXPECT_FALSE(FactsOf(real).link);
+  EXPECT_EQ(FactsOf(real).mode, mode_t{0640});
+  Workbook back;
+  NativeFileKind kind;
+  ASSERT_TRUE(ReadDocumentFile(real, back, kind, error));
+  EXPECT_EQ(kind, NativeFileKind::kBinary);
+  testing::ExpectSameWorkbook(book, back);
+  // A link to a document not made yet makes it where the link points.
+  std::string ahead = dir.Path("ahead.kpx");
+  ASSERT_EQ(::symlink("data/later.kpx", ahead.c_str()), 0);
+  ASSERT_TRUE(WriteDocumentFile(ahead, book, NativeFormat::kXml, error)) << int(error);
+  EXPECT_TRUE(FactsOf(ahead).link);
+  EXPECT_TRUE(platform::FileExists(dir.Path("data/later.kpx")));
+  // A loop of links names no file at all.
+  ASSERT_EQ(::symlink("loop.kpx", dir.Path("loop.kpx").c_str()), 0);
+  EXPECT_FALSE(WriteDocumentFile(dir.Path("loop.kpx"), book, NativeFormat::kXml, error));
+  EXPECT_EQ(error, err::kFileOpenWrite);
+  // A folder is no document.
+  EXPECT_FALSE(WriteDocumentFile(dir.Path("data"), book, NativeFormat::kXml, error));
+  EXPECT_EQ(error, err::kFolderPath);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "persist/file_kind.h"
 #include "persist/xml_document_fixture.h"
 #include "persist/xml_writer.h"
+#include "store/catalogue.h"
 #include "store/row_block.h"
 #include "support/workbook_compare.h"
 
@@ -84,8 +85,8 @@ TEST_F(NativeXmlTest, LimitsAndDefaults) {
   // A catalogue whose table is missing does not compile.
   std::string orphan =
       "<?xml version=\"1.0\"?><Workbook><Styles/><Folder Name=\"system\"/>"
-      "<Worksheet Name=\"Lost\" TreeLevel=\"2\"/><Worksheet Name=\"T\" Selected=\"1\"/>"
-      "<Worksheet Name=\"T\" TreeLevel=\"2\"/></Workbook>";
+      "<Worksheet Name=\"Lost\" TreeLevel=\"2\"/><Worksheet Name=\"T\" TreeLevel=\"2\"/>"
+      "<Worksheet Name=\"T\" Selected=\"1\"/></Workbook>";
   WriteFileBytes(dir.Path("orphan.xml"), orphan);
   Workbook lost;
   EXPECT_FALSE(LoadXml(dir.Path("orphan.xml"), lost));
@@ -96,6 +97,67 @@ TEST_F(NativeXmlTest, LimitsAndDefaults) {
   Workbook none;
   EXPECT_FALSE(LoadXml(dir.Path("none.xml"), none));
   EXPECT_EQ(none.errorCode, err::kNeedsOneTable);
+}
+
+TEST_F(NativeXmlTest, TheTreeIsRefusedWithItsLineWhereNoPathCouldFindANode) {
+  const std::string head = "<?xml version=\"1.0\"?>\r\n<Workbook>\r\n<Styles/>\r\n";
+  const std::string tables =
+      "<Folder Name=\"system\" TreeLevel=\"1\"/>\r\n<Worksheet Name=\"T\" TreeLevel=\"2\"/>\r\n";
+  const struct {
+    std::string nodes;
+    ErrorCode code;
+  } cases[] = {
+      {tables + "<Worksheet Name=\"T\" TreeLevel=\"0\"/>", err::kXmlInvalidData},
+      // Below a worksheet, or two levels below a folder, a node hangs in no folder.
+      {tables + "<Worksheet Name=\"T\" TreeLevel=\"3\"/>", err::kXmlInvalidData},
+      {"<Folder Name=\"system\" TreeLevel=\"1\"/>\r\n<Worksheet Name=\"T\" TreeLevel=\"3\"/>",
+       err::kXmlInvalidData},
+      {"<Worksheet Name=\"T\" TreeLevel=\"2\"/>", err::kXmlInvalidData},
+      {tables + "<Worksheet Name=\"" + std::string(128, 'n') + "\"/>", err::kXmlInvalidAttribute},
+  };
+  for (const auto& c : cases) {
+    WriteFileBytes(dir.Path("tree.xml"), head + c.nodes + "\r\n</Workbook>\r\n");
+    Workbook book;
+    EXPECT_FALSE(LoadXml(dir.Path("tree.xml"), book)) << c.nodes.substr(0, 200);
+    EXPECT_EQ(book.errorCode, c.code) << c.nodes.substr(0, 200);
+    // The nodes start on line 4; the one refused is the last.
+    int breaks = 0;
+    for (size_t at = c.nodes.find('\n'); at != std::string::npos; at = c.nodes.find('\n', at + 1)) {
+      ++breaks;
+    }
+    EXPECT_EQ(line, 4 + breaks) << c.nodes.substr(0, 200);
+  }
+  // The deepest levels allowed: a folder's child, and a sheet beside a folder's child.
+  WriteFileBytes(
+      dir.Path("deep.xml"),
+      head + tables +
+          "<Worksheet Name=\"T\"/><Folder Name=\"a\"/><Folder Name=\"b\" TreeLevel=\"2\"/>"
+          "<Worksheet Name=\"c\" TreeLevel=\"3\"/><Worksheet Name=\"d\" TreeLevel=\"3\"/>"
+          "</Workbook>");
+  Workbook deep;
+  ASSERT_TRUE(LoadXml(dir.Path("deep.xml"), deep)) << int(deep.errorCode);
+  EXPECT_NE(deep.FindNode("\\a\\b\\d"), nullptr);
+}
+
+TEST_F(NativeXmlTest, ACatalogueOfMoreFieldsThanColumnsDoesNotCompileInEitherForm) {
+  for (uint32_t fields : {2047u, 2048u}) {
+    Workbook book;
+    ASSERT_TRUE(CreateTable(book, "T"));
+    uint8_t record[64];
+    cell::EncodeText(record, fields, 0, "Last");
+    ASSERT_TRUE(book.FindCatalogue("T")->cells.PutCell(record));
+    Workbook fromXml, fromBinary;
+    SaveXml(book, "wide.xml");
+    ASSERT_TRUE(ok);
+    bool xmlLoaded = LoadXml(dir.Path("wide.xml"), fromXml);
+    bool binaryLoaded = LoadBinary(SaveBinary(book, "wide.kpx"), fromBinary);
+    EXPECT_EQ(xmlLoaded, fields == 2047u);
+    EXPECT_EQ(binaryLoaded, fields == 2047u);
+    if (fields > 2047u) {
+      EXPECT_EQ(fromXml.errorCode, err::kInvalidDatabase);
+      EXPECT_EQ(fromBinary.errorCode, err::kInvalidDatabase);
+    }
+  }
 }
 
 }  // namespace

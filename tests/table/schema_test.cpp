@@ -131,6 +131,30 @@ TEST_F(SchemaTest, NewFieldsAreCheckedAgainstTheTableAndOneAnother) {
   EXPECT_EQ(book.fieldDefaults.size(), 5u);
 }
 
+TEST_F(SchemaTest, NamesAndFormulasAreBoundedByTheDialogsBoxes) {
+  FieldEdit edit;
+  edit.name = "N" + std::string(1023, 'x') + "  ";  // trailing blanks do not count
+  EXPECT_TRUE(Check(edit).ok());
+  edit.name = "N" + std::string(1024, 'x');
+  FieldCheck check = Check(edit);
+  EXPECT_EQ(check.stringId, str::kMaxCharacters);
+  EXPECT_EQ(check.focus, FieldFocus::kName);
+  EXPECT_EQ(check.Text(), "Please enter no more than 1024 characters.");
+  // The stored text holds its two-letter prefix within the same 1024 characters, far less than
+  // what would no longer fit one catalogue cell.
+  edit.name = "Total";
+  edit.formulaOrValue = "=" + std::string(1021, '1');
+  EXPECT_TRUE(Check(edit).ok());
+  edit.formulaOrValue += "1";
+  check = Check(edit);
+  EXPECT_EQ(check.focus, FieldFocus::kFormula);
+  EXPECT_EQ(check.Text(), "Please enter no more than 1022 characters.");
+  edit.isValue = true;
+  edit.formulaOrValue = std::string(9000, 'v');
+  EXPECT_EQ(Check(edit).stringId, str::kMaxCharacters);
+  EXPECT_EQ(Check(FieldEdit{}).Text(), "Please enter a valid field name starting with a letter.");
+}
+
 TEST_F(SchemaTest, FormulasAreStoredInTheGenericNotation) {
   LocaleSettings saved = currentLocale;
   currentLocale.decimalSeparator = ',';
@@ -200,6 +224,9 @@ TEST_F(SchemaTest, TablesAddRenameDeleteAndTheLastOneStays) {
   EXPECT_EQ(CheckTableName(book, "T", book.FindTable("T")), TableNameCheck::kOk);
   EXPECT_EQ(CheckTableName(book, "  "), TableNameCheck::kInvalid);
   EXPECT_EQ(CheckTableName(book, "a\\b"), TableNameCheck::kInvalid);
+  // The folder of the catalogues would hide a table of its name.
+  EXPECT_EQ(CheckTableName(book, "System "), TableNameCheck::kReserved);
+  EXPECT_EQ(CheckTableName(book, "systems"), TableNameCheck::kOk);
   ASSERT_TRUE(AddTable(book, "Second"));
   EXPECT_EQ(book.currentSheet, book.FindTable("Second"));
   ASSERT_TRUE(RenameTable(book, "Two"));
