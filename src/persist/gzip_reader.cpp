@@ -162,7 +162,8 @@ long GzipReader::Deliver(uint8_t* out, size_t room, const uint8_t** lent) {
       return static_cast<long>(n);
     }
     // While the head is not ready the caller inflates too: the head itself, straight into the
-    // caller's buffer when it fits, else the oldest member nobody has taken.
+    // caller's buffer when it fits and nothing can be lent, else the oldest member nobody has
+    // taken.
     Slot* taken = nullptr;
     for (uint64_t s = head_; s != tail_ && taken == nullptr; ++s) {
       if (At(s).state == SlotState::kQueued) taken = &At(s);
@@ -173,7 +174,7 @@ long GzipReader::Deliver(uint8_t* out, size_t room, const uint8_t** lent) {
     }
     taken->state = SlotState::kBusy;
     lock.unlock();
-    bool direct = taken == &head && room >= head.size;
+    bool direct = taken == &head && room >= head.size && lent == nullptr;
     bool inflated = InflateMember(taken->member.data(), taken->member.size(),
                                   direct ? out : taken->bytes.get(), taken->size, decompressor_);
     lock.lock();
