@@ -80,6 +80,7 @@ bool FileStream::OpenLayers(StreamMode mode, bool compress) {
   fileSize_ = 0;
   if (mode == StreamMode::kRead) platform::GetFileSize(path_, fileSize_);
   position_ = fill_ = 0;
+  data_ = buffer_.get();
   mark_ = SIZE_MAX;
   endOfFile_ = false;
   // Reading always goes through gzip, which passes a plain file through; this is how a
@@ -126,6 +127,7 @@ bool FileStream::Close() {
   if (KELPDEX_CLOSE(fd_) != 0) SetError(err::kFileClose);
   fd_ = -1;
   buffer_.reset();
+  data_ = nullptr;
   return ok();
 }
 
@@ -141,13 +143,18 @@ bool FileStream::Fill() {
   size_t keepFrom = mark_ != SIZE_MAX ? std::min(mark_, position_) : position_;
   size_t kept = fill_ - keepFrom;
   if (kept == capacity_) return false;  // a mark cannot hold more than the buffer
-  if (keepFrom > 0) std::memmove(buffer_.get(), buffer_.get() + keepFrom, kept);
+  // Kept bytes of a lent member are copied out before the next read takes the member back.
+  if (keepFrom > 0 || data_ != buffer_.get()) std::memmove(buffer_.get(), data_ + keepFrom, kept);
+  data_ = buffer_.get();
   if (mark_ != SIZE_MAX) mark_ -= keepFrom;
   position_ -= keepFrom;
   fill_ = kept;
   size_t room = capacity_ - fill_;
-  long got = gzipIn_ != nullptr ? gzipIn_->Read(buffer_.get() + fill_, room)
-                                : ReadRaw(fd_, buffer_.get() + fill_, room);
+  const uint8_t* lent = nullptr;
+  long got = gzipIn_ != nullptr
+                 ? gzipIn_->Read(buffer_.get() + fill_, room, kept == 0 ? &lent : nullptr)
+                 : ReadRaw(fd_, buffer_.get() + fill_, room);
+  if (lent != nullptr) data_ = lent;
   if (got < 0) {
     SetError(err::kFileRead);
     return false;
@@ -169,7 +176,7 @@ size_t FileStream::ReadSome(void* out, size_t size) {
   while (done < size) {
     if (position_ == fill_ && !Fill()) break;
     size_t n = std::min(size - done, fill_ - position_);
-    std::memcpy(to + done, buffer_.get() + position_, n);
+    std::memcpy(to + done, data_ + position_, n);
     position_ += n;
     done += n;
   }
@@ -205,6 +212,7 @@ bool FileStream::Rewind() {
   }
   if (gzipIn_ != nullptr) gzipIn_->Reset();
   position_ = fill_ = 0;
+  data_ = buffer_.get();
   mark_ = SIZE_MAX;
   endOfFile_ = false;
   return true;
@@ -212,7 +220,7 @@ bool FileStream::Rewind() {
 
 int FileStream::PeekSlow() {
   if (position_ == fill_ && !Fill()) return -1;
-  return buffer_[position_];
+  return data_[position_];
 }
 
 int FileStream::NextSlow() {

@@ -77,8 +77,8 @@ class FileStream {
 
   // Byte helpers of the XML scanner: one byte of look-ahead, and a mark to return to.
   // The byte helpers run once per byte of an XML file: their common case is inline.
-  int Peek() { return position_ < fill_ ? buffer_[position_] : PeekSlow(); }    // -1 at the end
-  int Next() { return position_ < fill_ ? buffer_[position_++] : NextSlow(); }  // -1 at the end
+  int Peek() { return position_ < fill_ ? data_[position_] : PeekSlow(); }    // -1 at the end
+  int Next() { return position_ < fill_ ? data_[position_++] : NextSlow(); }  // -1 at the end
   bool Skip(size_t count);
   // The bytes the buffer holds from the read position, refilling first when it holds none;
   // `size` 0 at the end of the file. Advance() consumes from it.
@@ -88,16 +88,16 @@ class FileStream {
       return nullptr;
     }
     size = fill_ - position_;
-    return buffer_.get() + position_;
+    return data_ + position_;
   }
   void Advance(size_t count) { position_ += count; }
   // The next `size` bytes in place when the buffer holds them all, else null.
   const uint8_t* Contiguous(size_t size) const {
-    return position_ + size <= fill_ ? buffer_.get() + position_ : nullptr;
+    return position_ + size <= fill_ ? data_ + position_ : nullptr;
   }
   // Whether the next `size` bytes are `text`, without consuming them.
   bool Matches(const char* text, size_t size) {
-    if (position_ + size <= fill_) return std::memcmp(buffer_.get() + position_, text, size) == 0;
+    if (position_ + size <= fill_) return std::memcmp(data_ + position_, text, size) == 0;
     return MatchesSlow(text, size);
   }
   bool AtEnd() { return Peek() < 0; }
@@ -135,6 +135,9 @@ class FileStream {
   bool gzipOpen_ = false;  // pieces handed to gzip since the last one that closed the bytes
   StreamMode mode_ = StreamMode::kRead;
   std::unique_ptr<uint8_t[]> buffer_;
+  // The bytes being read: the buffer, or a member the gzip layer inflated and lends until its
+  // next read, which saves copying every byte of a compressed file once more.
+  const uint8_t* data_ = nullptr;
   size_t capacity_ = 0;
   size_t position_ = 0;  // next byte to read, or bytes written so far
   size_t fill_ = 0;      // bytes in the buffer when reading

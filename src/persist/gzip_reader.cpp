@@ -18,8 +18,6 @@ namespace {
 
 // Holds a whole member of Kelpdex's with room to spare, so most members need no move.
 constexpr size_t kInputSize = size_t{1} << 20;
-// A chunk of inflated bytes holds at least one whole member of the usual size.
-constexpr size_t kChunkSize = size_t{1} << 20;
 
 bool IsOwnHeader(const uint8_t* p) {
   return p[0] == gzip::kId1 && p[1] == gzip::kId2 && p[2] == gzip::kDeflate &&
@@ -47,6 +45,9 @@ GzipReader::~GzipReader() {
 
 void GzipReader::Reset() {
   StopHelper();
+  for (Slot& slot : slots_) slot.state = SlotState::kFree;
+  head_ = tail_ = 0;
+  lending_ = false;
   reads_ = 0;
   helperTried_ = false;
   state_ = State::kStart;
@@ -84,97 +85,154 @@ bool GzipReader::Buffer(size_t count) {
   return true;
 }
 
-long GzipReader::Read(uint8_t* out, size_t room) {
-  if (room == 0) return 0;
-  // The first read, which detection often stops at, and plain files need no helper.
-  if (++reads_ > 1 && !helperTried_ && compressed_ && state_ != State::kFailed &&
-      state_ != State::kEnd) {
-    StartHelper();
+long GzipReader::Read(uint8_t* out, size_t room, const uint8_t** lent) {
+  if (lending_) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    At(head_).state = SlotState::kFree;
+    ++head_;
+    lending_ = false;
   }
-  return helperRunning_ ? ReadAhead(out, room) : Decode(out, room);
+  if (room == 0 || state_ == State::kFailed) return state_ == State::kFailed ? -1 : 0;
+  // The first read, which detection often stops at, and small files need no queue.
+  bool queued = ++reads_ > 1;
+  for (;;) {
+    if (queued && state_ == State::kMember) Queue();
+    if (head_ == tail_) return Decode(out, room);
+    // An empty member (a flush makes one) gives nothing, which is not the end.
+    long n = Deliver(out, room, lent);
+    if (n != 0) return n;
+  }
 }
 
-long GzipReader::ReadAhead(uint8_t* out, size_t room) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  if (helperDone_) return aheadFailed_ ? -1 : 0;
-  Chunk& chunk = chunks_[head_];
-  changed_.wait(lock, [&] { return chunk.filled; });
-  if (chunk.failed) {
-    helperDone_ = aheadFailed_ = true;
-    return -1;
-  }
-  size_t n = std::min(room, chunk.size - chunk.at);
-  std::memcpy(out, chunk.bytes.get() + chunk.at, n);
-  chunk.at += n;
-  if (chunk.at == chunk.size) {
-    helperDone_ = chunk.last;
-    chunk.filled = false;
-    head_ = (head_ + 1) % kChunks;
-    lock.unlock();
+void GzipReader::Queue() {
+  while (tail_ - head_ < kSlots) {
+    Slot& slot = At(tail_);  // free: only the caller touches it
+    if (!Buffer(gzip::kHeaderSize) || buffered() < gzip::kHeaderSize ||
+        !IsOwnHeader(in_.data() + position_)) {
+      return;
+    }
+    size_t size = 0;
+    size_t total = OwnMemberSize(size);
+    if (total == 0 || !Buffer(total) || buffered() < total) return;
+    if (OwnMemberSize(size) == 0) return;
+    if (slot.capacity < size || slot.bytes == nullptr) {
+      slot.bytes.reset(new (std::nothrow) uint8_t[std::max<size_t>(size, 1)]);
+      slot.capacity = slot.bytes != nullptr ? size : 0;
+      if (slot.bytes == nullptr) return;
+    }
+    ended_ = (in_[position_ + gzip::kMemberFlagsAt] & gzip::kLastMember) != 0;
+    slot.member.assign(in_.data() + position_, in_.data() + position_ + total);
+    position_ += total;
+    slot.size = size;
+    slot.at = 0;
+    slot.failed = false;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      slot.state = SlotState::kQueued;
+      ++tail_;
+    }
     changed_.notify_all();
+    if (!helperTried_) StartHelper();
   }
-  return static_cast<long>(n);
+}
+
+long GzipReader::Deliver(uint8_t* out, size_t room, const uint8_t** lent) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  for (;;) {
+    Slot& head = At(head_);
+    if (head.state == SlotState::kDone) {
+      if (head.failed) {
+        lock.unlock();
+        return Fail();
+      }
+      // A finished slot is the caller's alone until it is freed.
+      if (lent != nullptr && head.at == 0 && head.size > 0 && head.size <= room) {
+        *lent = head.bytes.get();
+        head.at = head.size;
+        lending_ = true;
+        return static_cast<long>(head.size);
+      }
+      size_t n = std::min(room, head.size - head.at);
+      std::memcpy(out, head.bytes.get() + head.at, n);
+      head.at += n;
+      if (head.at == head.size) {
+        head.state = SlotState::kFree;
+        ++head_;
+      }
+      return static_cast<long>(n);
+    }
+    // While the head is not ready the caller inflates too: the head itself, straight into the
+    // caller's buffer when it fits and nothing can be lent, else the oldest member nobody has
+    // taken.
+    Slot* taken = nullptr;
+    for (uint64_t s = head_; s != tail_ && taken == nullptr; ++s) {
+      if (At(s).state == SlotState::kQueued) taken = &At(s);
+    }
+    if (taken == nullptr) {
+      changed_.wait(lock, [&] { return head.state == SlotState::kDone; });
+      continue;
+    }
+    taken->state = SlotState::kBusy;
+    lock.unlock();
+    bool direct = taken == &head && room >= head.size && lent == nullptr;
+    bool inflated = InflateMember(taken->member.data(), taken->member.size(),
+                                  direct ? out : taken->bytes.get(), taken->size, decompressor_);
+    lock.lock();
+    taken->failed = !inflated;
+    taken->state = SlotState::kDone;
+    if (direct && inflated) {
+      head.state = SlotState::kFree;
+      ++head_;
+      return static_cast<long>(head.size);
+    }
+  }
 }
 
 void GzipReader::StartHelper() {
   helperTried_ = true;
+  // On one core a helper would only take turns with the caller.
   if (std::thread::hardware_concurrency() < 2) return;
-  for (Chunk& chunk : chunks_) {
-    if (chunk.bytes == nullptr) chunk.bytes.reset(new (std::nothrow) uint8_t[kChunkSize]);
-    if (chunk.bytes == nullptr) return;
-    chunk.filled = false;
-  }
-  head_ = 0;
   stop_ = false;
-  helperDone_ = aheadFailed_ = false;
   try {
     helper_ = std::thread(&GzipReader::RunHelper, this);
-    helperRunning_ = true;
   } catch (const std::system_error&) {
-    // No thread to be had: the caller inflates as it reads.
+    // No thread to be had: the caller inflates every member itself.
   }
 }
 
 void GzipReader::StopHelper() {
-  if (!helperRunning_) return;
+  if (!helper_.joinable()) return;
   {
     std::lock_guard<std::mutex> lock(mutex_);
     stop_ = true;
   }
   changed_.notify_all();
   helper_.join();
-  helperRunning_ = false;
 }
 
 void GzipReader::RunHelper() {
-  size_t next = 0;
-  for (;;) {
-    Chunk& chunk = chunks_[next];
-    {
-      std::unique_lock<std::mutex> lock(mutex_);
-      changed_.wait(lock, [&] { return stop_ || !chunk.filled; });
-      if (stop_) return;
+  libdeflate_decompressor* decompressor = nullptr;
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (!stop_) {
+    Slot* taken = nullptr;
+    for (uint64_t s = head_; s != tail_ && taken == nullptr; ++s) {
+      if (At(s).state == SlotState::kQueued) taken = &At(s);
     }
-    // The chunk is the helper's until it is marked filled.
-    size_t size = 0;
-    long n = 0;
-    while (size < kChunkSize / 2) {
-      n = Decode(chunk.bytes.get() + size, kChunkSize - size);
-      if (n <= 0) break;
-      size += static_cast<size_t>(n);
+    if (taken == nullptr) {
+      changed_.wait(lock);
+      continue;
     }
-    {
-      std::lock_guard<std::mutex> lock(mutex_);
-      chunk.size = size;
-      chunk.at = 0;
-      chunk.failed = n < 0;
-      chunk.last = n <= 0;
-      chunk.filled = true;
-    }
+    taken->state = SlotState::kBusy;
+    lock.unlock();
+    bool inflated = InflateMember(taken->member.data(), taken->member.size(), taken->bytes.get(),
+                                  taken->size, decompressor);
+    lock.lock();
+    taken->failed = !inflated;
+    taken->state = SlotState::kDone;
     changed_.notify_all();
-    if (n <= 0) return;
-    next = (next + 1) % kChunks;
   }
+  lock.unlock();
+  libdeflate_free_decompressor(decompressor);
 }
 
 long GzipReader::Decode(uint8_t* out, size_t room) {
@@ -245,35 +303,45 @@ long GzipReader::Decode(uint8_t* out, size_t room) {
   }
 }
 
-long GzipReader::ReadOwnMember(uint8_t* out, size_t room) {
+size_t GzipReader::OwnMemberSize(size_t& size) const {
   static const size_t kMaxMember = gzip::kHeaderSize +
                                    libdeflate_deflate_compress_bound(nullptr, gzip::kMaxPiece) +
                                    gzip::kTrailerSize;
-  const uint8_t* header = in_.data() + position_;
-  size_t total = gzip::GetU32(header + gzip::kSizeAt);
-  bool last = (header[gzip::kMemberFlagsAt] & gzip::kLastMember) != 0;
-  if (total < gzip::kHeaderSize + 2 + gzip::kTrailerSize || total > kMaxMember) return Fail();
-  if (!Buffer(total) || buffered() < total) return Fail();
-  const uint8_t* member = in_.data() + position_;
+  size_t total = gzip::GetU32(in_.data() + position_ + gzip::kSizeAt);
+  if (total < gzip::kHeaderSize + 2 + gzip::kTrailerSize || total > kMaxMember) return 0;
+  // The trailer's size is read once the whole member is buffered.
+  if (buffered() < total) return total;
+  size = gzip::GetU32(in_.data() + position_ + total - 4);
+  return size > gzip::kMaxPiece ? 0 : total;
+}
+
+bool GzipReader::InflateMember(const uint8_t* member, size_t total, uint8_t* to, size_t size,
+                               libdeflate_decompressor*& decompressor) {
+  if (decompressor == nullptr) decompressor = libdeflate_alloc_decompressor();
+  if (decompressor == nullptr) return false;
   uint32_t crc = gzip::GetU32(member + total - gzip::kTrailerSize);
-  size_t size = gzip::GetU32(member + total - 4);
-  if (size > gzip::kMaxPiece) return Fail();
+  size_t body = total - gzip::kHeaderSize - gzip::kTrailerSize;
+  size_t used = 0;
+  size_t made = 0;
+  return libdeflate_deflate_decompress_ex(decompressor, member + gzip::kHeaderSize, body, to, size,
+                                          &used, &made) == LIBDEFLATE_SUCCESS &&
+         used == body && made == size && libdeflate_crc32(0, to, size) == crc;
+}
+
+long GzipReader::ReadOwnMember(uint8_t* out, size_t room) {
+  size_t size = 0;
+  size_t total = OwnMemberSize(size);
+  if (total == 0 || !Buffer(total) || buffered() < total) return Fail();
+  total = OwnMemberSize(size);
+  if (total == 0) return Fail();
+  bool last = (in_[position_ + gzip::kMemberFlagsAt] & gzip::kLastMember) != 0;
   // Straight into the caller's buffer when it has the room, else through the staging buffer.
   uint8_t* to = out;
   if (size > room) {
     if (staged_.size() < size) staged_.resize(size);
     to = staged_.data();
   }
-  if (decompressor_ == nullptr) decompressor_ = libdeflate_alloc_decompressor();
-  if (decompressor_ == nullptr) return Fail();
-  size_t body = total - gzip::kHeaderSize - gzip::kTrailerSize;
-  size_t used = 0;
-  size_t made = 0;
-  if (libdeflate_deflate_decompress_ex(decompressor_, member + gzip::kHeaderSize, body, to, size,
-                                       &used, &made) != LIBDEFLATE_SUCCESS ||
-      used != body || made != size || libdeflate_crc32(0, to, size) != crc) {
-    return Fail();
-  }
+  if (!InflateMember(in_.data() + position_, total, to, size, decompressor_)) return Fail();
   position_ += total;
   ended_ = last;
   if (to == out) {

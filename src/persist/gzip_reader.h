@@ -1,7 +1,8 @@
 // gzip input that also passes a plain file through. Members Kelpdex wrote are taken whole and
-// inflated by libdeflate; members of other writers (gzip, Python, zlib, older Kelpdex files)
-// stream through zlib. From the second read on, a helper thread inflates ahead while the caller
-// parses. A cut or damaged stream is always an error, never a short read.
+// inflated by libdeflate, from the second read on two at a time: the caller queues each member
+// in order, a helper thread and the caller inflate them, and the caller hands out their bytes in
+// order. Members of other writers (gzip, Python, zlib, older Kelpdex files) stream through zlib
+// on the caller's thread. A cut or damaged stream is always an error, never a short read.
 #pragma once
 
 #include <atomic>
@@ -26,8 +27,10 @@ class GzipReader {
   GzipReader& operator=(const GzipReader&) = delete;
 
   // Up to `room` bytes of the file's content: 0 at its end, -1 when the file cannot be read or
-  // its gzip stream is damaged or cut short.
-  long Read(uint8_t* out, size_t room);
+  // its gzip stream is damaged or cut short. Given `lent`, a whole inflated member that fits in
+  // `room` may be lent instead of copied: `*lent` then points at the bytes, valid until the next
+  // call.
+  long Read(uint8_t* out, size_t room, const uint8_t** lent = nullptr);
   // Starts over; the caller has put the descriptor back to the start of the file.
   void Reset();
   // After the first read: whether the file is gzip rather than plain.
@@ -36,20 +39,35 @@ class GzipReader {
   uint64_t consumed() const { return consumed_.load(std::memory_order_relaxed); }
 
  private:
-  // A buffer of inflated bytes made ahead by the helper.
-  struct Chunk {
+  // One member of Kelpdex's, whole, from the queue through inflation to the caller.
+  enum class SlotState : uint8_t { kFree, kQueued, kBusy, kDone };
+  struct Slot {
+    std::vector<uint8_t> member;  // header to trailer
     std::unique_ptr<uint8_t[]> bytes;
-    size_t size = 0;
-    size_t at = 0;
-    bool filled = false;
-    bool last = false;    // the stream ends after it
-    bool failed = false;  // the stream is damaged; its bytes are not handed out
+    size_t capacity = 0;
+    size_t size = 0;  // the inflated size the trailer gives
+    size_t at = 0;    // bytes handed out
+    bool failed = false;
+    SlotState state = SlotState::kFree;
   };
-  static constexpr size_t kChunks = 3;
+  // The helper and the caller each inflate one member while the next two wait, so that neither
+  // runs dry while the other's member is handed out.
+  static constexpr uint64_t kSlots = 4;
 
-  // The inflating itself, on one thread at a time: as Read.
+  Slot& At(uint64_t sequence) { return slots_[sequence % kSlots]; }
+  // The inflating in file order, on the caller's thread: as Read.
   long Decode(uint8_t* out, size_t room);
-  long ReadAhead(uint8_t* out, size_t room);
+  // Queues the members of Kelpdex's that follow, whole and checked, while slots are free; leaves
+  // anything else (another writer's member, a cut, the end) to Decode.
+  void Queue();
+  long Deliver(uint8_t* out, size_t room, const uint8_t** lent);
+  // The whole size of the member of Kelpdex's whose header is buffered at the read position, and
+  // the size of its bytes; 0 when the header claims sizes no member of ours has.
+  size_t OwnMemberSize(size_t& size) const;
+  // Inflates a member of `total` bytes into `to`, which holds its `size` bytes; false when the
+  // member is damaged.
+  static bool InflateMember(const uint8_t* member, size_t total, uint8_t* to, size_t size,
+                            libdeflate_decompressor*& decompressor);
   void StartHelper();
   void StopHelper();
   void RunHelper();
@@ -81,12 +99,11 @@ class GzipReader {
   std::unique_ptr<Inflater> inflater_;
 
   int reads_ = 0;
-  Chunk chunks_[kChunks];
-  size_t head_ = 0;  // the chunk the caller reads next; the helper fills in the same order
+  Slot slots_[kSlots];
+  uint64_t head_ = 0;     // the oldest member not yet handed out
+  uint64_t tail_ = 0;     // the next member to queue
+  bool lending_ = false;  // the head member's bytes are lent to the caller
   bool helperTried_ = false;
-  bool helperRunning_ = false;
-  bool aheadFailed_ = false;
-  bool helperDone_ = false;  // the caller has seen the chunk that ends the stream
   bool stop_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;

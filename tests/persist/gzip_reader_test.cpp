@@ -77,6 +77,9 @@ TEST_F(GzipReaderTest, ACutOrDamagedStreamIsAReadErrorNeverAShortRead) {
   struct Case {
     const char* what;
     std::string bytes;
+    // Every member is sound and only what follows them is not: their bytes may be handed out
+    // before the error. Otherwise no damaged member's bytes may be.
+    bool soundMembers = false;
   };
   auto flip = [](std::string s, size_t at) {
     s[at] = static_cast<char>(s[at] ^ 0x5a);
@@ -93,7 +96,7 @@ TEST_F(GzipReaderTest, ACutOrDamagedStreamIsAReadErrorNeverAShortRead) {
       {"own, CRC damaged", flip(own, starts[2] - 8)},
       {"own, length damaged", flip(own, starts[2] - 2)},
       {"own, a member's size damaged", flip(own, starts[1] + gzip::kSizeAt)},
-      {"own, bytes after the end", own + "junk"},
+      {"own, bytes after the end", own + "junk", true},
       {"foreign, inside the name", foreign.substr(0, 12)},
       {"foreign, inside the data", foreign.substr(0, foreign.size() / 2)},
       {"foreign, inside the trailer", foreign.substr(0, foreign.size() - 5)},
@@ -108,7 +111,11 @@ TEST_F(GzipReaderTest, ACutOrDamagedStreamIsAReadErrorNeverAShortRead) {
       ErrorCode error;
       std::string back = ReadThroughStream(cut, error, buffer);
       EXPECT_EQ(error, err::kFileRead);
-      EXPECT_LT(back.size(), data.size());
+      if (c.soundMembers) {
+        EXPECT_EQ(back, data.substr(0, back.size()));
+      } else {
+        EXPECT_LT(back.size(), data.size());
+      }
     }
   }
   // Uncut, both read whole.
