@@ -16,11 +16,7 @@ namespace {
 
 class KpxCutSweep : public ::testing::Test {
  protected:
-  Result Kpx(const std::vector<std::string>& words) {
-    std::vector<const char*> raw;
-    for (const std::string& w : words) raw.push_back(w.c_str());
-    return RunKpx(raw);
-  }
+  Result Kpx(const std::vector<std::string>& words) { return RunKpxStrings(words); }
 
   void SetUp() override {
     source = dir.Path("source.kpx");

@@ -15,11 +15,7 @@ namespace {
 
 class KpxDocuments : public ::testing::Test {
  protected:
-  Result Kpx(const std::vector<std::string>& words) {
-    std::vector<const char*> raw;
-    for (const std::string& w : words) raw.push_back(w.c_str());
-    return RunKpx(raw);
-  }
+  Result Kpx(const std::vector<std::string>& words) { return RunKpxStrings(words); }
   // A small database with a default value, a calculated field and two typed records.
   std::string People() {
     std::string path = dir.Path("people.kpx");

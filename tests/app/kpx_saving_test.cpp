@@ -16,11 +16,7 @@ namespace {
 
 class KpxSaving : public ::testing::Test {
  protected:
-  Result Kpx(const std::vector<std::string>& words) {
-    std::vector<const char*> raw;
-    for (const std::string& w : words) raw.push_back(w.c_str());
-    return RunKpx(raw);
-  }
+  Result Kpx(const std::vector<std::string>& words) { return RunKpxStrings(words); }
   std::string Stock() {
     std::string path = dir.Path("stock.kpx");
     EXPECT_EQ(Kpx({"new", path, "--table", "Stock", "--field", "Name:Text"}).status, 0);

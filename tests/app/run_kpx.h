@@ -37,4 +37,11 @@ inline Result RunKpx(std::vector<const char*> words) {
   return r;
 }
 
+// The same for words the test put together as strings.
+inline Result RunKpxStrings(const std::vector<std::string>& words) {
+  std::vector<const char*> raw;
+  for (const std::string& w : words) raw.push_back(w.c_str());
+  return RunKpx(raw);
+}
+
 }  // namespace kelpdex::kpx
