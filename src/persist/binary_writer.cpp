@@ -206,7 +206,7 @@ bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* c
 }
 
 bool WriteBinaryDocument(FileStream& stream, const Workbook& book) {
-  stream.SetGzipLevel(FileStream::kGzipLevelRecords);
+  stream.SetGzipContent(DeflateFor::kRecords);
   stream.Write("30000000000", kBinaryHeaderSize);
   WriteBinaryStream(stream, book, nullptr, false);
   return stream.Flush();

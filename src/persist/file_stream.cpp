@@ -87,7 +87,7 @@ bool FileStream::OpenLayers(StreamMode mode, bool compress) {
   // compressed file is told from a plain one without guessing.
   if (compress && mode == StreamMode::kRead) gzipIn_ = std::make_unique<GzipReader>(fd_);
   if (compress && mode == StreamMode::kWrite) {
-    gzipOut_ = std::make_unique<GzipWriter>(fd_, gzipLevel_);
+    gzipOut_ = std::make_unique<GzipWriter>(fd_, gzipContent_);
     gzipOpen_ = false;
   }
   return true;
@@ -99,9 +99,9 @@ void FileStream::CloseLayers() {
   gzipIn_.reset();
 }
 
-void FileStream::SetGzipLevel(int level) {
-  gzipLevel_ = level;
-  if (gzipOut_ != nullptr) gzipOut_->SetLevel(level);
+void FileStream::SetGzipContent(DeflateFor content) {
+  gzipContent_ = content;
+  if (gzipOut_ != nullptr) gzipOut_->SetUse(content);
 }
 
 bool FileStream::Reopen(StreamMode mode, bool compress) {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "core/error_code.h"
+#include "persist/deflater.h"
 #include "persist/stream_cipher.h"
 
 namespace kelpdex {
@@ -29,11 +30,6 @@ class FileStream {
   static constexpr size_t kBufferSize = 524228;
   // Cipher work goes in pieces of this size through a stack buffer.
   static constexpr size_t kCipherPiece = 2048;
-  // gzip levels on libdeflate's scale. Text needs the deeper search to come out within a few
-  // percent of what gzip -6 makes of it; packed records come out smaller than gzip -6 even at
-  // the fastest level, which is four times quicker than the default.
-  static constexpr int kGzipLevelText = 5;
-  static constexpr int kGzipLevelRecords = 1;
 
   FileStream();
   ~FileStream();
@@ -52,8 +48,9 @@ class FileStream {
   // Writes what is buffered, finishes gzip and closes. False with 62 (65 for the last write).
   bool Close();
   bool isOpen() const { return fd_ >= 0; }
-  // For writing with gzip, before the first byte: kGzipLevelText unless told otherwise.
-  void SetGzipLevel(int level);
+  // For writing with gzip, before the first byte: what the bytes are, which picks the
+  // compressor; text unless told otherwise.
+  void SetGzipContent(DeflateFor content);
   const std::string& path() const { return path_; }
 
   // The first error since the open; later reads and writes do nothing.
@@ -129,7 +126,7 @@ class FileStream {
   uint64_t moved_ = 0;
   uint64_t fileSize_ = 0;
   int fd_ = -1;
-  int gzipLevel_ = kGzipLevelText;
+  DeflateFor gzipContent_ = DeflateFor::kText;
   std::unique_ptr<GzipReader> gzipIn_;
   std::unique_ptr<GzipWriter> gzipOut_;
   bool gzipOpen_ = false;  // pieces handed to gzip since the last one that closed the bytes

@@ -7,8 +7,8 @@
 #include <climits>
 #include <cstring>
 #include <new>
-#include <system_error>
 
+#include "persist/deflater.h"
 #include "persist/gzip_member.h"
 #include "persist/raw_file.h"
 
@@ -36,20 +36,24 @@ struct GzipReader::Inflater {
   }
 };
 
-GzipReader::GzipReader(int fd) : fd_(fd) {}
+GzipReader::GzipReader(int fd)
+    : fd_(fd), work_(kSlots, [this](uint64_t sequence, int worker) {
+        Slot& slot = At(sequence);
+        slot.failed = !InflateMember(slot.member.data(), slot.member.size(), slot.bytes.get(),
+                                     slot.size, decompressors_[worker]);
+      }) {}
 
 GzipReader::~GzipReader() {
-  StopHelper();
-  libdeflate_free_decompressor(decompressor_);
+  work_.Reset();
+  for (libdeflate_decompressor* decompressor : decompressors_) {
+    libdeflate_free_decompressor(decompressor);
+  }
 }
 
 void GzipReader::Reset() {
-  StopHelper();
-  for (Slot& slot : slots_) slot.state = SlotState::kFree;
-  head_ = tail_ = 0;
+  work_.Reset();
   lending_ = false;
   reads_ = 0;
-  helperTried_ = false;
   state_ = State::kStart;
   compressed_ = false;
   ended_ = true;
@@ -87,9 +91,7 @@ bool GzipReader::Buffer(size_t count) {
 
 long GzipReader::Read(uint8_t* out, size_t room, const uint8_t** lent) {
   if (lending_) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    At(head_).state = SlotState::kFree;
-    ++head_;
+    work_.Pop();
     lending_ = false;
   }
   if (room == 0 || state_ == State::kFailed) return state_ == State::kFailed ? -1 : 0;
@@ -97,7 +99,7 @@ long GzipReader::Read(uint8_t* out, size_t room, const uint8_t** lent) {
   bool queued = ++reads_ > 1;
   for (;;) {
     if (queued && state_ == State::kMember) Queue();
-    if (head_ == tail_) return Decode(out, room);
+    if (work_.empty()) return Decode(out, room);
     // An empty member (a flush makes one) gives nothing, which is not the end.
     long n = Deliver(out, room, lent);
     if (n != 0) return n;
@@ -105,8 +107,8 @@ long GzipReader::Read(uint8_t* out, size_t room, const uint8_t** lent) {
 }
 
 void GzipReader::Queue() {
-  while (tail_ - head_ < kSlots) {
-    Slot& slot = At(tail_);  // free: only the caller touches it
+  while (!work_.full()) {
+    Slot& slot = At(work_.tail());  // free: only the caller touches it
     if (!Buffer(gzip::kHeaderSize) || buffered() < gzip::kHeaderSize ||
         !IsOwnHeader(in_.data() + position_)) {
       return;
@@ -126,26 +128,16 @@ void GzipReader::Queue() {
     slot.size = size;
     slot.at = 0;
     slot.failed = false;
-    {
-      std::lock_guard<std::mutex> lock(mutex_);
-      slot.state = SlotState::kQueued;
-      ++tail_;
-    }
-    changed_.notify_all();
-    if (!helperTried_) StartHelper();
+    work_.Push();
   }
 }
 
 long GzipReader::Deliver(uint8_t* out, size_t room, const uint8_t** lent) {
-  std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
-    Slot& head = At(head_);
-    if (head.state == SlotState::kDone) {
-      if (head.failed) {
-        lock.unlock();
-        return Fail();
-      }
-      // A finished slot is the caller's alone until it is freed.
+    if (work_.HeadDone()) {
+      // A finished member is the caller's alone until it is freed.
+      Slot& head = At(work_.head());
+      if (head.failed) return Fail();
       if (lent != nullptr && head.at == 0 && head.size > 0 && head.size <= room) {
         *lent = head.bytes.get();
         head.at = head.size;
@@ -155,84 +147,27 @@ long GzipReader::Deliver(uint8_t* out, size_t room, const uint8_t** lent) {
       size_t n = std::min(room, head.size - head.at);
       std::memcpy(out, head.bytes.get() + head.at, n);
       head.at += n;
-      if (head.at == head.size) {
-        head.state = SlotState::kFree;
-        ++head_;
-      }
+      if (head.at == head.size) work_.Pop();
       return static_cast<long>(n);
     }
     // While the head is not ready the caller inflates too: the head itself, straight into the
     // caller's buffer when it fits and nothing can be lent, else the oldest member nobody has
     // taken.
-    Slot* taken = nullptr;
-    for (uint64_t s = head_; s != tail_ && taken == nullptr; ++s) {
-      if (At(s).state == SlotState::kQueued) taken = &At(s);
-    }
-    if (taken == nullptr) {
-      changed_.wait(lock, [&] { return head.state == SlotState::kDone; });
+    uint64_t sequence;
+    if (!work_.Claim(sequence)) {
+      work_.AwaitHead();
       continue;
     }
-    taken->state = SlotState::kBusy;
-    lock.unlock();
-    bool direct = taken == &head && room >= head.size && lent == nullptr;
-    bool inflated = InflateMember(taken->member.data(), taken->member.size(),
-                                  direct ? out : taken->bytes.get(), taken->size, decompressor_);
-    lock.lock();
-    taken->failed = !inflated;
-    taken->state = SlotState::kDone;
-    if (direct && inflated) {
-      head.state = SlotState::kFree;
-      ++head_;
-      return static_cast<long>(head.size);
+    Slot& taken = At(sequence);
+    bool direct = sequence == work_.head() && room >= taken.size && lent == nullptr;
+    taken.failed = !InflateMember(taken.member.data(), taken.member.size(),
+                                  direct ? out : taken.bytes.get(), taken.size, decompressors_[0]);
+    work_.Done(sequence);
+    if (direct && !taken.failed) {
+      work_.Pop();
+      return static_cast<long>(taken.size);
     }
   }
-}
-
-void GzipReader::StartHelper() {
-  helperTried_ = true;
-  // On one core a helper would only take turns with the caller.
-  if (std::thread::hardware_concurrency() < 2) return;
-  stop_ = false;
-  try {
-    helper_ = std::thread(&GzipReader::RunHelper, this);
-  } catch (const std::system_error&) {
-    // No thread to be had: the caller inflates every member itself.
-  }
-}
-
-void GzipReader::StopHelper() {
-  if (!helper_.joinable()) return;
-  {
-    std::lock_guard<std::mutex> lock(mutex_);
-    stop_ = true;
-  }
-  changed_.notify_all();
-  helper_.join();
-}
-
-void GzipReader::RunHelper() {
-  libdeflate_decompressor* decompressor = nullptr;
-  std::unique_lock<std::mutex> lock(mutex_);
-  while (!stop_) {
-    Slot* taken = nullptr;
-    for (uint64_t s = head_; s != tail_ && taken == nullptr; ++s) {
-      if (At(s).state == SlotState::kQueued) taken = &At(s);
-    }
-    if (taken == nullptr) {
-      changed_.wait(lock);
-      continue;
-    }
-    taken->state = SlotState::kBusy;
-    lock.unlock();
-    bool inflated = InflateMember(taken->member.data(), taken->member.size(), taken->bytes.get(),
-                                  taken->size, decompressor);
-    lock.lock();
-    taken->failed = !inflated;
-    taken->state = SlotState::kDone;
-    changed_.notify_all();
-  }
-  lock.unlock();
-  libdeflate_free_decompressor(decompressor);
 }
 
 long GzipReader::Decode(uint8_t* out, size_t room) {
@@ -304,9 +239,8 @@ long GzipReader::Decode(uint8_t* out, size_t room) {
 }
 
 size_t GzipReader::OwnMemberSize(size_t& size) const {
-  static const size_t kMaxMember = gzip::kHeaderSize +
-                                   libdeflate_deflate_compress_bound(nullptr, gzip::kMaxPiece) +
-                                   gzip::kTrailerSize;
+  static const size_t kMaxMember =
+      gzip::kHeaderSize + Deflater::Bound(gzip::kMaxPiece) + gzip::kTrailerSize;
   size_t total = gzip::GetU32(in_.data() + position_ + gzip::kSizeAt);
   if (total < gzip::kHeaderSize + 2 + gzip::kTrailerSize || total > kMaxMember) return 0;
   // The trailer's size is read once the whole member is buffered.
@@ -341,7 +275,7 @@ long GzipReader::ReadOwnMember(uint8_t* out, size_t room) {
     if (staged_.size() < size) staged_.resize(size);
     to = staged_.data();
   }
-  if (!InflateMember(in_.data() + position_, total, to, size, decompressor_)) return Fail();
+  if (!InflateMember(in_.data() + position_, total, to, size, decompressors_[0])) return Fail();
   position_ += total;
   ended_ = last;
   if (to == out) {

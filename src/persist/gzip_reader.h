@@ -6,13 +6,12 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <thread>
 #include <vector>
+
+#include "persist/ordered_work.h"
 
 struct libdeflate_decompressor;
 
@@ -40,7 +39,6 @@ class GzipReader {
 
  private:
   // One member of Kelpdex's, whole, from the queue through inflation to the caller.
-  enum class SlotState : uint8_t { kFree, kQueued, kBusy, kDone };
   struct Slot {
     std::vector<uint8_t> member;  // header to trailer
     std::unique_ptr<uint8_t[]> bytes;
@@ -48,7 +46,6 @@ class GzipReader {
     size_t size = 0;  // the inflated size the trailer gives
     size_t at = 0;    // bytes handed out
     bool failed = false;
-    SlotState state = SlotState::kFree;
   };
   // The helper and the caller each inflate one member while the next two wait, so that neither
   // runs dry while the other's member is handed out.
@@ -68,9 +65,6 @@ class GzipReader {
   // member is damaged.
   static bool InflateMember(const uint8_t* member, size_t total, uint8_t* to, size_t size,
                             libdeflate_decompressor*& decompressor);
-  void StartHelper();
-  void StopHelper();
-  void RunHelper();
 
   enum class State : uint8_t { kStart, kPlain, kMember, kStaged, kForeign, kEnd, kFailed };
 
@@ -94,20 +88,15 @@ class GzipReader {
   std::vector<uint8_t> staged_;
   size_t stagedAt_ = 0;
   size_t stagedEnd_ = 0;
-  libdeflate_decompressor* decompressor_ = nullptr;
+  libdeflate_decompressor* decompressors_[2] = {};  // the caller's and the helper's
   struct Inflater;
   std::unique_ptr<Inflater> inflater_;
 
   int reads_ = 0;
   Slot slots_[kSlots];
-  uint64_t head_ = 0;     // the oldest member not yet handed out
-  uint64_t tail_ = 0;     // the next member to queue
   bool lending_ = false;  // the head member's bytes are lent to the caller
-  bool helperTried_ = false;
-  bool stop_ = false;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::thread helper_;
+  // Last, so that its helper stops before the slots it works on go.
+  OrderedWork work_;
 };
 
 }  // namespace kelpdex

@@ -45,7 +45,7 @@ TEST_F(GzipWriterTest, ManyMembersOnTwoThreadsComeOutInOrderForAnyReader) {
   FileStream out;
   std::string path = dir.Path("fast.gz");
   ASSERT_TRUE(out.Open(path, StreamMode::kWrite, true));
-  out.SetGzipLevel(FileStream::kGzipLevelRecords);
+  out.SetGzipContent(DeflateFor::kRecords);
   ASSERT_TRUE(out.Write(data.data(), data.size()));
   ASSERT_TRUE(out.Close());
   EXPECT_EQ(GzRead(path), data);
