@@ -51,6 +51,9 @@ class UndoRecorder {
   // Kind 11, deletion: on true the recorder owns both sheets, which are detached next.
   virtual bool RecordTableDeleted(const UndoContext& context, std::string_view name,
                                   Worksheet* catalogue, Worksheet* data) = 0;
+  // Kind 12: the table definition (every catalogue row, the key in force) and the record set,
+  // before filters, keys or the sort change.
+  virtual bool RecordFieldList(const UndoContext& context) = 0;
 };
 
 }  // namespace kelpdex

@@ -1,0 +1,136 @@
+#include "search/run_filters.h"
+
+#include "format/format_number.h"
+#include "formula/formula_engine.h"
+#include "functions/function_table.h"
+#include "search/filter_text.h"
+#include "store/cell_record.h"
+#include "store/field_row.h"
+#include "table/table_state.h"
+
+namespace kelpdex {
+
+namespace {
+
+std::string FilterOf(const FilterOptions& options, uint16_t field, const FieldSpec& spec) {
+  if (options.filters == nullptr) return spec.firstKeyExpression;
+  return field < options.filters->size() ? (*options.filters)[field] : std::string();
+}
+
+// The rules by which a filter's result keeps a record: a number other than 0, a text other than
+// the empty one. Errors, arrays and failures drop it.
+bool Keeps(FormulaEngine& engine, uint16_t resultClass) {
+  const FormulaValue& result = engine.Result();
+  if (resultClass == kind::kString) return !engine.ResultText().empty();
+  if (resultClass == kind::kNumber) {
+    return result.kind == kind::kNumber && result.errorCode == 0 && result.number != 0;
+  }
+  return false;
+}
+
+// Evaluates one field's filter for every row still in the set and keeps, in order, those that
+// pass.
+uint32_t FilterRows(FormulaEngine& engine, std::string_view formula, uint16_t field, uint32_t* rows,
+                    uint32_t count) {
+  uint32_t kept = 0;
+  engine.StartPass();
+  for (uint32_t i = 0; i < count; ++i) {
+    if (Keeps(engine, engine.EvaluateFormula(formula, field, rows[i]))) rows[kept++] = rows[i];
+  }
+  engine.EndPass();
+  return kept;
+}
+
+uint32_t ObjectNumber(Worksheet& data, uint32_t row, uint16_t field, CellCursor& cursor) {
+  CellRecord* r = data.cells.GetCell(row, field, &cursor);
+  if (r == nullptr || !cell::IsNumber(r)) return 0;
+  double n = cell::Number(r);
+  return n >= 1 && n <= 4294967295.0 ? static_cast<uint32_t>(n) : 0;
+}
+
+uint32_t MatchRows(const TableSpec& table, const FilterOptions& options, FieldType type,
+                   uint16_t field, std::string_view needle, uint32_t* rows, uint32_t count) {
+  if (options.matcher == nullptr) return 0;
+  uint32_t kept = 0;
+  CellCursor cursor;
+  for (uint32_t i = 0; i < count; ++i) {
+    LongTextRecord record{type, rows[i], field, ObjectNumber(*table.data, rows[i], field, cursor)};
+    ErrorCode error = err::kNone;
+    // A record the matcher could not read is dropped, as one that does not match.
+    if (options.matcher->Matches(record, needle, options.matchWholeWord, options.matchCase,
+                                 error)) {
+      rows[kept++] = rows[i];
+    }
+  }
+  return kept;
+}
+
+}  // namespace
+
+bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions& options,
+                uint32_t& found) {
+  if (!records.Allocate()) {
+    table.workbook->errorCode = err::kOutOfMemory;
+    return false;
+  }
+  uint32_t rowCount = table.data->UsedRows();
+  if (rowCount > RecordSet::kEntries) rowCount = RecordSet::kEntries;
+  uint32_t* rows = records.rows();
+  for (uint32_t i = 0; i < rowCount; ++i) rows[i] = i;
+  uint32_t count = rowCount;
+  // Lookups of the passes go straight to their row; a run that finds no memory for the index
+  // only searches longer.
+  if (rowCount > 0) table.data->cells.BuildRowIndex(0, rowCount - 1);
+
+  uint16_t fieldCount = FieldCount(table);
+  std::vector<FieldSpec> specs(fieldCount);
+  for (uint16_t f = 0; f < fieldCount; ++f) ReadField(table, f, specs[f]);
+  std::vector<FieldDefault> defaults = BuildFieldDefaults(table);
+  std::vector<FormulaField> descriptors = FormulaFields(defaults);
+  FormulaEngine engine(table.workbook, table.data, &BuiltinFunctions());
+  engine.SetFields(descriptors.data(), static_cast<uint16_t>(descriptors.size()));
+
+  char formula[kFilterFormulaRoom];
+  for (uint16_t f = 0; f < fieldCount && count > 0; ++f) {
+    if (!HoldsCellValues(specs[f].type) && specs[f].type != FieldType::kUnknown) continue;
+    std::string filter = FilterOf(options, f, specs[f]);
+    if (filter.empty()) continue;
+    size_t length = BuildFilterFormula(specs[f].name, specs[f].type, filter, formula);
+    if (length == 0) continue;
+    count = FilterRows(engine, std::string_view(formula, length), f, rows, count);
+  }
+  // The expensive test last, on the fewest records.
+  for (uint16_t f = 0; f < fieldCount && count > 0; ++f) {
+    if (HoldsCellValues(specs[f].type) || specs[f].type == FieldType::kUnknown) continue;
+    std::string filter = FilterOf(options, f, specs[f]);
+    int digit;
+    std::string_view needle;
+    if (!SplitFilterText(filter, digit, needle) || needle.empty()) continue;
+    count = MatchRows(table, options, specs[f].type, f, needle, rows, count);
+  }
+
+  records.SetCount(count);
+  records.RewriteFreeTail(rowCount);
+  records.SetOrdered(count == rowCount);
+  table.data->cells.InvalidateRowIndex();
+  found = count;
+  return true;
+}
+
+bool RunSearch(Workbook& workbook, const FilterOptions& options) {
+  TableSpec table;
+  if (!CurrentTable(workbook, table)) return false;
+  uint32_t found = 0;
+  return RunFilters(table, workbook.records, options, found);
+}
+
+std::string FoundText(uint32_t count) {
+  // Format texts are read in the locale's own notation, so the grouping mark is its own too.
+  std::string format = "0";
+  if (currentLocale.thousandSeparator != '\0') {
+    format = std::string("#") + currentLocale.thousandSeparator + "##0";
+  }
+  return "Record(s) found: " + FormatNumber(static_cast<double>(count), format, &currentLocale);
+}
+
+}  // namespace kelpdex
