@@ -8,6 +8,7 @@
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
 #include "kpx/kpx_json.h"
+#include "kpx/kpx_search.h"
 #include "store/field_row.h"
 
 namespace kelpdex::kpx {
@@ -38,7 +39,8 @@ class Formatters {
 
 int RunDump(CommandContext& context) {
   const CommandInfo& self = *FindCommand("dump");
-  Args args(context.words, {"table", "limit"}, {"tsv", "json", "header"});
+  Args args(context.words, {"table", "limit", "filter", "expr"},
+            {"tsv", "json", "header", "count"});
   long limit = -1;
   if (!args.ok() || !args.IntValue("limit", 0, RecordSet::kEntries, limit)) {
     return UsageError(context, self, args.error());
@@ -50,11 +52,28 @@ int RunDump(CommandContext& context) {
   if (args.Flag("header") && args.Flag("json")) {
     return UsageError(context, self, "--header does not apply to --json, which names every value");
   }
+  if (args.Flag("count") && (args.Flag("json") || args.Flag("tsv") || args.Flag("header"))) {
+    return UsageError(context, self, "--count prints the found count alone");
+  }
   bool json = args.Flag("json");
   CommandDocument document(context);
   if (!document.Open(args.positionals()[0], true)) return kExitFailure;
   TableSpec table;
   if (!document.SelectTable(args.Value("table").value_or(""), table)) return kExitFailure;
+  std::vector<std::string> transient;
+  bool given = false;
+  std::string why;
+  int status = ReadTransientFilters(args, table, transient, given, why);
+  if (status == kExitUsage) return UsageError(context, self, why);
+  if (status != kExitSuccess) return Fail(context, why);
+  uint32_t found = 0;
+  if (!ApplyRecordSet(document, table, given ? &transient : nullptr, found)) {
+    return Fail(context, ErrorText(document.book.errorCode));
+  }
+  if (args.Flag("count")) {
+    std::fprintf(context.out, "%u\n", found);
+    return kExitSuccess;
+  }
 
   Workbook& book = document.book;
   uint16_t fieldCount = FieldCount(table);

@@ -7,6 +7,7 @@
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
 #include "kpx/kpx_json.h"
+#include "kpx/kpx_search.h"
 #include "store/field_row.h"
 
 namespace kelpdex::kpx {
@@ -26,6 +27,7 @@ struct FieldInfo {
 struct TableInfo {
   std::string name;
   uint32_t records = 0;
+  uint32_t found = 0;
   std::vector<std::string> keys;
   std::vector<FieldInfo> fields;
 };
@@ -41,6 +43,8 @@ void ReadTable(CommandDocument& document, Worksheet* data, TableInfo& info) {
   TableSpec table;
   if (!document.SelectTable(ToTerminal(info.name), table)) return;
   info.records = document.book.records.count();
+  info.found = info.records;
+  ApplyRecordSet(document, table, nullptr, info.found);
   uint16_t keyCount = KeyCount(table);
   for (uint16_t k = 0; k < keyCount; ++k) {
     std::string name;
@@ -74,8 +78,8 @@ void PrintText(FILE* out, const CommandDocument& document, const std::string& fo
   }
   if (book.readOnly) std::fputs("read-only: yes\n", out);
   for (const TableInfo& table : tables) {
-    std::fprintf(out, "table %s: %u records, %zu fields\n", Shown(table.name).c_str(),
-                 table.records, table.fields.size());
+    std::fprintf(out, "table %s: %u records, %u found, %zu fields\n", Shown(table.name).c_str(),
+                 table.records, table.found, table.fields.size());
     for (const FieldInfo& field : table.fields) {
       std::fprintf(out, "  %s\t%s", Shown(field.row.name).c_str(),
                    FieldTypeText(field.row.type, field.row.link));
@@ -103,8 +107,9 @@ void PrintJson(FILE* out, const CommandDocument& document, const std::string& fo
                JsonString(ToTerminal(book.lastSavedAt)).c_str(), book.readOnly ? "true" : "false");
   for (size_t t = 0; t < tables.size(); ++t) {
     const TableInfo& table = tables[t];
-    std::fprintf(out, "%s\n  {\"name\": %s, \"records\": %u, \"keys\": [", t ? "," : "",
-                 JsonString(ToTerminal(table.name)).c_str(), table.records);
+    std::fprintf(out, "%s\n  {\"name\": %s, \"records\": %u, \"found\": %u, \"keys\": [",
+                 t ? "," : "", JsonString(ToTerminal(table.name)).c_str(), table.records,
+                 table.found);
     for (size_t k = 0; k < table.keys.size(); ++k) {
       std::fprintf(out, "%s%s", k ? ", " : "", JsonString(ToTerminal(table.keys[k])).c_str());
     }

@@ -14,19 +14,6 @@
 
 namespace kelpdex::kpx {
 
-// The field of that name as typed on the command line, compared as field names are, without
-// regard to case; -1 if none.
-int FindFieldIndex(const TableSpec& table, const std::string& typed) {
-  std::string name, why;
-  if (!NameFromTerminal(typed, "field", name, why)) return -1;
-  uint16_t count = FieldCount(table);
-  for (uint16_t i = 0; i < count; ++i) {
-    FieldSpec field;
-    if (ReadField(table, i, field) && text::EqualNoCase(field.name, name)) return i;
-  }
-  return -1;
-}
-
 namespace {
 
 // A typed text as a short quote for a message.

@@ -12,8 +12,6 @@
 
 namespace kelpdex::kpx {
 
-int FindFieldIndex(const TableSpec& table, const std::string& typed);
-
 namespace {
 
 // The table dialog's verdict on a name, as its message.

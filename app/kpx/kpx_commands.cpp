@@ -9,8 +9,12 @@ const std::vector<CommandInfo>& Commands() {
        "[--format xml|xml.gz|binary|binary.gz]",
        "make a new database with one table (TYPE: Text, Link, Number, LongText, Files)", RunNew},
       {"info", "FILE [--json]", "show the format, tables, fields and record counts", RunInfo},
-      {"dump", "FILE [--table NAME] [--tsv|--json] [--header] [--limit N]",
-       "print the records of a table as the grid shows them", RunDump},
+      {"dump",
+       "FILE [--table NAME] [--tsv|--json] [--header] [--limit N] [--count] "
+       "[--filter FIELD:OP:VALUE]... [--expr FIELD:FORMULA]...",
+       "print the records in force of a table as the grid shows them; the filters given "
+       "replace those in force for this command only",
+       RunDump},
       {"set", "FILE --table NAME --record N --field NAME [--strict] VALUE",
        "type a value into a cell, recalculate the record and save; --strict fails where the "
        "cell would not hold the value as typed",
@@ -27,6 +31,14 @@ const std::vector<CommandInfo>& Commands() {
       {"recalc", "FILE", "recompute the calculated fields of every table and save", RunRecalc},
       {"convert", "IN OUT [--format xml|xml.gz|binary|binary.gz]",
        "save a document under another name and native form", RunConvert},
+      {"filter",
+       "FILE --table NAME (--field NAME (--op OP --value TEXT | --expr FORMULA | --clear) | "
+       "--clear-all)",
+       "set or clear a field's filter in force and save (OP: Pattern, Equal, NotEqual, Greater, "
+       "Less, Between, And, Or)",
+       RunFilter},
+      {"key", "FILE --table NAME (add NAME | delete NAME | rename OLD NEW | select NAME)",
+       "add, delete, rename or select a search key and save (select Default or None too)", RunKey},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
   };

@@ -44,5 +44,7 @@ int RunEval(CommandContext& context);
 int RunRecalc(CommandContext& context);
 int RunConvert(CommandContext& context);
 int RunLocale(CommandContext& context);
+int RunFilter(CommandContext& context);
+int RunKey(CommandContext& context);
 
 }  // namespace kelpdex::kpx

@@ -1,6 +1,8 @@
 #include "kpx/kpx_document.h"
 
+#include "store/field_row.h"
 #include "table/table_state.h"
+#include "text/code_page.h"
 #include "text/utf8.h"
 
 namespace kelpdex::kpx {
@@ -183,6 +185,19 @@ bool NameFromTerminal(const std::string& utf8, const char* what, std::string& na
 int Fail(CommandContext& context, const std::string& message) {
   std::fprintf(context.err, "kpx: %s\n", message.c_str());
   return kExitFailure;
+}
+
+// The field of that name as typed on the command line, compared as field names are, without
+// regard to case; -1 if none.
+int FindFieldIndex(const TableSpec& table, const std::string& typed) {
+  std::string name, why;
+  if (!NameFromTerminal(typed, "field", name, why)) return -1;
+  uint16_t count = FieldCount(table);
+  for (uint16_t i = 0; i < count; ++i) {
+    FieldSpec field;
+    if (ReadField(table, i, field) && text::EqualNoCase(field.name, name)) return i;
+  }
+  return -1;
 }
 
 }  // namespace kelpdex::kpx

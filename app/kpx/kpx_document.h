@@ -84,6 +84,10 @@ std::string TsvEscaped(std::string_view text);
 bool NameFromTerminal(const std::string& utf8, const char* what, std::string& name,
                       std::string& why);
 
+// The field of that name as typed on the command line, compared as field names are, without
+// regard to case; -1 if none.
+int FindFieldIndex(const TableSpec& table, const std::string& typed);
+
 // "kpx: <message>" on standard error, for failures the error table has no text for.
 int Fail(CommandContext& context, const std::string& message);
 

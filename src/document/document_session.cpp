@@ -6,6 +6,7 @@
 #include "document/recent_files.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
+#include "search/run_filters.h"
 #include "store/catalogue.h"
 #include "table/schema.h"
 #include "table/table_state.h"
@@ -209,8 +210,9 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
     error = err::kFileOpenRead;
   }
   if (ok) {
-    // The readers build sheets only; the current table's record set is the lifecycle's to make.
-    ok = RefreshCurrentTable(book_);
+    // The readers build sheets only; the current table's record set is the lifecycle's to make,
+    // with the filters it was saved with in force.
+    ok = RefreshCurrentTable(book_) && (book_.currentSheet == nullptr || RunSearch(book_));
     if (!ok) error = book_.errorCode;
   }
   if (error != err::kNone) ShowLoadError(error, line);

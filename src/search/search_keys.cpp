@@ -56,7 +56,7 @@ std::string KeyName(const TableSpec& table, uint16_t keyIndex) {
 // Trailing blanks are cut; the name must be new among the keys, apart from `keeping` itself.
 KeyResult CheckName(const TableSpec& table, std::string_view& name, int keeping) {
   while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
-  if (name.empty()) return KeyResult::kNothing;
+  if (name.empty()) return KeyResult::kEmptyName;
   int clash = FindSearchKey(table, name);
   if (clash >= 0 && clash != keeping) return KeyResult::kNameExists;
   if (KeyTitle(name).size() > kTitleMax) return KeyResult::kNameTooLong;
@@ -116,15 +116,15 @@ KeyResult AddSearchKey(const TableSpec& table, std::string_view name) {
   KeyResult check = CheckName(table, name, -1);
   if (check != KeyResult::kDone) return check;
   uint16_t keys = KeyCount(table);
-  if (keys > kMaxKeyColumns) return KeyResult::kNothing;
+  if (keys > kMaxKeyColumns) return KeyResult::kTooManyKeys;
   uint16_t column = KeyColumn(keys);
   // The columns from the new one on move right; a cell pushed to the last column is refused.
   uint16_t lastColumn = 0;
   table.catalogue->cells.LastUsed(nullptr, &lastColumn, nullptr, nullptr);
-  if (lastColumn + 1u > kLastColumn) return KeyResult::kNothing;
+  if (lastColumn + 1u > kLastColumn) return KeyResult::kNoRoom;
   if (!RecordDefinition(table)) return KeyResult::kFailed;
   ErrorCode error = err::kNone;
-  if (!table.catalogue->InsertColumn(column, error)) return KeyResult::kNothing;
+  if (!table.catalogue->InsertColumn(column, error)) return KeyResult::kNoRoom;
   CellCursor cursor;
   if (!PutText(*table.catalogue, 0, column, KeyTitle(name), &cursor) ||
       !CopyKeyColumn(table, KeyColumn(0), column)) {

@@ -20,7 +20,10 @@ constexpr uint16_t kMaxKeyColumns = 100;
 
 enum class KeyResult : uint8_t {
   kDone,
-  kNothing,      // refused without a word: an empty name, too many keys, no room for a column
+  // Refused without a word in the desktop, which only beeps or stays quiet:
+  kEmptyName,
+  kTooManyKeys,  // more than kMaxKeyColumns already
+  kNoRoom,       // a catalogue cell would be pushed past the last column
   kNameExists,   // message 159
   kNameTooLong,  // the title would pass 1,024 characters
   kNoSuchKey,    // Rename and Delete take only the named keys

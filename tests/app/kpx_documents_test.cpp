@@ -64,7 +64,7 @@ TEST_F(KpxDocuments, InfoAndDumpShowTheSchemaAndRecords) {
   std::string path = People();
   Result info = Kpx({"info", path});
   ASSERT_EQ(info.status, 0);
-  EXPECT_NE(info.out.find("table People: 2 records, 4 fields\n"), std::string::npos) << info.out;
+  EXPECT_NE(info.out.find("table People: 2 records, 2 found, 4 fields\n"), std::string::npos) << info.out;
   EXPECT_NE(info.out.find("  Double\tNumber\tF:=Qty*2\n"), std::string::npos);
   EXPECT_NE(info.out.find("  Site\tText / Link\n"), std::string::npos);
   EXPECT_NE(info.out.find("last saved: "), std::string::npos);
@@ -98,7 +98,7 @@ TEST_F(KpxDocuments, SchemaCommandsCheckAsTheDialogsDo) {
   EXPECT_EQ(taken.err, "kpx: A table with that name already exists. Please enter a unique name.\n");
   EXPECT_EQ(Kpx({"rename-table", path, "--table", "Orders", "Sales"}).status, 0);
   Result info = Kpx({"info", path});
-  EXPECT_NE(info.out.find("table Sales: 0 records, 1 fields\n"), std::string::npos) << info.out;
+  EXPECT_NE(info.out.find("table Sales: 0 records, 0 found, 1 fields\n"), std::string::npos) << info.out;
   EXPECT_EQ(Kpx({"dump", path, "--header"}).out,
             "Name\tQty\tDouble\tSite\nZo\xC3\xAB\\ttab\t2.5\t5\t\n\t-4\t-8\t\n");
 }
@@ -275,7 +275,7 @@ TEST_F(KpxDocuments, AFileThatHeldNoDocumentIsNeverSavedOver) {
   std::string stub = dir.Write("stub.kpx", "30000");
   Result info = Kpx({"info", stub});
   EXPECT_EQ(info.status, 0);
-  EXPECT_NE(info.out.find("format: none\ntable stub: 0 records, 0 fields\n"), std::string::npos)
+  EXPECT_NE(info.out.find("format: none\ntable stub: 0 records, 0 found, 0 fields\n"), std::string::npos)
       << info.out;
   const std::vector<std::vector<std::string>> changes = {
       {"add-field", stub, "--table", "stub", "--field", "A:Text"},

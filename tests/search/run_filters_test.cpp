@@ -73,16 +73,16 @@ TEST_F(RunFiltersTest, ResultsKeepOnlyNonZeroNumbersAndNonEmptyTexts) {
     const char* filter;
     size_t count;
   } cases[] = {
-      {"0:=Qty - 30", 5},         // zero drops the one record
-      {"0:=\"\"", 0},             // the empty text
-      {"0:=Name", 6},             // a text
-      {"0:=1/0", 0},              // an error
-      {"0:=Qty +", 0},            // no formula
-      {"0:Qty > 1", 0},           // no "=": not a formula, matches nothing
-      {"2:abc", 0},               // an unknown name on a Number field
-      {"6:20", 6},                // "Between" with one word tests nothing
-      {"2:\"", 0},                // a quote breaks the formula
-      {"0:={1,2}", 0},            // an array
+      {"0:=Qty - 30", 5},  // zero drops the one record
+      {"0:=\"\"", 0},      // the empty text
+      {"0:=Name", 6},      // a text
+      {"0:=1/0", 0},       // an error
+      {"0:=Qty +", 0},     // no formula
+      {"0:Qty > 1", 0},    // no "=": not a formula, matches nothing
+      {"2:abc", 0},        // an unknown name on a Number field
+      {"6:20", 6},         // "Between" with one word tests nothing
+      {"2:\"", 0},         // a quote breaks the formula
+      {"0:={1,2}", 0},     // an array
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.filter);

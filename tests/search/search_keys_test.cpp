@@ -59,7 +59,7 @@ TEST_F(SearchKeysTest, NamesAreUniqueWithoutRegardToCase) {
   ASSERT_EQ(AddSearchKey(Table(), "One"), KeyResult::kDone);
   ASSERT_EQ(AddSearchKey(Table(), "Two"), KeyResult::kDone);
   EXPECT_EQ(AddSearchKey(Table(), "ONE"), KeyResult::kNameExists);
-  EXPECT_EQ(AddSearchKey(Table(), "   "), KeyResult::kNothing);
+  EXPECT_EQ(AddSearchKey(Table(), "   "), KeyResult::kEmptyName);
   EXPECT_EQ(AddSearchKey(Table(), std::string(1020, 'n')), KeyResult::kNameTooLong);
   EXPECT_EQ(AddSearchKey(Table(), std::string(1019, 'n')), KeyResult::kDone);
   EXPECT_EQ(RenameSearchKey(Table(), 1, "one"), KeyResult::kDone);  // its own name, recased
@@ -91,7 +91,7 @@ TEST_F(SearchKeysTest, LowerCaseTitlesAreKeysAndTheKeyCountIsBounded) {
   for (int i = 0; Keys().size() <= kMaxKeyColumns; ++i) {
     ASSERT_EQ(AddSearchKey(Table(), "k" + std::to_string(i)), KeyResult::kDone);
   }
-  EXPECT_EQ(AddSearchKey(Table(), "one more"), KeyResult::kNothing);
+  EXPECT_EQ(AddSearchKey(Table(), "one more"), KeyResult::kTooManyKeys);
   EXPECT_EQ(Keys().size(), kMaxKeyColumns + 1u);
 }
 

@@ -1,0 +1,130 @@
+// kpx filter, key and the record set in force that dump and info show.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "run_kpx.h"
+#include "support/file_bytes.h"
+#include "support/temp_dir.h"
+
+namespace kelpdex::kpx {
+namespace {
+
+class KpxSearch : public ::testing::Test {
+ protected:
+  Result Kpx(const std::vector<std::string>& words) { return RunKpxStrings(words); }
+  void SetUp() override {
+    path = dir.Path("stock.kpx");
+    ASSERT_EQ(Kpx({"new", path, "--table", "Stock", "--field", "Item:Text", "--field",
+                   "Qty:Number", "--field", "Note:LongText"})
+                  .status,
+              0);
+    const char* items[] = {"apple", "pear", "plum", "fig", "kiwi"};
+    for (int i = 0; i < 5; ++i) {
+      std::string record = std::to_string(i + 1);
+      ASSERT_EQ(Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Item",
+                     items[i]})
+                    .status,
+                0);
+      ASSERT_EQ(Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Qty",
+                     std::to_string(10 * (i + 1))})
+                    .status,
+                0);
+    }
+  }
+  std::string Dump(std::vector<std::string> extra = {}) {
+    std::vector<std::string> words = {"dump", path};
+    words.insert(words.end(), extra.begin(), extra.end());
+    Result r = Kpx(words);
+    EXPECT_EQ(r.status, 0) << r.err;
+    return r.out;
+  }
+  testing::TempDir dir;
+  std::string path;
+};
+
+TEST_F(KpxSearch, FiltersAndKeysAreSavedAndNarrowDumpAndInfo) {
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Between",
+                 "--value", "20 40"})
+                .status,
+            0);
+  EXPECT_EQ(Dump(), "pear\t20\t\nplum\t30\t\nfig\t40\t\n");
+  EXPECT_EQ(Dump({"--count"}), "3\n");
+  EXPECT_NE(Kpx({"info", path}).out.find("table Stock: 5 records, 3 found, 3 fields"),
+            std::string::npos);
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "add", "Middle"}).status, 0);
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--clear-all"}).status, 0);
+  EXPECT_EQ(Dump({"--count"}), "5\n");
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "select", "middle"}).status, 0);
+  EXPECT_EQ(Dump({"--count"}), "3\n");
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "rename", "Middle", "Mid"}).status, 0);
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "select", "None"}).status, 0);
+  EXPECT_EQ(Dump({"--count"}), "5\n");
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "select", "Mid"}).status, 0);
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "delete", "Mid"}).status, 0);
+  // The filters in force stay when the key that brought them goes.
+  EXPECT_EQ(Dump({"--count"}), "3\n");
+  // The same through a binary copy.
+  std::string copy = dir.Path("copy.kpx");
+  ASSERT_EQ(Kpx({"convert", path, copy, "--format", "binary.gz"}).status, 0);
+  EXPECT_EQ(Kpx({"dump", copy, "--count"}).out, "3\n");
+}
+
+TEST_F(KpxSearch, TransientFiltersReplaceThoseInForceAndChangeNothing) {
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Greater",
+                 "--value", "35"})
+                .status,
+            0);
+  std::string before = testing::ReadFileBytes(path);
+  EXPECT_EQ(Dump({"--filter", "Item:Equal:pear"}), "pear\t20\t\n");
+  EXPECT_EQ(Dump({"--expr", "Qty:=Qty*2<=40", "--filter", "Item:NotEqual:apple"}),
+            "pear\t20\t\n");
+  EXPECT_EQ(Dump({"--expr", "Qty:=Qty<", "--count"}), "0\n");  // a broken formula finds nothing
+  EXPECT_EQ(testing::ReadFileBytes(path), before);
+  EXPECT_EQ(Dump({"--count"}), "2\n");
+}
+
+TEST_F(KpxSearch, BadFiltersAndKeysAreRefusedWithTheDocumentUnchanged) {
+  ASSERT_EQ(Kpx({"key", path, "--table", "Stock", "add", "K"}).status, 0);
+  std::string before = testing::ReadFileBytes(path);
+  struct Case {
+    std::vector<std::string> words;
+    int status;
+    const char* message;
+  } cases[] = {
+      {{"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Near", "--value", "1"},
+       2,
+       "unknown operator"},
+      {{"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Equal"}, 2, "go together"},
+      {{"filter", path, "--table", "Stock", "--field", "Size", "--expr", "=1"}, 1, "no field"},
+      {{"filter", path, "--table", "Stock", "--field", "Qty", "--expr", std::string(1023, 'x')},
+       1,
+       "1,024"},
+      {{"filter", path, "--table", "Stock", "--field", "Note", "--op", "Equal", "--value", "a"},
+       1,
+       "takes --expr"},
+      {{"filter", path, "--table", "Stock", "--field", "Item", "--expr", "=\xE2\x88\x9A"},
+       1,
+       "code page"},
+      {{"key", path, "--table", "Stock", "add", "k"}, 1, "already exists"},
+      {{"key", path, "--table", "Stock", "add", "default"}, 1, "already exists"},
+      {{"key", path, "--table", "Stock", "add", std::string(1020, 'n')}, 1, "1,019"},
+      {{"key", path, "--table", "Stock", "delete", "Default"}, 1, "no key named"},
+      {{"key", path, "--table", "Stock", "rename", "Gone", "New"}, 1, "no key named"},
+      {{"key", path, "--table", "Stock", "select", "Gone"}, 1, "no key named"},
+      {{"key", path, "--table", "Stock", "drop", "K"}, 2, "usage"},
+      {{"dump", path, "--filter", "Qty:Between"}, 2, "FIELD:OP:VALUE"},
+      {{"dump", path, "--count", "--json"}, 2, "--count"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.words[0] + " " + c.words.back());
+    Result r = Kpx(c.words);
+    EXPECT_EQ(r.status, c.status);
+    EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+  }
+  EXPECT_EQ(testing::ReadFileBytes(path), before);
+}
+
+}  // namespace
+}  // namespace kelpdex::kpx
