@@ -3,6 +3,7 @@
 #include "format/format_number.h"
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
+#include "search/filter_program.h"
 #include "search/filter_text.h"
 #include "store/cell_record.h"
 #include "store/field_row.h"
@@ -29,13 +30,22 @@ bool Keeps(FormulaEngine& engine, uint16_t resultClass) {
 }
 
 // Evaluates one field's filter for every row still in the set and keeps, in order, those that
-// pass.
-uint32_t FilterRows(FormulaEngine& engine, std::string_view formula, uint16_t field, uint32_t* rows,
-                    uint32_t count) {
+// pass. A compiled filter answers from the cell; the formula text decides only where it cannot.
+uint32_t FilterRows(FormulaEngine& engine, Worksheet& data, const FilterProgram* program,
+                    std::string_view formula, uint16_t field, uint32_t* rows, uint32_t count) {
   uint32_t kept = 0;
   engine.StartPass();
+  CellCursor cursor;
   for (uint32_t i = 0; i < count; ++i) {
-    if (Keeps(engine, engine.EvaluateFormula(formula, field, rows[i]))) rows[kept++] = rows[i];
+    uint32_t row = rows[i];
+    FilterProgram::Verdict verdict = FilterProgram::Verdict::kEvaluate;
+    if (program != nullptr) {
+      verdict = program->Test(data.cells.GetCell(row, program->column(), &cursor));
+    }
+    bool keep = verdict == FilterProgram::Verdict::kEvaluate
+                    ? Keeps(engine, engine.EvaluateFormula(formula, field, row))
+                    : verdict == FilterProgram::Verdict::kKeep;
+    if (keep) rows[kept++] = row;
   }
   engine.EndPass();
   return kept;
@@ -97,7 +107,14 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
     if (filter.empty()) continue;
     size_t length = BuildFilterFormula(specs[f].name, specs[f].type, filter, formula);
     if (length == 0) continue;
-    count = FilterRows(engine, std::string_view(formula, length), f, rows, count);
+    int digit;
+    std::string_view operand;
+    SplitFilterText(filter, digit, operand);
+    FilterProgram program;
+    bool compiled = options.compile &&
+                    program.Compile(descriptors, specs[f].name, specs[f].type, digit, operand);
+    count = FilterRows(engine, *table.data, compiled ? &program : nullptr,
+                       std::string_view(formula, length), f, rows, count);
   }
   // The expensive test last, on the fewest records.
   for (uint16_t f = 0; f < fieldCount && count > 0; ++f) {
