@@ -1,10 +1,12 @@
 #include "document/document_session.h"
 
 #include <gtest/gtest.h>
+
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include "search/search_keys.h"
 
 #include <string>
 #include <vector>
@@ -137,6 +139,21 @@ TEST_F(DocumentSessionTest, OpeningCompilesTheCurrentTableInEveryNativeForm) {
     EXPECT_EQ(book.fieldDefaults.size(), 2u) << int(format);
     EXPECT_EQ(book.records.count(), 303u) << int(format);
   }
+}
+
+TEST_F(DocumentSessionTest, ATableOpensWithItsSavedFiltersInForce) {
+  Workbook sample;
+  testing::BuildSampleWorkbook(sample);
+  TableSpec table;
+  ASSERT_TRUE(MakeTableSpec(sample, "People", table));
+  ASSERT_TRUE(SetFieldFilter(table, 1, "6:3 30"));  // Age from 3 to 30: rows 2 to 20
+  std::string path = dir.Path("filtered.kpx");
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(WriteDocumentFile(path, sample, NativeFormat::kXml, error));
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
+  EXPECT_EQ(book.records.count(), 19u);
+  EXPECT_EQ(book.records[0], 2u);
+  EXPECT_EQ(book.records[19], 303u);  // the padding starts behind the last used row
 }
 
 TEST_F(DocumentSessionTest, TheSaveQuestionGuardsChangesWhenAnotherFileOpens) {
