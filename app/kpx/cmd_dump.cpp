@@ -39,7 +39,7 @@ class Formatters {
 
 int RunDump(CommandContext& context) {
   const CommandInfo& self = *FindCommand("dump");
-  Args args(context.words, {"table", "limit", "filter", "expr"},
+  Args args(context.words, {"table", "limit", "filter", "expr", "sort"},
             {"tsv", "json", "header", "count"});
   long limit = -1;
   if (!args.ok() || !args.IntValue("limit", 0, RecordSet::kEntries, limit)) {
@@ -66,8 +66,12 @@ int RunDump(CommandContext& context) {
   int status = ReadTransientFilters(args, table, transient, given, why);
   if (status == kExitUsage) return UsageError(context, self, why);
   if (status != kExitSuccess) return Fail(context, why);
+  std::vector<std::pair<uint16_t, bool>> sort;
+  status = ReadSortOptions(args, table, sort, why, "sort");
+  if (status != kExitSuccess) return Fail(context, why);
   uint32_t found = 0;
-  if (!ApplyRecordSet(document, table, given ? &transient : nullptr, found)) {
+  if (!ApplyRecordSet(document, table, given ? &transient : nullptr, found,
+                      sort.empty() ? nullptr : &sort)) {
     return Fail(context, ErrorText(document.book.errorCode));
   }
   if (args.Flag("count")) {

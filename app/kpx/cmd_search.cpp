@@ -7,6 +7,7 @@
 #include "kpx/kpx_document.h"
 #include "kpx/kpx_search.h"
 #include "search/search_keys.h"
+#include "search/sort_keys.h"
 #include "store/field_row.h"
 
 namespace kelpdex::kpx {
@@ -129,6 +130,29 @@ int RunKey(CommandContext& context) {
   }
   if (result == KeyResult::kFailed) return Fail(context, ErrorText(document.book.errorCode));
   if (result != KeyResult::kDone) return Fail(context, KeyResultText(result, words[2]));
+  return document.Save() ? kExitSuccess : kExitFailure;
+}
+
+int RunSort(CommandContext& context) {
+  const CommandInfo& self = *FindCommand("sort");
+  Args args(context.words, {"table", "by"}, {"none"});
+  if (!args.ok()) return UsageError(context, self, args.error());
+  if (args.positionals().size() != 1) return UsageError(context, self, "one FILE is needed");
+  bool none = args.Flag("none");
+  if (none == !args.Values("by").empty()) {
+    return UsageError(context, self, "give --by FIELD[:desc] at least once, or --none");
+  }
+  CommandDocument document(context);
+  if (!document.Open(args.positionals()[0], false)) return kExitFailure;
+  TableSpec table;
+  if (!document.SelectTable(args.Value("table").value_or(""), table)) return kExitFailure;
+  std::vector<std::pair<uint16_t, bool>> keys;
+  std::string why;
+  int status = ReadSortOptions(args, table, keys, why);
+  if (status == kExitUsage) return UsageError(context, self, why);
+  if (status != kExitSuccess) return Fail(context, why);
+  ErrorCode error = SetSortKeys(table, keys);
+  if (error != err::kNone) return Fail(context, ErrorText(error));
   return document.Save() ? kExitSuccess : kExitFailure;
 }
 

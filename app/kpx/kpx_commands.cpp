@@ -11,9 +11,9 @@ const std::vector<CommandInfo>& Commands() {
       {"info", "FILE [--json]", "show the format, tables, fields and record counts", RunInfo},
       {"dump",
        "FILE [--table NAME] [--tsv|--json] [--header] [--limit N] [--count] "
-       "[--filter FIELD:OP:VALUE]... [--expr FIELD:FORMULA]...",
-       "print the records in force of a table as the grid shows them; the filters given "
-       "replace those in force for this command only",
+       "[--filter FIELD:OP:VALUE]... [--expr FIELD:FORMULA]... [--sort FIELD[:desc]]...",
+       "print the records in force of a table as the grid shows them; the filters and sort "
+       "keys given replace those in force for this command only",
        RunDump},
       {"set", "FILE --table NAME --record N --field NAME [--strict] VALUE",
        "type a value into a cell, recalculate the record and save; --strict fails where the "
@@ -39,6 +39,8 @@ const std::vector<CommandInfo>& Commands() {
        RunFilter},
       {"key", "FILE --table NAME (add NAME | delete NAME | rename OLD NEW | select NAME)",
        "add, delete, rename or select a search key and save (select Default or None too)", RunKey},
+      {"sort", "FILE --table NAME (--by FIELD[:desc]... | --none)",
+       "store the sort keys, first most significant, or remove them, and save", RunSort},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
   };

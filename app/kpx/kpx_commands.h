@@ -46,5 +46,6 @@ int RunConvert(CommandContext& context);
 int RunLocale(CommandContext& context);
 int RunFilter(CommandContext& context);
 int RunKey(CommandContext& context);
+int RunSort(CommandContext& context);
 
 }  // namespace kelpdex::kpx

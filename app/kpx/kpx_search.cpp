@@ -2,6 +2,7 @@
 
 #include "search/filter_text.h"
 #include "search/run_filters.h"
+#include "search/sort_rows.h"
 #include "store/field_row.h"
 #include "text/utf8.h"
 
@@ -73,11 +74,51 @@ int ReadTransientFilters(const Args& args, const TableSpec& table,
   return kExitSuccess;
 }
 
+int ReadSortOptions(const Args& args, const TableSpec& table,
+                    std::vector<std::pair<uint16_t, bool>>& keys, std::string& why,
+                    const char* option) {
+  keys.clear();
+  for (const std::string& value : args.Values(option)) {
+    std::string name = value;
+    bool descending = false;
+    size_t colon = value.rfind(':');
+    if (colon != std::string::npos && value.substr(colon + 1) == "desc") {
+      name = value.substr(0, colon);
+      descending = true;
+    }
+    int field = FindFieldIndex(table, name);
+    if (field < 0) {
+      why = "no field named '" + name + "'";
+      return kExitFailure;
+    }
+    keys.emplace_back(static_cast<uint16_t>(field), descending);
+  }
+  if (keys.size() >= kMaxSortKeys) {
+    why = ErrorText(err::kTooManySortKeys);
+    return kExitFailure;
+  }
+  return kExitSuccess;
+}
+
 bool ApplyRecordSet(CommandDocument& document, const TableSpec& table,
-                    const std::vector<std::string>* filters, uint32_t& found) {
+                    const std::vector<std::string>* filters, uint32_t& found,
+                    const std::vector<std::pair<uint16_t, bool>>* sort) {
   FilterOptions options;
   options.filters = filters;
-  return RunFilters(table, document.book.records, options, found);
+  RecordSet& records = document.book.records;
+  if (!RunFilters(table, records, options, found)) return false;
+  if (sort == nullptr) {
+    SortRecordSet(table, records);
+    return true;
+  }
+  // The keys given stand in for the stored ones, with the commands' meaning of a direction.
+  SortKeys keys;
+  for (const auto& [field, descending] : *sort) {
+    keys.fields[keys.count] = field;
+    keys.flags[keys.count++] = !descending;
+  }
+  SortRows(*table.data, keys, records.rows(), records.count());
+  return true;
 }
 
 }  // namespace kelpdex::kpx

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kpx/kpx_args.h"
@@ -25,8 +26,16 @@ int MakeCommandFilter(int digit, const std::string& utf8, std::string& filter, s
 int ReadTransientFilters(const Args& args, const TableSpec& table,
                          std::vector<std::string>& filters, bool& given, std::string& why);
 
-// Narrows the selected table's record set by its filters in force, or by `filters`.
+// The --by (sort) or --sort (dump) options, FIELD or FIELD:desc, first most significant: a field
+// index and whether it sorts descending each. kExitUsage or kExitFailure with `why`.
+int ReadSortOptions(const Args& args, const TableSpec& table,
+                    std::vector<std::pair<uint16_t, bool>>& keys, std::string& why,
+                    const char* option = "by");
+
+// The selected table's record set as it is shown: narrowed by its filters in force, or by
+// `filters`, then ordered by its sort keys, or by `sort` when given.
 bool ApplyRecordSet(CommandDocument& document, const TableSpec& table,
-                    const std::vector<std::string>* filters, uint32_t& found);
+                    const std::vector<std::string>* filters, uint32_t& found,
+                    const std::vector<std::pair<uint16_t, bool>>* sort = nullptr);
 
 }  // namespace kelpdex::kpx

@@ -5,6 +5,7 @@
 #include "functions/function_table.h"
 #include "search/filter_program.h"
 #include "search/filter_text.h"
+#include "search/sort_rows.h"
 #include "store/cell_record.h"
 #include "store/field_row.h"
 #include "table/table_state.h"
@@ -138,7 +139,9 @@ bool RunSearch(Workbook& workbook, const FilterOptions& options) {
   TableSpec table;
   if (!CurrentTable(workbook, table)) return false;
   uint32_t found = 0;
-  return RunFilters(table, workbook.records, options, found);
+  if (!RunFilters(table, workbook.records, options, found)) return false;
+  SortRecordSet(table, workbook.records);
+  return true;
 }
 
 std::string FoundText(uint32_t count) {

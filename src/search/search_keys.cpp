@@ -43,7 +43,10 @@ bool Fail(const TableSpec& table, ErrorCode code) {
 // The one undo step of a change to filters or keys, taken before anything changes.
 bool RecordDefinition(const TableSpec& table) {
   UndoRecorder* undo = table.workbook->undo;
-  return undo == nullptr || undo->RecordFieldList(UndoContext{});
+  if (undo == nullptr || undo->RecordFieldList(UndoContext{})) return true;
+  // The recorder's refusal is always for want of memory.
+  if (table.workbook->errorCode == err::kNone) table.workbook->errorCode = err::kOutOfMemory;
+  return false;
 }
 
 std::string KeyName(const TableSpec& table, uint16_t keyIndex) {

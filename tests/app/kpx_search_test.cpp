@@ -126,5 +126,34 @@ TEST_F(KpxSearch, BadFiltersAndKeysAreRefusedWithTheDocumentUnchanged) {
   EXPECT_EQ(testing::ReadFileBytes(path), before);
 }
 
+TEST_F(KpxSearch, SortKeysAreSavedAndTransientKeysReplaceThem) {
+  ASSERT_EQ(Kpx({"sort", path, "--table", "Stock", "--by", "Qty:desc"}).status, 0);
+  EXPECT_EQ(Dump({"--limit", "2"}), "kiwi\t50\t\nfig\t40\t\n");
+  EXPECT_NE(Kpx({"info", path, "--json"}).out.find("\"sortIndex\": 10001"), std::string::npos);
+  // Filters first, then the order.
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Less", "--value",
+                 "35"})
+                .status,
+            0);
+  EXPECT_EQ(Dump(), "plum\t30\t\npear\t20\t\napple\t10\t\n");
+  EXPECT_EQ(Dump({"--sort", "Item"}), "apple\t10\t\npear\t20\t\nplum\t30\t\n");
+  std::string copy = dir.Path("sorted.kpx");
+  ASSERT_EQ(Kpx({"convert", path, copy, "--format", "binary"}).status, 0);
+  EXPECT_EQ(Kpx({"dump", copy}).out, "plum\t30\t\npear\t20\t\napple\t10\t\n");
+  ASSERT_EQ(Kpx({"sort", path, "--table", "Stock", "--none"}).status, 0);
+  EXPECT_EQ(Dump(), "apple\t10\t\npear\t20\t\nplum\t30\t\n");
+
+  std::string before = testing::ReadFileBytes(path);
+  std::vector<std::string> many = {"sort", path, "--table", "Stock"};
+  for (int i = 0; i < 100; ++i) many.insert(many.end(), {"--by", "Qty"});
+  Result tooMany = Kpx(many);
+  EXPECT_EQ(tooMany.status, 1);
+  EXPECT_NE(tooMany.err.find("Too many sort keys"), std::string::npos) << tooMany.err;
+  EXPECT_EQ(Kpx({"sort", path, "--table", "Stock", "--by", "Size"}).status, 1);
+  EXPECT_EQ(Kpx({"sort", path, "--table", "Stock"}).status, 2);
+  EXPECT_EQ(Kpx({"dump", path, "--sort", "Size"}).status, 1);
+  EXPECT_EQ(testing::ReadFileBytes(path), before);
+}
+
 }  // namespace
 }  // namespace kelpdex::kpx
