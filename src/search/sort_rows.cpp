@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -94,54 +95,61 @@ int CompareKey(const CellRecord* left, const CellRecord* right, bool natural) {
   return natural ? order : -order;
 }
 
-// The key cells of the rows being sorted, fetched once each: position p's cells stand at
-// p * keyCount. The sort permutes positions and compares through these pointers, so the cells
-// themselves are read in place and never copied. Without memory for the pointers, each
-// comparison looks its cells up again through the row index: slower, the same order.
-class KeyCells {
+// The records being sorted as entries of their row and the pointers to their key cells, fetched
+// once through the row index. The sort moves whole entries, so its scans run through memory in
+// order, and compares through the pointers, so the cells are read in place and never copied.
+class Entries {
  public:
-  KeyCells(Worksheet& sheet, const SortKeys& keys, const uint32_t* rows, uint32_t count)
-      : sheet_(sheet), keys_(keys), rows_(rows), keyCount_(keys.count) {
-    cells_.reset(new (std::nothrow) const CellRecord*[size_t{count} * keyCount_]);
-    if (cells_ == nullptr) return;
-    for (uint32_t p = 0; p < count; ++p) Fetch(p, cells_.get() + size_t{p} * keyCount_);
+  Entries(Worksheet& sheet, const SortKeys& keys, const uint32_t* rows, uint32_t count)
+      : stride_(keys.count + 1u) {
+    slots_.reset(new (std::nothrow) Slot[size_t{count} * stride_]);
+    if (slots_ == nullptr) return;
+    for (uint32_t p = 0; p < count; ++p) {
+      Slot* entry = slots_.get() + size_t{p} * stride_;
+      entry[0].row = rows[p];
+      for (uint16_t k = 0; k < keys.count; ++k) {
+        entry[k + 1].cell =
+            rows[p] < kRowLimit ? sheet.cells.GetCellFast(rows[p], keys.fields[k]) : nullptr;
+      }
+    }
   }
-  // The cells of a position; `slot` (0 or 1) keeps two looked-up positions apart.
-  const CellRecord* const* At(uint32_t position, int slot) {
-    if (cells_ != nullptr) return cells_.get() + size_t{position} * keyCount_;
-    Fetch(position, lookedUp_[slot]);
-    return lookedUp_[slot];
-  }
-  bool AnyCell(uint32_t position) {
-    const CellRecord* const* cells = At(position, 0);
-    for (uint16_t k = 0; k < keyCount_; ++k) {
-      if (cells[k] != nullptr) return true;
+  bool ok() const { return slots_ != nullptr; }
+  const CellRecord* const* Cells(int64_t i) const { return &At(i)[1].cell; }
+  uint32_t Row(int64_t i) const { return At(i)[0].row; }
+  // Asks the memory for the first key cell of an entry some way ahead of a scan.
+  void Prefetch(int64_t i) const { __builtin_prefetch(At(i)[1].cell); }
+  bool AnyCell(int64_t i) const {
+    for (size_t k = 1; k < stride_; ++k) {
+      if (At(i)[k].cell != nullptr) return true;
     }
     return false;
   }
-
- private:
-  void Fetch(uint32_t position, const CellRecord** out) {
-    uint32_t row = rows_[position];
-    for (uint16_t k = 0; k < keyCount_; ++k) {
-      out[k] = row < kRowLimit ? sheet_.cells.GetCellFast(row, keys_.fields[k]) : nullptr;
-    }
+  void Swap(int64_t i, int64_t j) {
+    Slot* a = At(i);
+    Slot* b = At(j);
+    for (size_t k = 0; k < stride_; ++k) std::swap(a[k], b[k]);
   }
 
-  Worksheet& sheet_;
-  const SortKeys& keys_;
-  const uint32_t* rows_;
-  uint16_t keyCount_;
-  std::unique_ptr<const CellRecord*[]> cells_;
-  const CellRecord* lookedUp_[2][kMaxSortKeys] = {};
+ private:
+  union Slot {
+    uint32_t row;
+    const CellRecord* cell;
+  };
+  Slot* At(int64_t i) const { return slots_.get() + static_cast<size_t>(i) * stride_; }
+
+  size_t stride_;
+  std::unique_ptr<Slot[]> slots_;
 };
 
-// The quicksort over positions 0..count), each standing for its row and its key cells.
-void SortPositions(KeyCells& cells, const SortKeys& keys, uint32_t* order, uint32_t count) {
+// The quicksort over the entries 0..count), kept in memory (Entries) or looked up (LookedUp).
+template <typename Records>
+void SortEntries(Records& entries, const SortKeys& keys, uint32_t count) {
   struct Range {
     int64_t low, high;
   };
   constexpr int kStackRoom = 100;
+  // How far ahead of a scan its cells are asked for: enough to cover a memory latency.
+  constexpr int64_t kAhead = 32;
   Range stack[kStackRoom];
   int depth = 0;
   stack[depth++] = {0, static_cast<int64_t>(count) - 1};
@@ -153,23 +161,34 @@ void SortPositions(KeyCells& cells, const SortKeys& keys, uint32_t* order, uint3
       // The pivot: the row nearest the middle, looking down then up, that has a key cell.
       int64_t middle = (low + high) / 2, chosen = middle;
       for (int64_t down = middle, up = middle; down >= low || up <= high; --down, ++up) {
-        if (down >= low && cells.AnyCell(order[down])) {
+        if (down >= low && entries.AnyCell(down)) {
           chosen = down;
           break;
         }
-        if (up <= high && cells.AnyCell(order[up])) {
+        if (up <= high && entries.AnyCell(up)) {
           chosen = up;
           break;
         }
       }
-      const CellRecord* const* p = cells.At(order[chosen], 0);
-      std::copy(p, p + keys.count, pivot);
+      std::copy(entries.Cells(chosen), entries.Cells(chosen) + keys.count, pivot);
       int64_t i = low, j = high;
       while (i <= j) {
-        while (CompareRows(cells.At(order[i], 1), pivot, keys.count, keys.flags) < 0) ++i;
-        while (CompareRows(pivot, cells.At(order[j], 1), keys.count, keys.flags) < 0) --j;
+        // Every entry a scan visits asks for the cell of the one kAhead further on, so that the
+        // comparison seldom waits for memory.
+        for (;; ++i) {
+          if constexpr (std::is_same_v<Records, Entries>) {
+            if (i + kAhead <= high) entries.Prefetch(i + kAhead);
+          }
+          if (CompareRows(entries.Cells(i), pivot, keys.count, keys.flags) >= 0) break;
+        }
+        for (;; --j) {
+          if constexpr (std::is_same_v<Records, Entries>) {
+            if (j - kAhead >= low) entries.Prefetch(j - kAhead);
+          }
+          if (CompareRows(pivot, entries.Cells(j), keys.count, keys.flags) >= 0) break;
+        }
         if (i <= j) {
-          std::swap(order[i], order[j]);
+          entries.Swap(i, j);
           ++i;
           --j;
         }
@@ -184,6 +203,38 @@ void SortPositions(KeyCells& cells, const SortKeys& keys, uint32_t* order, uint3
     }
   }
 }
+
+// Without memory for the entries: the same quicksort over the rows themselves, each comparison
+// looking its cells up again through the row index. Slower, the same order.
+class LookedUp {
+ public:
+  LookedUp(Worksheet& sheet, const SortKeys& keys, uint32_t* rows)
+      : sheet_(sheet), keys_(keys), rows_(rows) {}
+  const CellRecord* const* Cells(int64_t i) { return Fetch(i, next_ ^= 1); }
+  bool AnyCell(int64_t i) {
+    const CellRecord* const* cells = Fetch(i, 0);
+    for (uint16_t k = 0; k < keys_.count; ++k) {
+      if (cells[k] != nullptr) return true;
+    }
+    return false;
+  }
+  void Swap(int64_t i, int64_t j) { std::swap(rows_[i], rows_[j]); }
+
+ private:
+  const CellRecord* const* Fetch(int64_t i, int slot) {
+    uint32_t row = rows_[i];
+    for (uint16_t k = 0; k < keys_.count; ++k) {
+      cells_[slot][k] = row < kRowLimit ? sheet_.cells.GetCellFast(row, keys_.fields[k]) : nullptr;
+    }
+    return cells_[slot];
+  }
+
+  Worksheet& sheet_;
+  const SortKeys& keys_;
+  uint32_t* rows_;
+  int next_ = 0;
+  const CellRecord* cells_[2][kMaxSortKeys] = {};
+};
 
 }  // namespace
 
@@ -220,14 +271,13 @@ void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t c
     if (rows[i] < kRowLimit && rows[i] > highest) highest = rows[i];
   }
   if (count > 10) sheet.cells.BuildRowIndex(0, highest);
-  KeyCells cells(sheet, keys, rows, count);
-  std::unique_ptr<uint32_t[]> order(new (std::nothrow) uint32_t[count]);
-  std::unique_ptr<uint32_t[]> sorted(new (std::nothrow) uint32_t[count]);
-  if (order != nullptr && sorted != nullptr) {
-    for (uint32_t p = 0; p < count; ++p) order[p] = p;
-    SortPositions(cells, keys, order.get(), count);
-    for (uint32_t p = 0; p < count; ++p) sorted[p] = rows[order[p]];
-    std::copy(sorted.get(), sorted.get() + count, rows);
+  Entries entries(sheet, keys, rows, count);
+  if (entries.ok()) {
+    SortEntries(entries, keys, count);
+    for (uint32_t p = 0; p < count; ++p) rows[p] = entries.Row(p);
+  } else {
+    LookedUp lookedUp(sheet, keys, rows);
+    SortEntries(lookedUp, keys, count);
   }
   sheet.cells.InvalidateRowIndex();
 }
