@@ -29,6 +29,8 @@ const std::vector<CommandInfo>& Commands() {
        "save a document under another name and native form", RunConvert},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
+      {"help-function", "NAME", "show a function's category, syntax, description and examples",
+       RunHelpFunction},
   };
   return commands;
 }

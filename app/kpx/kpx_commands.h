@@ -44,5 +44,6 @@ int RunEval(CommandContext& context);
 int RunRecalc(CommandContext& context);
 int RunConvert(CommandContext& context);
 int RunLocale(CommandContext& context);
+int RunHelpFunction(CommandContext& context);
 
 }  // namespace kelpdex::kpx
