@@ -58,7 +58,8 @@ uint8_t GetTextArg(FormulaEngine& engine, int slot, char* buffer, std::string_vi
     source = std::string_view(number, NumberToGeneral(v.number, number));
   }
   size_t n = source.size() < kTextArgSize - 1 ? source.size() : kTextArgSize - 1;
-  std::memcpy(buffer, source.data(), n);
+  // An empty view may carry no pointer at all, which memcpy must not be given.
+  if (n > 0) std::memcpy(buffer, source.data(), n);
   buffer[n] = '\0';
   text = std::string_view(buffer, n);
   if (v.kind == kind::kString) engine.PopString();
