@@ -43,6 +43,8 @@ const std::vector<CommandInfo>& Commands() {
        "store the sort keys, first most significant, or remove them, and save", RunSort},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
+      {"help-function", "NAME", "show a function's category, syntax, description and examples",
+       RunHelpFunction},
   };
   return commands;
 }

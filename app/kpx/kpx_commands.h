@@ -47,5 +47,6 @@ int RunLocale(CommandContext& context);
 int RunFilter(CommandContext& context);
 int RunKey(CommandContext& context);
 int RunSort(CommandContext& context);
+int RunHelpFunction(CommandContext& context);
 
 }  // namespace kelpdex::kpx

@@ -225,7 +225,8 @@ struct Decimal {
 
 Decimal ToDecimal(double magnitude) {
   Decimal dec{};
-  if (magnitude == 0) return dec;
+  // Callers pass finite values; anything else reads as zero rather than past the buffer.
+  if (magnitude == 0 || !std::isfinite(magnitude)) return dec;
   char buf[32];
   auto r = std::to_chars(buf, buf + sizeof buf, magnitude, std::chars_format::scientific, 14);
   std::string_view text(buf, static_cast<size_t>(r.ptr - buf));
@@ -323,7 +324,10 @@ bool FormatSectionNumber(double x, const CompiledFormat& f, int sectionIndex, Te
 
   if (hasExponent && fixedExponent) {
     int power = s.exponentSign == '-' ? -fixedPower : fixedPower;
-    Decimal dec = ToDecimal(magnitude / std::pow(10.0, power));
+    // A fixed exponent far from the value's own leaves no double to show ("0e-488" of 5).
+    double scaled = magnitude / std::pow(10.0, power);
+    if (!std::isfinite(scaled)) return false;
+    Decimal dec = ToDecimal(scaled);
     RoundTo(dec, dec.x10 + 1 + decimals);
     Place(dec, decimals, digitBuf, whole, fraction);
   } else if (hasExponent) {

@@ -58,7 +58,8 @@ uint8_t GetTextArg(FormulaEngine& engine, int slot, char* buffer, std::string_vi
     source = std::string_view(number, NumberToGeneral(v.number, number));
   }
   size_t n = source.size() < kTextArgSize - 1 ? source.size() : kTextArgSize - 1;
-  std::memcpy(buffer, source.data(), n);
+  // An empty view may carry no pointer at all, which memcpy must not be given.
+  if (n > 0) std::memcpy(buffer, source.data(), n);
   buffer[n] = '\0';
   text = std::string_view(buffer, n);
   if (v.kind == kind::kString) engine.PopString();
@@ -120,6 +121,31 @@ void SetNumberResult(FormulaEngine& engine, int slot, double value, uint8_t erro
   if (error == 0 && IsBadNumber(value)) error = ferr::kNum;
   engine.Operand(slot) = FormulaValue::Number(error == 0 ? value : 0, error);
   engine.SetDepth(slot);
+}
+
+void SetTextResult(FormulaEngine& engine, int slot, std::string_view text, uint8_t error) {
+  engine.SetDepth(slot);
+  if (error == 0 && engine.PushString(text)) {
+    engine.Operand(slot) = FormulaValue();
+    engine.Operand(slot).kind = kind::kString;
+    return;
+  }
+  engine.Operand(slot) = FormulaValue::Empty(error != 0 ? error : ferr::kValue);
+}
+
+uint8_t ForEachCellOf(FormulaEngine& engine, int slot, void* context,
+                      void (*visit)(void* context, const CellRecord* cell)) {
+  FormulaValue& v = engine.Operand(slot);
+  uint8_t error = v.errorCode;
+  if (error == 0) {
+    bool isArray = v.kind == kind::kArray;
+    CellStore* cells =
+        isArray ? &engine.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
+    RangeCursor read(cells, isArray ? 0 : v.row1, v.row2, isArray ? 0 : v.column1, v.column2);
+    while (const CellRecord* r = read.Next()) visit(context, r);
+  }
+  engine.Release(v);
+  return error;
 }
 
 uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void* context,

@@ -59,6 +59,15 @@ bool HasArguments(FormulaEngine& engine, int count);
 bool BroadcastArrays(FormulaEngine& engine, int count);
 // Leaves a number result in `slot` and makes it the top of the stack.
 void SetNumberResult(FormulaEngine& engine, int slot, double value, uint8_t error);
+// Leaves a text result in `slot` (pushed on the pool) and makes it the top of the stack. With an
+// error, or when the pool has no room for the text, the slot holds the error alone ("#VALUE!" for
+// the pool).
+void SetTextResult(FormulaEngine& engine, int slot, std::string_view text, uint8_t error);
+
+// Visits the cells that exist in an array or range argument in row-major order, then releases the
+// argument. Returns the slot's own error (no cell is visited then) or 0.
+uint8_t ForEachCellOf(FormulaEngine& engine, int slot, void* context,
+                      void (*visit)(void* context, const CellRecord* cell));
 
 // Visits the numbers of an aggregate's arguments, last to first as the stack releases them:
 // scalars through GetNumberArg, arrays and ranges cell by cell with a forward cursor. Returns the

@@ -1,5 +1,8 @@
 #include "functions/criteria.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "core/locale_settings.h"
 #include "format/number_text.h"
 #include "text/code_page.h"
@@ -32,6 +35,45 @@ bool WildcardMatch(std::string_view pattern, std::string_view text) {
   }
   while (p < pattern.size() && pattern[p] == '*') ++p;
   return p == pattern.size();
+}
+
+size_t FindPattern(std::string_view pattern, std::string_view text, size_t from, size_t& length) {
+  // One sweep over the pattern, keeping for every end position in the text the earliest start
+  // from which the pattern read so far matches up to there: the leftmost match and its longest
+  // extent come out together in time proportional to pattern times text.
+  constexpr uint32_t kNone = 0xFFFFFFFF;
+  const size_t n = text.size();
+  if (from > n) return std::string_view::npos;
+  std::vector<uint32_t> start(n + 1);
+  for (size_t t = 0; t <= n; ++t) start[t] = t >= from ? static_cast<uint32_t>(t) : kNone;
+  for (size_t p = 0; p < pattern.size(); ++p) {
+    char c = pattern[p];
+    if (c == '*') {
+      for (size_t t = 1; t <= n; ++t) start[t] = std::min(start[t], start[t - 1]);
+      continue;
+    }
+    bool literal =
+        c == '~' && p + 1 < pattern.size() && (pattern[p + 1] == '*' || pattern[p + 1] == '?');
+    if (literal) c = pattern[++p];
+    bool any = !literal && c == '?';
+    char want = text::CharUpper(c);
+    for (size_t t = n; t > 0; --t) {
+      bool step = any || text::CharUpper(text[t - 1]) == want;
+      start[t] = step ? start[t - 1] : kNone;
+    }
+    start[0] = kNone;
+  }
+  uint32_t first = kNone;
+  size_t end = 0;
+  for (size_t t = 0; t <= n; ++t) {
+    if (start[t] < first || (start[t] == first && first != kNone)) {
+      first = start[t];
+      end = t;
+    }
+  }
+  if (first == kNone) return std::string_view::npos;
+  length = end - first;
+  return first;
 }
 
 void Criteria::SetNumber(double value) {

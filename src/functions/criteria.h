@@ -14,6 +14,10 @@ namespace kelpdex {
 // whole text.
 bool WildcardMatch(std::string_view pattern, std::string_view text);
 
+// The first place at or after `from` where the pattern (as for WildcardMatch) matches a stretch of
+// the text; npos when there is none. `length` gets the longest stretch that matches there.
+size_t FindPattern(std::string_view pattern, std::string_view text, size_t from, size_t& length);
+
 class Criteria {
  public:
   // From the criteria argument: a number, a text (with an optional leading comparison) or an

@@ -72,5 +72,7 @@ std::vector<std::string_view> HelpNamesOfCategory(int category);
 std::span<const HelpEntry> MathHelp();
 std::span<const HelpEntry> LogicalHelp();
 std::span<const HelpEntry> InformationalHelp();
+std::span<const HelpEntry> TextHelp();
+std::span<const HelpEntry> DateHelp();
 
 }  // namespace kelpdex

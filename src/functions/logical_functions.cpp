@@ -122,7 +122,10 @@ void If(FormulaEngine& e) {
     return;
   }
   if (e.Operand(base).kind & kind::kArrayOrRange) {
-    bool isArray[3] = {true, false, false};
+    // Beside an array of tests, arrays among the choices go element by element too: the
+    // broadcast cannot hand an array to each element's call as if it were a scalar.
+    bool isArray[3];
+    for (int i = 0; i < 3; ++i) isArray[i] = (e.Operand(base + i).kind & kind::kArrayOrRange) != 0;
     e.ApplyOverArray(isArray, base);
     return;
   }

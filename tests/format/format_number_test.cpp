@@ -92,6 +92,8 @@ TEST(FormatNumber, ExponentsFixedExponentsAndGeneral) {
   EXPECT_EQ(Fmt(1234567, "##0.0E+0"), "1.2E+6");
   EXPECT_EQ(Fmt(12345, "0.00e+\"03\""), "12.35e+03");
   EXPECT_EQ(Fmt(0.012345, "0.00e-\"03\""), "12.35e-03");
+  // A fixed exponent that leaves no double to show does not apply: the value shows as General.
+  EXPECT_EQ(Fmt(5, "0e-\"400\""), "5");
   EXPECT_EQ(Fmt(1234567890.12345, "General"), "1234567890.12345");
   EXPECT_EQ(Fmt(-2.5, "General;(General)"), "(2.5)");
   EXPECT_EQ(Fmt(2.5, "General \"kg\"", &kGermanLocale), "2,5 kg");

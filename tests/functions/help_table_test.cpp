@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "format/generic_date.h"
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
 #include "store/cell_record.h"
@@ -25,8 +26,18 @@ const std::set<std::string_view> kDrawn = {"rand", "randBetween"};
 // Entries whose name the function table does not know: the statistical entry kept its old
 // spelling.
 const std::set<std::string_view> kUnknownNames = {"treamMean"};
-// Entries whose syntax line deliberately differs from their name and arguments.
-const std::set<std::string_view> kOddSyntax = {"degrees"};
+// Entries whose syntax line deliberately differs from their name and arguments: substitute's
+// line lacks its closing bracket.
+const std::set<std::string_view> kOddSyntax = {"degrees", "substitute"};
+// Functions of the clock: their examples show the moment the help was written, so a result only
+// has to be of the same kind (a date, a time).
+const std::set<std::string_view> kClock = {"now", "today"};
+// Examples that the function's own algorithm contradicts; the algorithm wins. From 18:15:10 on
+// the first to 12:10:00 on the fourth are 2 days, 17 hours, 54 minutes and 50 seconds: the
+// example's "50M" is a slip.
+const std::set<std::string_view> kWrongExamples = {
+    "=dateDiff(\"2005-01-01T18:15:10\", \"2005-01-04T12:10:00\") returns \"P2DT17H50M50S\"",
+};
 
 // The lines of a help text; false unless every line, the last included, ends with CR LF.
 bool SplitLines(std::string_view text, std::vector<std::string_view>& lines) {
@@ -172,6 +183,14 @@ void CheckExample(testing::FormulaSheet& sheet, const HelpEntry& entry, std::str
   std::vector<std::vector<Value>> rows;
   bool isArray = false;
   ASSERT_TRUE(ReadExpected(line.substr(at + 9), rows, isArray)) << "unreadable result";
+  if (kClock.contains(entry.name)) {
+    DateTimeRecord want, have;
+    ASSERT_TRUE(ParseGenericDate(rows[0][0].text, want));
+    ASSERT_TRUE(ParseGenericDate(got.text, have)) << "got " << Shown(got);
+    EXPECT_EQ(want.hasDate, have.hasDate);
+    EXPECT_EQ(want.hasTime, have.hasTime);
+    return;
+  }
   if (!isArray) {
     EXPECT_TRUE(Agrees(rows[0][0], got));
     return;
@@ -194,7 +213,27 @@ TEST(HelpTable, EveryExampleGivesItsResult) {
   for (const HelpEntry* entry : HelpEntries()) {
     std::vector<std::string_view> examples = Examples(*entry);
     EXPECT_FALSE(examples.empty()) << entry->name << " shows no example";
-    for (std::string_view line : examples) CheckExample(sheet, *entry, line);
+    for (std::string_view line : examples) {
+      if (!kWrongExamples.contains(line)) CheckExample(sheet, *entry, line);
+    }
+  }
+}
+
+TEST(HelpTable, ExamplesLeftOutAreStillInTheirEntries) {
+  // The list must not outlive a correction of the text, nor hide an example that holds.
+  testing::FormulaSheet sheet({}, &BuiltinFunctions());
+  for (std::string_view line : kWrongExamples) {
+    bool found = false;
+    for (const HelpEntry* entry : HelpEntries()) {
+      for (std::string_view example : Examples(*entry)) found |= example == line;
+    }
+    EXPECT_TRUE(found) << line;
+    size_t at = line.find(" returns ");
+    std::vector<std::vector<Value>> rows;
+    bool isArray = false;
+    ASSERT_TRUE(ReadExpected(line.substr(at + 9), rows, isArray));
+    sheet.Eval(std::string(line.substr(0, at)));
+    EXPECT_FALSE(Agrees(rows[0][0], ResultValue(*sheet.engine))) << line;
   }
 }
 

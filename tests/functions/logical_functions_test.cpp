@@ -53,6 +53,9 @@ const Case kCases[] = {
     {"=if(0, {1,2}, {3,4})", "3"},
     {"=if(1, {1,2}, {3,4})", "1"},
     {"=if({1,0}, \"a\", \"b\")", "a"},
+    // Arrays among the choices go element by element beside an array of tests.
+    {"=concatenate(if({1,0,1}, {\"a\",\"b\",\"c\"}, \"z\"))", "azc"},
+    {"=if({1,0}, {1,2}, {3,4,5})", "#VALUE!"},
     {"=if(1, 2)", "#SYNTAX!"},
     {"=isBlank(Empty)", "1"},
     {"=isBlank(Blank)", "1"},
