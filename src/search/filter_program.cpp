@@ -53,7 +53,52 @@ uint16_t ComparisonOp(int digit) {
   }
 }
 
+// Whether a SEARCH pattern ("?" any character, "*" any run, "~" before either makes it literal)
+// matches at the start of `text`, or with `anywhere` at some place in it. Without case, by the
+// code page's upper case, as SEARCH compares.
+bool PatternMatches(std::string_view pattern, std::string_view text, bool anywhere) {
+  constexpr size_t kNoStar = std::string_view::npos;
+  size_t p = 0, t = 0;
+  // Where to resume after a mismatch: behind the last star, one character further into the text.
+  // Looking anywhere is a star before the pattern.
+  size_t starP = anywhere ? 0 : kNoStar, starT = 0;
+  for (;;) {
+    // What follows the pattern's end is free: SEARCH needs a match that starts here, of any length.
+    if (p == pattern.size()) return true;
+    char c = pattern[p];
+    if (c == '*') {
+      starP = ++p;
+      starT = t;
+      continue;
+    }
+    size_t width = 1;
+    bool any = c == '?';
+    if (c == '~' && p + 1 < pattern.size() && (pattern[p + 1] == '*' || pattern[p + 1] == '?')) {
+      c = pattern[p + 1];
+      width = 2;
+      any = false;
+    }
+    if (t < text.size() && (any || text::CharUpper(text[t]) == text::CharUpper(c))) {
+      p += width;
+      ++t;
+      continue;
+    }
+    if (starP == kNoStar || starT >= text.size()) return false;
+    p = starP;
+    t = ++starT;
+  }
+}
+
 }  // namespace
+
+bool FilterProgram::AddPattern(std::string_view pattern) {
+  if (pattern.find('"') != std::string_view::npos) return false;
+  Term term;
+  term.text.assign(pattern);
+  terms_.push_back(std::move(term));
+  patterns_ = true;
+  return true;
+}
 
 bool FilterProgram::AddTerm(uint16_t op, bool number, std::string_view operand) {
   Term term;
@@ -85,10 +130,9 @@ bool FilterProgram::AddTerm(uint16_t op, bool number, std::string_view operand) 
 bool FilterProgram::Compile(const std::vector<FormulaField>& fields, std::string_view name,
                             FieldType type, int digit, std::string_view operand) {
   terms_.clear();
-  if (digit < filter_op::kEqual || digit > filter_op::kOr) return false;
+  patterns_ = false;
+  if (digit < filter_op::kPattern || digit > filter_op::kOr) return false;
   const bool number = type == FieldType::kNumber;
-  // Text fields match words with SEARCH in And and Or, which is the evaluator's to answer.
-  if ((digit == filter_op::kAnd || digit == filter_op::kOr) && !number) return false;
   // In every expansion the name is followed by a blank.
   std::string named(name);
   named += ' ';
@@ -115,9 +159,12 @@ bool FilterProgram::Compile(const std::vector<FormulaField>& fields, std::string
       combine_ = digit == filter_op::kAnd ? Combine::kAll : Combine::kAny;
       if (words.empty()) return false;
       for (std::string_view word : words) {
-        if (!AddTerm(kind::kEqual, true, word)) return false;
+        if (!(number ? AddTerm(kind::kEqual, true, word) : AddPattern(word))) return false;
       }
       return true;
+    case filter_op::kPattern:
+      combine_ = Combine::kOne;
+      return AddPattern(operand);
     default:
       combine_ = Combine::kOne;
       return AddTerm(ComparisonOp(digit), number, operand);
@@ -125,6 +172,14 @@ bool FilterProgram::Compile(const std::vector<FormulaField>& fields, std::string
 }
 
 FilterProgram::Outcome FilterProgram::Compare(const Term& term, const CellRecord* cell) const {
+  if (term.op == 0) {
+    // SEARCH(pattern, text,) = 1: true where the pattern matches at the start, false where it
+    // matches further on, and an error where it matches nowhere or the text is empty.
+    std::string_view text = cell != nullptr ? cell::Text(cell) : std::string_view();
+    if (text.empty()) return Outcome::kError;
+    if (PatternMatches(term.text, text, false)) return Outcome::kTrue;
+    return PatternMatches(term.text, text, true) ? Outcome::kFalse : Outcome::kError;
+  }
   // An empty cell compares as 0 with a number and as "" with a text; a number never compares
   // with a text.
   int order;
@@ -165,8 +220,12 @@ FilterProgram::Outcome FilterProgram::Compare(const Term& term, const CellRecord
 
 FilterProgram::Verdict FilterProgram::Test(const CellRecord* cell) const {
   if (cell != nullptr) {
-    // A formula cell may still have to be calculated: the evaluator decides.
+    // A formula cell may still have to be calculated, and SEARCH reads a number as its text:
+    // the evaluator decides.
     if (!cell::IsNumber(cell) && !cell::IsText(cell)) return Verdict::kEvaluate;
+    if (patterns_ && cell::IsNumber(cell) && cell::ErrorNibble(cell) == 0) {
+      return Verdict::kEvaluate;
+    }
     if (cell::ErrorNibble(cell) != 0) return Verdict::kDrop;
   }
   bool all = true, any = false;

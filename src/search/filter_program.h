@@ -1,5 +1,6 @@
-// The compiled form of a filter whose formula only compares one field with constants, which is
-// what every operator of the filter dialog but Pattern makes. It answers for a record straight
+// The compiled form of a filter whose formula only compares one field with constants, or looks
+// for patterns at the start of a text field with SEARCH, which is what every operator of the
+// filter dialog makes. It answers for a record straight
 // from the field's cell, with the evaluator's own comparison rules, and leaves to the evaluator
 // the records it cannot answer for (a calculated field's cell). Filters of any other shape are
 // not compiled and go through the formula text.
@@ -31,7 +32,7 @@ class FilterProgram {
 
  private:
   struct Term {
-    uint16_t op = 0;  // kind::kEqual .. kind::kNotEqual
+    uint16_t op = 0;  // kind::kEqual .. kind::kNotEqual; 0 for a SEARCH pattern at the start
     bool number = false;
     double value = 0;
     std::string text;
@@ -40,11 +41,13 @@ class FilterProgram {
   enum class Outcome : uint8_t { kFalse, kTrue, kError };
 
   bool AddTerm(uint16_t op, bool number, std::string_view operand);
+  bool AddPattern(std::string_view pattern);
   Outcome Compare(const Term& term, const CellRecord* cell) const;
 
   uint16_t column_ = 0;
   Combine combine_ = Combine::kOne;
   std::vector<Term> terms_;
+  bool patterns_ = false;
 };
 
 }  // namespace kelpdex

@@ -29,8 +29,9 @@ class FilterProgramTest : public testing::TableTest {
                Field("Q", FieldType::kText)});
   }
   std::string RandomText(std::mt19937& random) {
-    static const char* texts[] = {"", "abc", "ABC", "abd", "10", "-3", "1e3", "zz", "a b", "Ab"};
-    return texts[random() % 10];
+    static const char* texts[] = {"",    "abc", "ABC", "abd", "10", "-3", "1e3", "zz",
+                                  "a b", "Ab",  "a*",  "?b",  "*c", "~*", "a~?", "b*d"};
+    return texts[random() % 16];
   }
   std::string RandomNumber(std::mt19937& random) {
     static const char* numbers[] = {"0",   "10",    "-3", "2.5", " 7 ", "1e2", ".5",  "-",
@@ -87,7 +88,7 @@ TEST_F(FilterProgramTest, CompiledFiltersKeepWhatTheirFormulasKeep) {
   for (int round = 0; round < 600; ++round) {
     std::vector<std::string> filters(7);
     uint16_t field = static_cast<uint16_t>(random() % 7);
-    int digit = 2 + static_cast<int>(random() % 7);
+    int digit = 1 + static_cast<int>(random() % 8);
     std::string operand = RandomOperand(random, types[field] == FieldType::kNumber);
     filters[field] = MakeFilterText(digit, operand);
     SCOPED_TRACE(std::to_string(field) + " " + filters[field]);
@@ -116,9 +117,10 @@ TEST_F(FilterProgramTest, OnlyFormulasOfOneComparableShapeAreCompiled) {
       {"qty2", FieldType::kNumber, filter_op::kBetween, "1 2 3", true, 1},
       {"Last Name", FieldType::kText, filter_op::kEqual, "x", false, 0},  // read as "Last"
       {"Name", FieldType::kText, filter_op::kLess, "a\"b", false, 0},
-      {"Name", FieldType::kText, filter_op::kAnd, "a", false, 0},  // SEARCH decides
+      {"Name", FieldType::kText, filter_op::kAnd, "a* ?b", true, 2},
+      {"Name", FieldType::kText, filter_op::kPattern, "a\"", false, 0},
       {"Qty", FieldType::kNumber, filter_op::kOr, "1 x", false, 0},
-      {"Qty", FieldType::kNumber, filter_op::kPattern, "1", false, 0},
+      {"Qty", FieldType::kNumber, filter_op::kPattern, "1", true, 0},
       {"Qty", FieldType::kNumber, filter_op::kExpression, "=Qty", false, 0},
       {"Calc", FieldType::kNumber, filter_op::kGreater, "4", true, 5},
       {"Nothing", FieldType::kNumber, filter_op::kGreater, "4", false, 0},
