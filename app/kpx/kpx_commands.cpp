@@ -27,6 +27,12 @@ const std::vector<CommandInfo>& Commands() {
       {"recalc", "FILE", "recompute the calculated fields of every table and save", RunRecalc},
       {"convert", "IN OUT [--format xml|xml.gz|binary|binary.gz]",
        "save a document under another name and native form", RunConvert},
+      {"protect", "FILE --password-file P [--read-only-copy]",
+       "protect a document with the password on the first line of P and save it in binary form; "
+       "--read-only-copy lets anyone open its values, read-only, without the password",
+       RunProtect},
+      {"unprotect", "FILE --password-file P", "remove a document's password protection and save",
+       RunUnprotect},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
   };

@@ -16,6 +16,8 @@ struct CommandContext {
   std::vector<std::string> words;  // the words after the subcommand's name
   FILE* out;
   FILE* err;
+  // --password-file, which every command that opens a document takes; empty when not given.
+  std::string passwordFile;
 };
 
 struct CommandInfo {
@@ -44,5 +46,7 @@ int RunEval(CommandContext& context);
 int RunRecalc(CommandContext& context);
 int RunConvert(CommandContext& context);
 int RunLocale(CommandContext& context);
+int RunProtect(CommandContext& context);
+int RunUnprotect(CommandContext& context);
 
 }  // namespace kelpdex::kpx
