@@ -25,8 +25,11 @@ void PrintHelp(FILE* to) {
   for (const CommandInfo& command : Commands()) {
     std::fprintf(to, "  %-12s %s\n", command.name, command.summary);
   }
-  std::fputs("\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n",
-             to);
+  std::fputs(
+      "\nEvery command that opens a document takes --password-file P for a protected one: the\n"
+      "first line of P is the password.\n"
+      "\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n",
+      to);
 }
 
 void PrintCommandHelp(FILE* to, const CommandInfo& command) {
