@@ -18,7 +18,9 @@ size_t FillerLength(uint8_t first) {
   return std::max<size_t>(1, static_cast<size_t>(first) * 4);
 }
 
-// Reads and deciphers the head; `digest` gets D. False at the end of the file.
+// Reads and deciphers the head; `digest` gets D. False with `error` when the file ends inside the
+// head (37: nothing proves the password), the cipher fails (70), or the head does not hold
+// together.
 bool ReadHead(FileStream& stream, Rc4Cipher& cipher, uint8_t digest[kDigestSize],
               ErrorCode& error) {
   uint8_t head[kMaxHead];
@@ -26,7 +28,10 @@ bool ReadHead(FileStream& stream, Rc4Cipher& cipher, uint8_t digest[kDigestSize]
     error = stream.ok() ? err::kInvalidPassword : stream.error();
     return false;
   }
-  cipher.Transform(head, 1);
+  if (!cipher.Transform(head, 1)) {
+    error = err::kDecrypt;
+    return false;
+  }
   size_t rest = FillerLength(head[0]) + kDigestSize;
   if (stream.ReadSome(head + 1, rest) != rest) {
     error = stream.ok() ? err::kInvalidPassword : stream.error();
@@ -95,7 +100,10 @@ bool StartProtectedStream(FileStream& stream, uint64_t start, std::string_view p
   for (;;) {
     size_t got = stream.ReadSome(piece, sizeof piece);
     if (got == 0) break;
-    cipher.Transform(piece, got);
+    if (!cipher.Transform(piece, got)) {
+      error = err::kDecrypt;
+      return false;
+    }
     hash.Update(piece, got);
   }
   WipeBytes(piece, sizeof piece);
