@@ -194,13 +194,5 @@ TEST_F(ProtectionTest, AnyDamageToTheEncipheredPartIsAnInvalidPassword) {
   }
 }
 
-TEST_F(ProtectionTest, AProtectedDocumentWithoutItsPasswordIsNotWritten) {
-  FileStream out;
-  ASSERT_TRUE(out.Open(dir.Path("none.kpx"), StreamMode::kWrite, false));
-  book.protectionMode = 2;
-  EXPECT_FALSE(WriteBinaryDocument(out, book));
-  EXPECT_EQ(out.error(), err::kInvalidPassword);
-}
-
 }  // namespace
 }  // namespace kelpdex
