@@ -22,6 +22,11 @@ int RunConvert(CommandContext& context) {
   if (!document.Open(args.positionals()[0], true)) return kExitFailure;
   // Without --format the copy keeps the form the document came in.
   if (format) document.book.fileFormat = *format;
+  if (document.book.protectionMode != 0 && format && IsXmlFormat(*format)) {
+    return Fail(context,
+                "the XML forms hold no password: unprotect the document first, or "
+                "convert it to binary or binary.gz");
+  }
   document.prompter.saveChoice = SaveFileChoice{args.positionals()[1], FileFilter::kDefault};
   return document.session.SaveDocumentAs() ? kExitSuccess : kExitFailure;
 }

@@ -25,8 +25,11 @@ void PrintHelp(FILE* to) {
   for (const CommandInfo& command : Commands()) {
     std::fprintf(to, "  %-12s %s\n", command.name, command.summary);
   }
-  std::fputs("\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n",
-             to);
+  std::fputs(
+      "\nEvery command that opens a document takes --password-file P for a protected one: the\n"
+      "first line of P is the password.\n"
+      "\nExit status: 0 success, 1 the operation failed, 2 the command line was wrong.\n",
+      to);
 }
 
 void PrintCommandHelp(FILE* to, const CommandInfo& command) {
@@ -77,11 +80,26 @@ int Main(int argc, const char* const* argv, FILE* out, FILE* err) {
     PrintHelp(err);
     return kExitUsage;
   }
-  CommandContext context{{}, out, err};
+  CommandContext context{{}, out, err, {}};
+  bool optionsEnded = false;
   for (int i = 2; i < argc; ++i) {
     if (std::strcmp(argv[i], "--help") == 0) {
       PrintCommandHelp(out, *command);
       return kExitSuccess;
+    }
+    // The password file is everyone's option: taken here, so that no command has to list it.
+    optionsEnded = optionsEnded || std::strcmp(argv[i], "--") == 0;
+    if (!optionsEnded && std::strncmp(argv[i], "--password-file", 15) == 0) {
+      if (argv[i][15] == '=') {
+        context.passwordFile = argv[i] + 16;
+        continue;
+      }
+      if (argv[i][15] == '\0') {
+        if (i + 1 == argc)
+          return UsageError(context, *command, "option --password-file needs a value");
+        context.passwordFile = argv[++i];
+        continue;
+      }
     }
     context.words.emplace_back(argv[i]);
   }

@@ -41,6 +41,12 @@ const std::vector<CommandInfo>& Commands() {
        "add, delete, rename or select a search key and save (select Default or None too)", RunKey},
       {"sort", "FILE --table NAME (--by FIELD[:desc]... | --none)",
        "store the sort keys, first most significant, or remove them, and save", RunSort},
+      {"protect", "FILE --password-file P [--read-only-copy]",
+       "protect a document with the password on the first line of P and save it in binary form; "
+       "--read-only-copy lets anyone open its values, read-only, without the password",
+       RunProtect},
+      {"unprotect", "FILE --password-file P", "remove a document's password protection and save",
+       RunUnprotect},
       {"locale", "[--choice N | --list]",
        "show the regional settings a locale choice gives on this machine", RunLocale},
       {"help-function", "NAME", "show a function's category, syntax, description and examples",

@@ -16,6 +16,8 @@ struct CommandContext {
   std::vector<std::string> words;  // the words after the subcommand's name
   FILE* out;
   FILE* err;
+  // --password-file, which every command that opens a document takes; empty when not given.
+  std::string passwordFile;
 };
 
 struct CommandInfo {
@@ -48,5 +50,7 @@ int RunFilter(CommandContext& context);
 int RunKey(CommandContext& context);
 int RunSort(CommandContext& context);
 int RunHelpFunction(CommandContext& context);
+int RunProtect(CommandContext& context);
+int RunUnprotect(CommandContext& context);
 
 }  // namespace kelpdex::kpx

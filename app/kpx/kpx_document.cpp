@@ -1,5 +1,6 @@
 #include "kpx/kpx_document.h"
 
+#include "kpx/kpx_password.h"
 #include "store/field_row.h"
 #include "table/table_state.h"
 #include "text/code_page.h"
@@ -28,6 +29,26 @@ bool CommandPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {
   return true;
 }
 
+PasswordChoice CommandPrompter::AskOpenPassword(std::string_view path, bool /*readOnlyOffered*/,
+                                                Password& answer) {
+  if (password.empty()) {
+    std::fprintf(err_, "kpx: %s: %s\n", std::string(path).c_str(),
+                 ErrorText(err::kInvalidPassword));
+    return PasswordChoice::kCancel;
+  }
+  answer.CopyFrom(password);
+  return PasswordChoice::kPassword;
+}
+
+bool CommandPrompter::ProtectionDialog(ProtectionAnswers& answers) {
+  if (protection == nullptr) return false;
+  answers.protect = protection->protect;
+  answers.allowReadOnly = protection->allowReadOnly;
+  answers.password.CopyFrom(protection->password);
+  answers.confirmation.CopyFrom(protection->confirmation);
+  return true;
+}
+
 CommandDocument::CommandDocument(CommandContext& context, int defaultAnswer)
     : session(book, settings), prompter(context.err, defaultAnswer), context_(context) {
   previous_ = SetActivePrompter(&prompter);
@@ -41,6 +62,13 @@ CommandDocument::~CommandDocument() {
 
 bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed) {
   prompter.readOnlyAllowed = readOnlyAllowed;
+  if (!context_.passwordFile.empty()) {
+    std::string why;
+    if (!ReadPasswordFile(context_.passwordFile, prompter.password, why)) {
+      Fail(context_, why);
+      return false;
+    }
+  }
   // kpx reads only the native forms; whatever the extension says, the first bytes decide.
   return session.OpenDocument(path, DocumentKind::kNative);
 }

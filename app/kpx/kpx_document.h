@@ -26,10 +26,17 @@ class CommandPrompter : public ConsolePrompter {
   bool OfferReadOnly(std::string_view path) override;
   bool ChooseSaveFile(SaveFileChoice& choice) override;
   bool NewDatabaseWizard(NewDatabaseAnswers& answers) override;
+  // The password of --password-file; without one a protected file fails with code 37's message.
+  PasswordChoice AskOpenPassword(std::string_view path, bool readOnlyOffered,
+                                 Password& password) override;
+  // The answers `protection` points to, as protect and unprotect give them.
+  bool ProtectionDialog(ProtectionAnswers& answers) override;
 
   bool readOnlyAllowed = false;
   std::optional<SaveFileChoice> saveChoice;
   std::optional<NewDatabaseAnswers> wizard;
+  Password password;  // empty: no --password-file
+  const ProtectionAnswers* protection = nullptr;
 
  private:
   FILE* err_;
@@ -44,8 +51,8 @@ class CommandDocument {
   CommandDocument(const CommandDocument&) = delete;
   CommandDocument& operator=(const CommandDocument&) = delete;
 
-  // Opens a native document. A command that only reads may take a file another process holds.
-  // False after the failure was reported.
+  // Opens a native document, protected ones with the password of --password-file. A command that
+  // only reads may take a file another process holds. False after the failure was reported.
   bool Open(const std::string& path, bool readOnlyAllowed);
   // Makes the named table current and fills `table`; the first table when `name` is empty. False
   // after a message.

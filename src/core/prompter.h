@@ -10,6 +10,7 @@
 
 #include "core/document_kind.h"
 #include "core/field_type.h"
+#include "core/password.h"
 
 namespace kelpdex {
 
@@ -84,6 +85,15 @@ class Prompter {
   // The New Database wizard; false on Cancel. The dialog checks each page as the field and table
   // dialogs do, and the caller checks the answers again.
   virtual bool NewDatabaseWizard(NewDatabaseAnswers& /*answers*/) { return false; }
+  // The Open Password dialog for a protected file; "Open As &Read-Only" is offered only when
+  // `readOnlyOffered`. The password goes into `password`.
+  virtual PasswordChoice AskOpenPassword(std::string_view /*path*/, bool /*readOnlyOffered*/,
+                                         Password& /*password*/) {
+    return PasswordChoice::kCancel;
+  }
+  // The Database Protection dialog, starting from `answers`; false on Cancel. On OK the dialog
+  // runs CheckProtectionAnswers and stays open while it refuses; the caller checks again.
+  virtual bool ProtectionDialog(ProtectionAnswers& /*answers*/) { return false; }
 };
 
 // The answer that changes nothing, for a prompter that cannot ask: Cancel where there is one,

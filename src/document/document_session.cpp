@@ -3,6 +3,7 @@
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_status.h"
+#include "document/protection_rules.h"
 #include "document/recent_files.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
@@ -158,6 +159,7 @@ void DocumentSession::ResetDocument() {
   book_.openKind = DocumentKind::kNative;
   book_.fileFormat = NativeFormat::kDefault;
   book_.protectionMode = 0;
+  book_.password.Wipe();
   book_.modified = false;
   book_.readOnly = false;
   book_.errorCode = err::kNone;
@@ -187,7 +189,12 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
   NativeFormat format = NativeFormat::kDefault;
   if (openKind == DocumentKind::kNative) {
     NativeFileKind kind = NativeFileKind::kNone;
-    ok = ReadDocumentFile(path, book_, kind, error, &line);
+    Password password;
+    bool usePassword = false;
+    // Cancel in the password dialog ends the open without a message, as a cancelled import does.
+    ok =
+        AskPasswordForOpen(path, password, usePassword) &&
+        ReadDocumentFile(path, book_, kind, error, &line, usePassword ? password.c_str() : nullptr);
     if (ok && kind == NativeFileKind::kEmpty) {
       // An empty file becomes a new database of that name. One that yielded a few bytes may be
       // a cut or foreign file: its bytes are kept until the user agrees to replace them.
@@ -420,16 +427,7 @@ bool DocumentSession::SaveDocument() {
     UpdateTitle();
     return false;
   }
-  if (book_.protectionMode != 0) {
-    if (book_.openKind != DocumentKind::kNative) {
-      Ask(str::kProtectionIgnored, mb::kOk | mb::kIconExclamation);
-    } else if (IsXmlFormat(EffectiveFormat(book_.fileFormat, settings_.defaultFileFormat))) {
-      if (Ask(str::kSwitchToBinary, mb::kOkCancel | mb::kIconQuestion) != answer::kOk) {
-        return false;
-      }
-      book_.fileFormat = NativeFormat::kBinary;
-    }
-  }
+  if (!ConfirmProtectedSave(book_, settings_.defaultFileFormat, book_.openKind)) return false;
   if (unreadBytes_ != 0) {
     std::string question = "The file " + platform::FileNameOf(book_.fileName) + " held " +
                            std::to_string(unreadBytes_) +
@@ -472,6 +470,7 @@ bool DocumentSession::SaveDocumentAs() {
     return false;
   }
   target.Release();
+  if (!ConfirmProtectedSave(book_, settings_.defaultFileFormat, kind)) return false;
   // The long texts and files go with the document: its cells point into the side file.
   if (!book_.fileName.empty()) {
     std::string side = SideFilePath(book_.fileName);

@@ -18,17 +18,25 @@ constexpr uint32_t kColumnRecordSize = 6;
 constexpr uint32_t kOldDropDownRecordSize = 34;
 }  // namespace binary
 
-// Writes the header "30000000000" and the stream: the document as it is.
+// Writes the header "30000000000" and the stream: the document as it is. A document with a
+// protection mode goes out protected instead (see WriteProtectedDocument).
 bool WriteBinaryDocument(FileStream& stream, const Workbook& book);
 // The stream alone, enciphered when `cipher` is given. `readOnlyCopy` writes every formula as its
 // value and clears the Auto flags: the copy a protected file carries in front of its cipher text.
 bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* cipher,
                        bool readOnlyCopy);
 
+// The MD5 of exactly the bytes WriteBinaryStream would write without a cipher, found by walking the
+// document once more instead of keeping a copy of the stream.
+void ComputeDocumentDigest(const Workbook& book, uint8_t digest[16]);
+
 // Reads a whole binary file from its first byte into `book`, which is replaced only when the read
 // succeeds. `password` null: an enciphered file fails with 37, and a file carrying a read-only
-// copy opens that copy, read-only. False with the workbook's errorCode set: the stream's own
-// error, 33 for a stream that does not hold together, 44 for a table whose catalogue is missing.
+// copy opens that copy, read-only. With a password the enciphered stream is read once it proved
+// the password, and the password stays in the workbook. The workbook's protection mode is the
+// file's. False with the workbook's errorCode set: the stream's own error, 33 for a stream that
+// does not hold together, 44 for a table whose catalogue is missing, 36 and 37 as the protection
+// check gives them.
 bool ReadBinaryDocument(FileStream& stream, Workbook& book, const char* password = nullptr,
                         const std::string& documentPath = std::string());
 

@@ -9,6 +9,7 @@
 #include "persist/chart_matrix.h"
 #include "persist/file_kind.h"
 #include "persist/old_drop_downs.h"
+#include "persist/protection.h"
 #include "store/block_chain.h"
 #include "store/bytes.h"
 #include "store/catalogue.h"
@@ -34,10 +35,13 @@ class Reader {
 
   bool ReadStream(Workbook& book);
   bool bad() const { return bad_; }
+  // The bytes of the stream taken so far: where a read-only copy ends in its file.
+  uint64_t consumed() const { return consumed_; }
 
  private:
   bool Bytes(void* out, size_t size) {
     if (bad_) return false;
+    consumed_ += size;
     return s_.ReadBlock(static_cast<uint8_t*>(out), size, cipher_);
   }
   bool U8(uint8_t& v) { return Bytes(&v, 1); }
@@ -101,6 +105,7 @@ class Reader {
   StreamCipher* cipher_;
   int version_;
   bool bad_ = false;
+  uint64_t consumed_ = 0;
   uint32_t containerId_ = 0;  // the running ids of older files
 };
 
@@ -368,7 +373,7 @@ bool Reader::ReadTree(Workbook& book) {
   }
   WorkbookNode* last = nullptr;
   for (uint32_t i = 0; untilEnd || i < count; ++i) {
-    if (untilEnd && cipher_ == nullptr && s_.AtEnd()) break;
+    if (untilEnd && s_.AtEnd()) break;
     uint8_t nameLength = 0, kind = 0, flag = 0;
     uint16_t level = 0;
     std::string name;
@@ -478,21 +483,42 @@ bool ReadBinaryDocument(FileStream& stream, Workbook& book, const char* password
   if (!digits) return fail(err::kInvalidBinaryFormat);
   bool keyed = head[1] >= '1';
   bool readOnlyCopy = keyed && head[2] == '1';
-  if (keyed && !readOnlyCopy) return fail(err::kInvalidPassword);  // no cipher here without one
-  if (keyed && password != nullptr) return fail(err::kInvalidPassword);
+  bool withKey = keyed && password != nullptr;
+  if (keyed && !readOnlyCopy && !withKey) return fail(err::kInvalidPassword);
 
   // Everything is read into a new workbook, which takes the old one's place only when whole.
   auto fresh = std::make_unique<Workbook>();
-  Reader reader(stream, nullptr, version);
-  bool ok = reader.ReadStream(*fresh);
-  if (!stream.ok()) return fail(stream.error());
-  if (!ok || reader.bad()) return fail(err::kInvalidBinaryFormat);
+  uint64_t start = kBinaryHeaderSize;
+  if (readOnlyCopy) {
+    Reader copy(stream, nullptr, version);
+    bool ok = copy.ReadStream(*fresh);
+    if (!stream.ok()) return fail(stream.error());
+    if (!ok || copy.bad()) return fail(err::kInvalidBinaryFormat);
+    start += copy.consumed();
+    // With the password the full copy behind stands in for this one.
+    if (withKey) fresh = std::make_unique<Workbook>();
+  }
+  Rc4Cipher cipher;
+  if (withKey) {
+    ErrorCode error = err::kNone;
+    if (!StartProtectedStream(stream, start, password, head[1], cipher, error)) return fail(error);
+  }
+  if (!readOnlyCopy || withKey) {
+    Reader reader(stream, withKey ? &cipher : nullptr, version);
+    bool ok = reader.ReadStream(*fresh);
+    if (!stream.ok()) return fail(stream.error());
+    if (!ok || reader.bad()) return fail(err::kInvalidBinaryFormat);
+  }
+  cipher.Stop();
   if (version < 3 && !documentPath.empty()) ReadOldDropDownFile(documentPath, *fresh);
   if (!CheckTables(*fresh)) return fail(fresh->errorCode);
-  fresh->readOnly = readOnlyCopy;
+  fresh->readOnly = readOnlyCopy && !withKey;
   UndoRecorder* undo = book.undo;
   book.SwapContents(*fresh);
   book.undo = undo;
+  book.protectionMode = keyed ? (readOnlyCopy ? 1 : 2) : 0;
+  // The next save derives its key from the password that opened the file.
+  if (!withKey || !book.password.Set(password)) book.password.Wipe();
   book.errorCode = err::kNone;
   return true;
 }

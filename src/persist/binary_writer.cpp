@@ -4,19 +4,27 @@
 
 #include "persist/binary_format.h"
 #include "persist/file_kind.h"
+#include "persist/protection.h"
+#include "persist/rc4_cipher.h"
 #include "store/bytes.h"
 
 namespace kelpdex {
 
 namespace {
 
-// Little-endian values into the stream, through the cipher when there is one.
+// Little-endian values into the stream, through the cipher when there is one; or into a digest
+// alone, which then sees exactly the bytes the stream would hold.
 class Out {
  public:
-  Out(FileStream& stream, StreamCipher* cipher) : stream_(stream), cipher_(cipher) {}
+  Out(FileStream& stream, StreamCipher* cipher) : stream_(&stream), cipher_(cipher) {}
+  explicit Out(Md5Digest& digest) : digest_(&digest) {}
 
   void Bytes(const void* data, size_t size) {
-    stream_.WriteBlock(static_cast<const uint8_t*>(data), size, cipher_);
+    if (digest_ != nullptr) {
+      digest_->Update(data, size);
+    } else {
+      stream_->WriteBlock(static_cast<const uint8_t*>(data), size, cipher_);
+    }
   }
   void U8(uint8_t v) { Bytes(&v, 1); }
   void U16(uint16_t v) {
@@ -35,11 +43,12 @@ class Out {
     std::memcpy(field.data(), text.data(), std::min(text.size(), size));
     Bytes(field.data(), size);
   }
-  bool ok() const { return stream_.ok(); }
+  bool ok() const { return stream_ == nullptr || stream_->ok(); }
 
  private:
-  FileStream& stream_;
-  StreamCipher* cipher_;
+  FileStream* stream_ = nullptr;
+  StreamCipher* cipher_ = nullptr;
+  Md5Digest* digest_ = nullptr;
 };
 
 void WriteDropDownLists(Out& out, const Workbook& book) {
@@ -163,11 +172,7 @@ void WriteWorksheet(Out& out, const Worksheet& sheet, bool readOnlyCopy) {
   out.Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
 }
 
-}  // namespace
-
-bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* cipher,
-                       bool readOnlyCopy) {
-  Out out(stream, cipher);
+bool WriteStream(Out& out, const Workbook& book, bool readOnlyCopy) {
   out.Padded(book.lastSavedBy, binary::kUserNameSize);
   out.Padded(book.lastSavedAt, binary::kDateSize);
   out.U16(book.treePaneVisible);
@@ -205,8 +210,24 @@ bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* c
   return out.ok();
 }
 
+}  // namespace
+
+bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* cipher,
+                       bool readOnlyCopy) {
+  Out out(stream, cipher);
+  return WriteStream(out, book, readOnlyCopy);
+}
+
+void ComputeDocumentDigest(const Workbook& book, uint8_t digest[16]) {
+  Md5Digest hash;
+  Out out(hash);
+  WriteStream(out, book, false);
+  hash.Final(digest);
+}
+
 bool WriteBinaryDocument(FileStream& stream, const Workbook& book) {
   stream.SetGzipContent(DeflateFor::kRecords);
+  if (book.protectionMode != 0) return WriteProtectedDocument(stream, book);
   stream.Write("30000000000", kBinaryHeaderSize);
   WriteBinaryStream(stream, book, nullptr, false);
   return stream.Flush();

@@ -82,7 +82,7 @@ bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeForm
 }
 
 bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& kind,
-                      ErrorCode& error, int* line) {
+                      ErrorCode& error, int* line, const char* password) {
   if (line != nullptr) *line = 0;
   ProtectionMode protection;
   if (!SniffFile(path, kind, protection, error)) return false;
@@ -100,7 +100,7 @@ bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& k
   }
   bool ok = kind == NativeFileKind::kXml || kind == NativeFileKind::kXmlCompressed
                 ? ReadXmlDocument(stream, book, line)
-                : ReadBinaryDocument(stream, book, nullptr, path);
+                : ReadBinaryDocument(stream, book, password, path);
   error = ok ? err::kNone : book.errorCode;
   return ok;
 }

@@ -28,7 +28,8 @@ bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeForm
 
 // Reads a native file into `book` by its kind. An empty file gives kind kEmpty and leaves the
 // workbook alone: the caller makes a new database in it. `line` is set for XML failures.
+// `password` opens a protected binary file (see ReadBinaryDocument); null for none.
 bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& kind,
-                      ErrorCode& error, int* line = nullptr);
+                      ErrorCode& error, int* line = nullptr, const char* password = nullptr);
 
 }  // namespace kelpdex

@@ -11,6 +11,7 @@
 
 #include "core/document_kind.h"
 #include "core/error_code.h"
+#include "core/password.h"
 #include "store/cell_store.h"
 #include "store/field_default.h"
 #include "store/format_store.h"
@@ -159,8 +160,10 @@ class Workbook {
   std::string fileName;  // the full path, empty for a new document
   DocumentKind openKind = DocumentKind::kNative;
   NativeFormat fileFormat = NativeFormat::kDefault;
-  uint8_t protectionMode = 0;  // 0 none
-  bool modified = false;       // differs from its file
+  uint8_t protectionMode = 0;  // 0 none, 1 a read-only copy ahead of the cipher text, 2 enciphered
+  // The password the next save derives its key from; empty when none was given. Wiped on reset.
+  Password password;
+  bool modified = false;  // differs from its file
   ErrorCode errorCode = err::kNone;
 };
 

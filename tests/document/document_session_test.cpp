@@ -590,6 +590,7 @@ TEST_F(DocumentSessionTest, ProtectionAsksForTheBinaryFormBeforeSaving) {
   std::string path = SavedSample("guarded.kpx", NativeFormat::kXml);
   ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
   book.protectionMode = 2;
+  book.password.Set("secret-word");
   EditFirstRecord("secret");
   std::string before = ReadFileBytes(path);
 

@@ -57,6 +57,29 @@ class RecordingPrompter : public Prompter {
     return true;
   }
 
+  // Answers from `passwordChoices`, with `typedPassword` as the password typed.
+  PasswordChoice AskOpenPassword(std::string_view path, bool readOnlyOffered,
+                                 Password& password) override {
+    dialogs.push_back("password:" + std::string(path) + (readOnlyOffered ? ":read-only" : ""));
+    if (passwordChoices.empty()) return PasswordChoice::kCancel;
+    PasswordChoice next = passwordChoices.front();
+    passwordChoices.pop_front();
+    password.Set(typedPassword);
+    return next;
+  }
+
+  // Ticks "&Password protection with" and types `typedPassword` in both boxes, or cancels.
+  bool ProtectionDialog(ProtectionAnswers& answers) override {
+    dialogs.push_back("protection");
+    if (protectionAnswers.empty()) return false;
+    answers.protect = protectionAnswers.front() != 0;
+    answers.allowReadOnly = protectionAnswers.front() == 1;
+    protectionAnswers.pop_front();
+    answers.password.Set(typedPassword);
+    answers.confirmation.Set(typedPassword);
+    return true;
+  }
+
   std::vector<Box> boxes;
   std::deque<int> answers;
   // The dialogs shown, in order, and their scripted answers; an empty script cancels.
@@ -65,6 +88,9 @@ class RecordingPrompter : public Prompter {
   std::deque<OpenFileChoice> openChoices;
   std::deque<SaveFileChoice> saveChoices;
   std::deque<NewDatabaseAnswers> wizards;
+  std::deque<PasswordChoice> passwordChoices;
+  std::deque<int> protectionAnswers;  // the protection mode chosen: 0, 1 or 2
+  std::string typedPassword;
 };
 
 // Makes a prompter the active one for a scope.
