@@ -44,5 +44,10 @@ int RunEval(CommandContext& context);
 int RunRecalc(CommandContext& context);
 int RunConvert(CommandContext& context);
 int RunLocale(CommandContext& context);
+int RunPutText(CommandContext& context);
+int RunGetText(CommandContext& context);
+int RunAttach(CommandContext& context);
+int RunObjects(CommandContext& context);
+int RunCompact(CommandContext& context);
 
 }  // namespace kelpdex::kpx

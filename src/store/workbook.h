@@ -161,6 +161,9 @@ class Workbook {
   NativeFormat fileFormat = NativeFormat::kDefault;
   uint8_t protectionMode = 0;  // 0 none
   bool modified = false;       // differs from its file
+  // A Long Text or Images/Files value in the side file was replaced, leaving a dead record there
+  // for the next compaction.
+  bool sideValuesReplaced = false;
   ErrorCode errorCode = err::kNone;
 };
 
