@@ -158,7 +158,12 @@ bool SwapInCompactedFile(const std::string& sidePath, const std::string& tempora
     return false;
   }
   // A side file the user may not write to is not replaced behind his back.
-  if (!old.writable) {
+  bool readOnly = !old.writable;
+#ifndef _WIN32
+  // Without any write permission the file is read-only, also for a user who could write it.
+  readOnly = readOnly || (old.mode & 0222) == 0;
+#endif
+  if (readOnly) {
     platform::DeleteFile(backup);
     platform::DeleteFile(temporaryPath);
     error = err::kFileOpenWrite;

@@ -275,6 +275,8 @@ bool SideFileReader::ReadObjects(uint32_t offset, BinaryObjectList& list, ErrorC
   }
   char line[kNameLine];
   size_t length = 0;
+  // The list ends with an empty line of its own: without it the record was cut.
+  bool closed = false;
   for (;;) {
     Line got = ReadLine(line, kNameLine, length);
     if (got == Line::kFailed) {
@@ -282,8 +284,14 @@ bool SideFileReader::ReadObjects(uint32_t offset, BinaryObjectList& list, ErrorC
       return false;
     }
     // The file's end, or the next record's header, ends the list.
-    if (got == Line::kEnd || (length >= 2 && line[0] == '-' && line[1] == '-')) break;
-    if (length == 0) continue;
+    if (got == Line::kEnd || (length >= 2 && line[0] == '-' && line[1] == '-')) {
+      if (closed) break;
+      list.Clear();
+      error = err::kBinaryFields;
+      return false;
+    }
+    closed = length == 0;
+    if (closed) continue;
     if (length == kNameLine) {
       error = err::kBinaryFields;
       return false;
@@ -351,6 +359,12 @@ bool SideFileWriter::Open(const std::string& path, ErrorCode& error) {
     return false;
   }
   fd_ = KELPDEX_OPEN(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | kBinaryFlag, 0666);
+  struct stat st;
+  // A file marked read-only stays so, also for a user the system would let write it.
+  if (fd_ >= 0 && (::fstat(fd_, &st) != 0 || (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)) {
+    KELPDEX_CLOSE(fd_);
+    fd_ = -1;
+  }
   if (fd_ < 0) {
     buffer_.reset();
     error = err::kFileOpenWrite;
