@@ -9,6 +9,7 @@
 #include "kpx/kpx_document.h"
 #include "kpx/kpx_json.h"
 #include "kpx/kpx_search.h"
+#include "kpx/kpx_side_values.h"
 #include "store/field_row.h"
 
 namespace kelpdex::kpx {
@@ -82,9 +83,12 @@ int RunDump(CommandContext& context) {
   Workbook& book = document.book;
   uint16_t fieldCount = FieldCount(table);
   std::vector<std::string> names;
+  std::vector<FieldType> types;
   for (uint16_t f = 0; f < fieldCount; ++f) {
     FieldSpec field;
-    names.push_back(ReadField(table, f, field) ? ToTerminal(field.name) : std::string());
+    bool read = ReadField(table, f, field);
+    names.push_back(read ? ToTerminal(field.name) : std::string());
+    types.push_back(read ? field.type : FieldType::kUnknown);
   }
   if (args.Flag("header")) {
     for (uint16_t f = 0; f < fieldCount; ++f) {
@@ -104,10 +108,20 @@ int RunDump(CommandContext& context) {
     line.clear();
     if (json) line += record ? ",\n{" : "\n{";
     for (uint16_t f = 0; f < fieldCount; ++f) {
-      const CellRecord* r = data.cells.GetCellFast(row, f);
-      size_t length = 0;
-      if (r != nullptr) length = formatters.For(data.formats.StyleAt(row, f)).Display(r, shown);
-      std::string value = ToTerminal(std::string_view(shown, length));
+      std::string value;
+      if (types[f] == FieldType::kLongText || types[f] == FieldType::kFiles) {
+        // Their cells hold where the value stands in the side file; the value is what shows.
+        ErrorCode error = err::kNone;
+        if (!SideValueText(book, data, row, f, types[f], value, error)) {
+          return Fail(context, ErrorText(error));
+        }
+        value = ToTerminal(value);
+      } else {
+        const CellRecord* r = data.cells.GetCellFast(row, f);
+        size_t length = 0;
+        if (r != nullptr) length = formatters.For(data.formats.StyleAt(row, f)).Display(r, shown);
+        value = ToTerminal(std::string_view(shown, length));
+      }
       if (json) {
         line += (f ? ", " : "") + JsonString(names[f]) + ": " + JsonString(value);
       } else {

@@ -51,6 +51,15 @@ const std::vector<CommandInfo>& Commands() {
        "show the regional settings a locale choice gives on this machine", RunLocale},
       {"help-function", "NAME", "show a function's category, syntax, description and examples",
        RunHelpFunction},
+      {"put-text", "FILE --table NAME --record N --field NAME (--from PATH | --text TEXT)",
+       "store a Long Text value and save", RunPutText},
+      {"get-text", "FILE --table NAME --record N --field NAME", "print a Long Text value as stored",
+       RunGetText},
+      {"attach", "FILE --table NAME --record N --field NAME PATH...",
+       "add files to an Images/Files value and save", RunAttach},
+      {"objects", "FILE --table NAME --record N --field NAME [--extract DIR]",
+       "list the files of an Images/Files value (name, size, date), or copy them out", RunObjects},
+      {"compact", "FILE", "rewrite the side file without the values replaced since", RunCompact},
   };
   return commands;
 }

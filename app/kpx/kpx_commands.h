@@ -52,5 +52,10 @@ int RunSort(CommandContext& context);
 int RunHelpFunction(CommandContext& context);
 int RunProtect(CommandContext& context);
 int RunUnprotect(CommandContext& context);
+int RunPutText(CommandContext& context);
+int RunGetText(CommandContext& context);
+int RunAttach(CommandContext& context);
+int RunObjects(CommandContext& context);
+int RunCompact(CommandContext& context);
 
 }  // namespace kelpdex::kpx

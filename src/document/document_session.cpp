@@ -7,6 +7,7 @@
 #include "document/recent_files.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
+#include "persist/side_values.h"
 #include "search/run_filters.h"
 #include "store/catalogue.h"
 #include "table/schema.h"
@@ -161,6 +162,7 @@ void DocumentSession::ResetDocument() {
   book_.protectionMode = 0;
   book_.password.Wipe();
   book_.modified = false;
+  book_.sideValuesReplaced = false;
   book_.readOnly = false;
   book_.errorCode = err::kNone;
 }
@@ -389,9 +391,14 @@ bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
     book_.lastSavedBy = platform::UserName();
     if (book_.lastSavedBy.size() > kUserNameMax) book_.lastSavedBy.resize(kUserNameMax);
     book_.lastSavedAt = NowAsGenericText();
-    ok = WriteDocumentFile(target, book_, EffectiveFormat(format, settings_.defaultFileFormat),
+    // The values waiting in the sheets go to the side file first: the cells must hold their
+    // offsets when the document is written.
+    PendingFlush flush;
+    ok = FlushPendingObjects(book_, SideFilePath(target), flush, error) &&
+         WriteDocumentFile(target, book_, EffectiveFormat(format, settings_.defaultFileFormat),
                            error, &place);
     if (!ok) {
+      RestorePendingObjects(book_, flush);
       // The file still holds the earlier save, and so does the status line.
       book_.lastSavedBy = savedBy;
       book_.lastSavedAt = savedAt;

@@ -83,6 +83,10 @@ class DocumentSession {
   bool WriteDocument(const std::string* path, DocumentKind kind, NativeFormat format);
   // Drops everything of the document, and the lock on its file.
   void ResetDocument();
+  // The Compact command: rewrites the side file without the records of replaced values, saving
+  // the document before and after, and tells the user the outcome.
+  enum class Compaction { kCompacted, kNotNeeded, kFailed };
+  Compaction CompactDatabase();
 
   void MarkModified(bool modified);
   // The File Format menu: one of the four forms, or kDefault.

@@ -164,6 +164,9 @@ class Workbook {
   // The password the next save derives its key from; empty when none was given. Wiped on reset.
   Password password;
   bool modified = false;  // differs from its file
+  // A Long Text or Images/Files value in the side file was replaced, leaving a dead record there
+  // for the next compaction.
+  bool sideValuesReplaced = false;
   ErrorCode errorCode = err::kNone;
 };
 

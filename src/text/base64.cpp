@@ -104,4 +104,32 @@ bool Base64Decode(std::string_view text, std::string& out) {
   return filled == 0;
 }
 
+bool Base64DecodeQuads(const char* text, size_t length, uint8_t* out, size_t& written,
+                       bool& padded) {
+  written = 0;
+  padded = false;
+  if (length % 4 != 0) return false;
+  const auto* p = reinterpret_cast<const uint8_t*>(text);
+  for (size_t i = 0; i < length; i += 4) {
+    const int8_t a = kDecodeTable[p[i]];
+    const int8_t b = kDecodeTable[p[i + 1]];
+    const int8_t c = kDecodeTable[p[i + 2]];
+    const int8_t d = kDecodeTable[p[i + 3]];
+    if ((a | b | c | d) >= 0) {
+      const uint32_t v = (a << 18) | (b << 12) | (c << 6) | d;
+      out[written++] = static_cast<uint8_t>(v >> 16);
+      out[written++] = static_cast<uint8_t>(v >> 8);
+      out[written++] = static_cast<uint8_t>(v);
+      continue;
+    }
+    // Only the last quad may be padded, and only in its third and fourth place.
+    if (a < 0 || b < 0 || d != kPad || (c < 0 && c != kPad) || i + 4 != length) return false;
+    const uint32_t v = (a << 18) | (b << 12) | (c >= 0 ? c << 6 : 0);
+    out[written++] = static_cast<uint8_t>(v >> 16);
+    if (c >= 0) out[written++] = static_cast<uint8_t>(v >> 8);
+    padded = true;
+  }
+  return true;
+}
+
 }  // namespace kelpdex::text

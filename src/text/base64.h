@@ -2,6 +2,8 @@
 // stored SMTP credentials.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -17,5 +19,10 @@ void AppendBase64Lines(std::string& out, std::string_view bytes);
 // a character outside the alphabet, misplaced padding, or a length that is not a whole number of
 // quads once blanks are removed; `out` then holds a meaningless partial result.
 bool Base64Decode(std::string_view text, std::string& out);
+// Decodes whole quads with no blanks between them into `out`, which must hold length / 4 * 3
+// bytes, and sets `written`. `=` may only pad the last quad, and `padded` tells that it did:
+// nothing may follow it. False on any other character or a length that is no multiple of 4.
+bool Base64DecodeQuads(const char* text, size_t length, uint8_t* out, size_t& written,
+                       bool& padded);
 
 }  // namespace kelpdex::text

@@ -1,0 +1,33 @@
+// What the Long Text and Images/Files commands share: the cell that --table, --record and
+// --field name, and the text dump shows for such a cell.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "kpx/kpx_args.h"
+#include "kpx/kpx_commands.h"
+#include "kpx/kpx_document.h"
+
+namespace kelpdex::kpx {
+
+struct ValueCell {
+  TableSpec table;
+  uint32_t row = 0;
+  uint16_t column = 0;
+  std::string sidePath;
+};
+
+// Opens FILE (the one positional) and finds the cell. `type` is the field type the command
+// needs; `newRecord` lets the record behind the last one be named. Returns kExitSuccess, or the
+// exit status after the message.
+int OpenValueCell(CommandContext& context, const CommandInfo& self, Args& args,
+                  CommandDocument& document, FieldType type, bool readOnly, bool newRecord,
+                  ValueCell& cell);
+
+// A Long Text cell as the start of its plain text, an Images/Files cell as its object names
+// joined by "; ", in the document's code page. False with the error when the side file fails.
+bool SideValueText(Workbook& book, Worksheet& data, uint32_t row, uint16_t column, FieldType type,
+                   std::string& shown, ErrorCode& error);
+
+}  // namespace kelpdex::kpx
