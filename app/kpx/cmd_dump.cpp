@@ -80,6 +80,11 @@ int RunDump(CommandContext& context) {
     return kExitSuccess;
   }
 
+  return PrintRecordSet(context, document, table, json, args.Flag("header"), limit);
+}
+
+int PrintRecordSet(CommandContext& context, CommandDocument& document, const TableSpec& table,
+                   bool json, bool header, long limit) {
   Workbook& book = document.book;
   uint16_t fieldCount = FieldCount(table);
   std::vector<std::string> names;
@@ -90,7 +95,7 @@ int RunDump(CommandContext& context) {
     names.push_back(read ? ToTerminal(field.name) : std::string());
     types.push_back(read ? field.type : FieldType::kUnknown);
   }
-  if (args.Flag("header")) {
+  if (header) {
     for (uint16_t f = 0; f < fieldCount; ++f) {
       std::fprintf(context.out, "%s%s", f ? "\t" : "", TsvEscaped(names[f]).c_str());
     }

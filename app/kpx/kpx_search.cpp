@@ -1,6 +1,8 @@
 #include "kpx/kpx_search.h"
 
+#include "persist/document_file.h"
 #include "search/filter_text.h"
+#include "search/long_text_matcher.h"
 #include "search/run_filters.h"
 #include "search/sort_rows.h"
 #include "store/field_row.h"
@@ -105,6 +107,8 @@ bool ApplyRecordSet(CommandDocument& document, const TableSpec& table,
                     const std::vector<std::pair<uint16_t, bool>>* sort) {
   FilterOptions options;
   options.filters = filters;
+  SideFileMatcher matcher(*table.data, SideFilePath(document.book.fileName));
+  options.matcher = &matcher;
   RecordSet& records = document.book.records;
   if (!RunFilters(table, records, options, found)) return false;
   if (sort == nullptr) {

@@ -38,4 +38,9 @@ bool ApplyRecordSet(CommandDocument& document, const TableSpec& table,
                     const std::vector<std::string>* filters, uint32_t& found,
                     const std::vector<std::pair<uint16_t, bool>>* sort = nullptr);
 
+// The records of the set in force as dump prints them: tab-separated lines (with `header` a first
+// line of field names) or a JSON array; at most `limit` records when it is not negative.
+int PrintRecordSet(CommandContext& context, CommandDocument& document, const TableSpec& table,
+                   bool json, bool header, long limit);
+
 }  // namespace kelpdex::kpx

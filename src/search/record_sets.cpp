@@ -34,7 +34,7 @@ void Finish(const TableSpec& table, RecordSet& records, uint32_t count, uint32_t
 
 }  // namespace
 
-void DuplicateRows(Worksheet& sheet, uint16_t first, uint16_t last, uint32_t* rows,
+void DuplicateRows(Worksheet& sheet, const std::vector<uint16_t>& fields, uint32_t* rows,
                    uint32_t rowCount, uint32_t& count) {
   for (uint32_t i = 0; i < rowCount; ++i) rows[i] = i;
   count = rowCount;
@@ -43,8 +43,8 @@ void DuplicateRows(Worksheet& sheet, uint16_t first, uint16_t last, uint32_t* ro
     return;
   }
   SortKeys keys;
-  for (uint32_t f = first; f <= last && keys.count < kMaxSortKeys; ++f) {
-    keys.fields[keys.count] = static_cast<uint16_t>(f);
+  for (size_t k = 0; k < fields.size() && keys.count < kMaxSortKeys; ++k) {
+    keys.fields[keys.count] = fields[k];
     keys.flags[keys.count++] = true;
   }
   SortRows(sheet, keys, rows, rowCount);
@@ -101,10 +101,17 @@ bool RemoveAllFilters(const TableSpec& table, RecordSet& records) {
 }
 
 bool FindDuplicates(const TableSpec& table, RecordSet& records, uint16_t first, uint16_t last) {
+  std::vector<uint16_t> fields;
+  for (uint32_t f = first; f <= last; ++f) fields.push_back(static_cast<uint16_t>(f));
+  return FindDuplicates(table, records, fields);
+}
+
+bool FindDuplicates(const TableSpec& table, RecordSet& records,
+                    const std::vector<uint16_t>& fields) {
   if (!Prologue(table, records)) return false;
   uint32_t rowCount = RowCount(table);
   uint32_t count = 0;
-  DuplicateRows(*table.data, first, last, records.rows(), rowCount, count);
+  DuplicateRows(*table.data, fields, records.rows(), rowCount, count);
   Finish(table, records, count, rowCount);
   return true;
 }

@@ -3,8 +3,10 @@
 #include "format/format_number.h"
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
+#include "persist/document_file.h"
 #include "search/filter_program.h"
 #include "search/filter_text.h"
+#include "search/long_text_matcher.h"
 #include "search/sort_rows.h"
 #include "store/cell_record.h"
 #include "store/field_row.h"
@@ -139,7 +141,12 @@ bool RunSearch(Workbook& workbook, const FilterOptions& options) {
   TableSpec table;
   if (!CurrentTable(workbook, table)) return false;
   uint32_t found = 0;
-  if (!RunFilters(table, workbook.records, options, found)) return false;
+  // Long Text and files are looked for in the document's own side file unless told otherwise.
+  FilterOptions withMatcher = options;
+  SideFileMatcher matcher(
+      *table.data, workbook.fileName.empty() ? std::string() : SideFilePath(workbook.fileName));
+  if (withMatcher.matcher == nullptr) withMatcher.matcher = &matcher;
+  if (!RunFilters(table, workbook.records, withMatcher, found)) return false;
   SortRecordSet(table, workbook.records);
   return true;
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "run_kpx.h"
@@ -16,17 +17,17 @@ class KpxSearch : public ::testing::Test {
   Result Kpx(const std::vector<std::string>& words) { return RunKpxStrings(words); }
   void SetUp() override {
     path = dir.Path("stock.kpx");
-    ASSERT_EQ(Kpx({"new", path, "--table", "Stock", "--field", "Item:Text", "--field",
-                   "Qty:Number", "--field", "Note:LongText"})
+    ASSERT_EQ(Kpx({"new", path, "--table", "Stock", "--field", "Item:Text", "--field", "Qty:Number",
+                   "--field", "Note:LongText"})
                   .status,
               0);
     const char* items[] = {"apple", "pear", "plum", "fig", "kiwi"};
     for (int i = 0; i < 5; ++i) {
       std::string record = std::to_string(i + 1);
-      ASSERT_EQ(Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Item",
-                     items[i]})
-                    .status,
-                0);
+      ASSERT_EQ(
+          Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Item", items[i]})
+              .status,
+          0);
       ASSERT_EQ(Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Qty",
                      std::to_string(10 * (i + 1))})
                     .status,
@@ -45,8 +46,8 @@ class KpxSearch : public ::testing::Test {
 };
 
 TEST_F(KpxSearch, FiltersAndKeysAreSavedAndNarrowDumpAndInfo) {
-  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Between",
-                 "--value", "20 40"})
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Between", "--value",
+                 "20 40"})
                 .status,
             0);
   EXPECT_EQ(Dump(), "pear\t20\t\nplum\t30\t\nfig\t40\t\n");
@@ -71,15 +72,29 @@ TEST_F(KpxSearch, FiltersAndKeysAreSavedAndNarrowDumpAndInfo) {
   EXPECT_EQ(Kpx({"dump", copy, "--count"}).out, "3\n");
 }
 
+TEST_F(KpxSearch, LongTextIsSearchedInTheSavedSideFile) {
+  ASSERT_EQ(Kpx({"put-text", path, "--table", "Stock", "--record", "2", "--field", "Note", "--text",
+                 "An URGENT matter"})
+                .status,
+            0);
+  ASSERT_EQ(Kpx({"put-text", path, "--table", "Stock", "--record", "4", "--field", "Note", "--text",
+                 "calm"})
+                .status,
+            0);
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Note", "--expr", "urgent"}).status,
+            0);
+  EXPECT_EQ(Dump({"--count"}), "1\n");
+  EXPECT_EQ(Dump({"--expr", "Note:alm"}).substr(0, 4), "fig\t");
+}
+
 TEST_F(KpxSearch, TransientFiltersReplaceThoseInForceAndChangeNothing) {
-  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Greater",
-                 "--value", "35"})
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Greater", "--value",
+                 "35"})
                 .status,
             0);
   std::string before = testing::ReadFileBytes(path);
   EXPECT_EQ(Dump({"--filter", "Item:Equal:pear"}), "pear\t20\t\n");
-  EXPECT_EQ(Dump({"--expr", "Qty:=Qty*2<=40", "--filter", "Item:NotEqual:apple"}),
-            "pear\t20\t\n");
+  EXPECT_EQ(Dump({"--expr", "Qty:=Qty*2<=40", "--filter", "Item:NotEqual:apple"}), "pear\t20\t\n");
   EXPECT_EQ(Dump({"--expr", "Qty:=Qty<", "--count"}), "0\n");  // a broken formula finds nothing
   EXPECT_EQ(testing::ReadFileBytes(path), before);
   EXPECT_EQ(Dump({"--count"}), "2\n");
@@ -131,10 +146,10 @@ TEST_F(KpxSearch, SortKeysAreSavedAndTransientKeysReplaceThem) {
   EXPECT_EQ(Dump({"--limit", "2"}), "kiwi\t50\t\nfig\t40\t\n");
   EXPECT_NE(Kpx({"info", path, "--json"}).out.find("\"sortIndex\": 10001"), std::string::npos);
   // Filters first, then the order.
-  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Less", "--value",
-                 "35"})
-                .status,
-            0);
+  ASSERT_EQ(
+      Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Less", "--value", "35"})
+          .status,
+      0);
   EXPECT_EQ(Dump(), "plum\t30\t\npear\t20\t\napple\t10\t\n");
   EXPECT_EQ(Dump({"--sort", "Item"}), "apple\t10\t\npear\t20\t\nplum\t30\t\n");
   std::string copy = dir.Path("sorted.kpx");
@@ -153,6 +168,39 @@ TEST_F(KpxSearch, SortKeysAreSavedAndTransientKeysReplaceThem) {
   EXPECT_EQ(Kpx({"sort", path, "--table", "Stock"}).status, 2);
   EXPECT_EQ(Kpx({"dump", path, "--sort", "Size"}).status, 1);
   EXPECT_EQ(testing::ReadFileBytes(path), before);
+}
+
+TEST_F(KpxSearch, DuplicatesComplementFindAndReplace) {
+  // Items: apple pear plum fig kiwi; a second pear of another quantity and a second plum of 30.
+  for (auto [record, item, qty] : {std::tuple{"6", "pear", "60"}, std::tuple{"7", "plum", "30"}}) {
+    ASSERT_EQ(
+        Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Item", item}).status,
+        0);
+    ASSERT_EQ(
+        Kpx({"set", path, "--table", "Stock", "--record", record, "--field", "Qty", qty}).status,
+        0);
+  }
+  std::string before = testing::ReadFileBytes(path);
+  EXPECT_EQ(Kpx({"duplicates", path, "--table", "Stock", "--fields", "Item", "--count"}).out,
+            "4\n");
+  EXPECT_EQ(Kpx({"duplicates", path, "--table", "Stock", "--fields", "Item,Qty"}).out,
+            "plum\t30\t\nplum\t30\t\n");
+  EXPECT_EQ(Kpx({"duplicates", path, "--table", "Stock", "--fields", "Item,Size"}).status, 1);
+  EXPECT_EQ(testing::ReadFileBytes(path), before);  // the narrowed set is never saved
+  ASSERT_EQ(
+      Kpx({"filter", path, "--table", "Stock", "--field", "Qty", "--op", "Less", "--value", "25"})
+          .status,
+      0);
+  EXPECT_EQ(Kpx({"complement", path, "--table", "Stock", "--count"}).out, "5\n");
+  EXPECT_EQ(Kpx({"find", path, "--table", "Stock", "p*"}).out,
+            "1\tItem\n2\tItem\n");  // the records in force: apple and pear
+  EXPECT_EQ(Kpx({"find", path, "--table", "Stock", "P", "--match-case"}).out, "");
+  EXPECT_EQ(Kpx({"find", path, "--table", "Stock", ""}).status, 1);
+  ASSERT_EQ(Kpx({"filter", path, "--table", "Stock", "--clear-all"}).status, 0);
+  Result replaced = Kpx({"replace", path, "--table", "Stock", "--find", "p", "--with", "P"});
+  ASSERT_EQ(replaced.status, 0) << replaced.err;
+  EXPECT_EQ(replaced.out, "5\n");  // apple, pear, plum and the second pear and plum
+  EXPECT_NE(Dump().find("aPPle\t10"), std::string::npos);
 }
 
 }  // namespace
