@@ -1,5 +1,5 @@
 // gzip input that also passes a plain file through. Members Kelpdex wrote are taken whole and
-// inflated by libdeflate, from the second read on two at a time: the caller queues each member
+// inflated by ISA-L, from the second read on two at a time: the caller queues each member
 // in order, a helper thread and the caller inflate them, and the caller hands out their bytes in
 // order. Members of other writers (gzip, Python, zlib, older Kelpdex files) stream through zlib
 // on the caller's thread. A cut or damaged stream is always an error, never a short read.
@@ -12,8 +12,6 @@
 #include <vector>
 
 #include "persist/ordered_work.h"
-
-struct libdeflate_decompressor;
 
 namespace kelpdex {
 
@@ -63,8 +61,7 @@ class GzipReader {
   size_t OwnMemberSize(size_t& size) const;
   // Inflates a member of `total` bytes into `to`, which holds its `size` bytes; false when the
   // member is damaged.
-  static bool InflateMember(const uint8_t* member, size_t total, uint8_t* to, size_t size,
-                            libdeflate_decompressor*& decompressor);
+  static bool InflateMember(const uint8_t* member, size_t total, uint8_t* to, size_t size);
 
   enum class State : uint8_t { kStart, kPlain, kMember, kStaged, kForeign, kEnd, kFailed };
 
@@ -88,7 +85,6 @@ class GzipReader {
   std::vector<uint8_t> staged_;
   size_t stagedAt_ = 0;
   size_t stagedEnd_ = 0;
-  libdeflate_decompressor* decompressors_[2] = {};  // the caller's and the helper's
   struct Inflater;
   std::unique_ptr<Inflater> inflater_;
 
