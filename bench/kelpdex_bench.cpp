@@ -33,6 +33,8 @@
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
 #include "persist/document_file.h"
+#include "search/find_replace.h"
+#include "search/record_sets.h"
 #include "search/run_filters.h"
 #include "search/sort_keys.h"
 #include "search/sort_rows.h"
@@ -73,7 +75,7 @@ constexpr const char* kBenchPassword = "bench-password";
 constexpr const char* kOtherJobs[] = {
     "build",       "scan",        "update_formulas",   "update_text",
     "filter_eval", "run_filters", "run_filters_equal", "sort",
-    "display_text"};
+    "duplicates",  "replace_all", "display_text"};
 
 struct Options {
   long records = 1000000;
@@ -341,6 +343,34 @@ void SortJob(Workbook& book, long records) {
   Check(RefreshCurrentTable(book), "the record set");
 }
 
+// Find Duplicates on LastName and FirstName over every record, and Replace All of one city's name
+// across the whole table.
+void DuplicatesJob(Workbook& book, long records) {
+  TableSpec table;
+  Check(CurrentTable(book, table), "the current table");
+  ResetPeak();
+  Stopwatch watch;
+  Check(FindDuplicates(table, book.records, {1, 2}), "the duplicates");
+  double seconds = watch.Seconds();
+  Report("duplicates", records, seconds, 0, Extra("matched", book.records.count()));
+  Check(RefreshCurrentTable(book), "the record set");
+}
+
+void ReplaceAllJob(Workbook& book, long records) {
+  TableSpec table;
+  Check(CurrentTable(book, table), "the current table");
+  FindOptions options;
+  options.text = "Berlin";
+  options.replacement = "Berlyn";
+  ResetPeak();
+  Stopwatch watch;
+  uint32_t changed = 0;
+  Check(ReplaceInRange(table, book.records, WholeTable(table, book.records), options, changed),
+        "Replace All");
+  double seconds = watch.Seconds();
+  Report("replace_all", records, seconds, 0, Extra("changed", changed));
+}
+
 // Every cell through its column's formatter, as the grid and the exports draw them: Birth as a
 // date, Salary as currency with cents, Quantity grouped, the rest in their default form.
 void DisplayText(Workbook& book, long records) {
@@ -474,10 +504,12 @@ void RunJobs(const Options& options) {
     RunFilterJob(*book, options.records, "run_filters_equal", {"", "", "", "2:Berlin"});
   }
   if (Chosen(options, "sort")) SortJob(*book, options.records);
+  if (Chosen(options, "duplicates")) DuplicatesJob(*book, options.records);
   if (Chosen(options, "display_text")) DisplayText(*book, options.records);
   // Takes its fields away again, so it goes before the job that leaves one.
   if (Chosen(options, "update_text")) UpdateTextAgainstNumbers(*book, options.records);
-  // Last, since it adds a field to the table.
+  // Late, since they change the table.
+  if (Chosen(options, "replace_all")) ReplaceAllJob(*book, options.records);
   if (Chosen(options, "update_formulas")) UpdateAll(*book, options.records);
 }
 

@@ -165,13 +165,16 @@ bool ReplaceInRange(const TableSpec& table, const RecordSet& records, const Grid
   char shown[kDisplayTextMax];
   std::vector<uint8_t> record(kTypedCellMax);
   CellStore& cells = table.data->cells;
+  // One forward cursor for reads and writes alike: the rows come in rising order.
+  CellCursor cursor;
+  std::vector<uint32_t> changedRows;
   for (uint32_t row : rows) {
     bool rowChanged = false;
     for (uint32_t field = range.firstField; field <= range.lastField && field < fieldCount;
          ++field) {
       uint16_t f = static_cast<uint16_t>(field);
       if (marks[f] == Mark::kNone) continue;
-      const CellRecord* cell = cells.GetCellFast(row, f);
+      const CellRecord* cell = cells.GetCell(row, f, &cursor);
       if (cell == nullptr) continue;
       std::string_view text(shown, CellDisplayText(cell, StyleOf(table, row, f, styles), shown));
       std::string result;
@@ -206,17 +209,19 @@ bool ReplaceInRange(const TableSpec& table, const RecordSet& records, const Grid
       } else {
         size = cell::EncodeText(record.data(), row, f, result);
       }
-      if (size == 0 || !cells.PutCell(record.data())) {
+      if (size == 0 || !cells.PutCell(record.data(), &cursor)) {
         book.errorCode = err::kOutOfMemory;
         return false;
       }
       ++changed;
       rowChanged = true;
     }
-    if (rowChanged && !RecalculateRecordRows(book, &row, 1)) {
-      book.errorCode = err::kOutOfMemory;
-      return false;
-    }
+    if (rowChanged) changedRows.push_back(row);
+  }
+  // The changed records' calculated fields, in rising row order as the walk found them.
+  if (!RecalculateRecordRows(book, changedRows.data(), changedRows.size())) {
+    book.errorCode = err::kOutOfMemory;
+    return false;
   }
   return true;
 }
