@@ -93,6 +93,25 @@ struct FormulaValue {
   }
 };
 
+// Whether a comparison operator (kEqual .. kNotEqual) holds for the order of its operands:
+// negative, 0 or positive as the left one is smaller, equal or greater.
+inline bool ComparisonHolds(uint16_t op, int order) {
+  switch (op) {
+    case kind::kEqual:
+      return order == 0;
+    case kind::kLess:
+      return order < 0;
+    case kind::kLessEqual:
+      return order <= 0;
+    case kind::kGreater:
+      return order > 0;
+    case kind::kGreaterEqual:
+      return order >= 0;
+    default:
+      return order != 0;
+  }
+}
+
 // Subnormals, infinities, NaN and magnitudes past the largest double: a "#NUM!" result.
 bool IsBadNumber(double x);
 

@@ -268,27 +268,7 @@ void FormulaEngine::ApplyComparison(uint16_t op) {
     }
   }
   for (int i = 0; i < owned; ++i) PopString();
-  bool result = false;
-  switch (op) {
-    case kind::kEqual:
-      result = order == 0;
-      break;
-    case kind::kLess:
-      result = order < 0;
-      break;
-    case kind::kLessEqual:
-      result = order <= 0;
-      break;
-    case kind::kGreater:
-      result = order > 0;
-      break;
-    case kind::kGreaterEqual:
-      result = order >= 0;
-      break;
-    default:
-      result = order != 0;
-      break;
-  }
+  bool result = ComparisonHolds(op, order);
   --depth_;
   operands_[depth_] = FormulaValue::Number(error == 0 && result ? 1 : 0, error);
 }

@@ -14,24 +14,6 @@
 #include "persist/raw_file.h"
 #include "platform/os.h"
 
-#ifdef _WIN32
-#include <io.h>
-#define KELPDEX_OPEN ::_open
-#define KELPDEX_CLOSE ::_close
-#define KELPDEX_SEEK ::_lseeki64
-#define KELPDEX_SYNC ::_commit
-#define KELPDEX_TRUNCATE(fd) ::_chsize_s(fd, 0)
-constexpr int kBinaryFlag = _O_BINARY;
-#else
-#include <unistd.h>
-#define KELPDEX_OPEN ::open
-#define KELPDEX_CLOSE ::close
-#define KELPDEX_SEEK ::lseek
-#define KELPDEX_SYNC ::fsync
-#define KELPDEX_TRUNCATE(fd) ::ftruncate(fd, 0)
-constexpr int kBinaryFlag = 0;
-#endif
-
 namespace kelpdex {
 
 namespace {
@@ -113,7 +95,7 @@ bool FileStream::Reopen(StreamMode mode, bool compress) {
   CloseLayers();
   error_ = err::kNone;
   if (KELPDEX_SEEK(fd_, 0, SEEK_SET) < 0 ||
-      (mode == StreamMode::kWrite && KELPDEX_TRUNCATE(fd_) != 0)) {
+      (mode == StreamMode::kWrite && KELPDEX_CUT(fd_, 0) != 0)) {
     SetError(err::kFileWrite);
     return false;
   }

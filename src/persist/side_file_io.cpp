@@ -11,24 +11,6 @@
 #include "persist/raw_file.h"
 #include "text/base64.h"
 
-#ifdef _WIN32
-#include <io.h>
-#define KELPDEX_OPEN ::_open
-#define KELPDEX_CLOSE ::_close
-#define KELPDEX_SEEK ::_lseeki64
-#define KELPDEX_SYNC ::_commit
-#define KELPDEX_CUT(fd, size) ::_chsize_s(fd, size)
-constexpr int kBinaryFlag = _O_BINARY;
-#else
-#include <unistd.h>
-#define KELPDEX_OPEN ::open
-#define KELPDEX_CLOSE ::close
-#define KELPDEX_SEEK ::lseek
-#define KELPDEX_SYNC ::fsync
-#define KELPDEX_CUT(fd, size) ::ftruncate(fd, static_cast<off_t>(size))
-constexpr int kBinaryFlag = 0;
-#endif
-
 namespace kelpdex {
 
 namespace {

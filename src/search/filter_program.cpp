@@ -194,28 +194,7 @@ FilterProgram::Outcome FilterProgram::Compare(const Term& term, const CellRecord
     if (term.number) return Outcome::kError;
     order = text::CompareNoCase(cell::Text(cell), term.text);
   }
-  bool result;
-  switch (term.op) {
-    case kind::kEqual:
-      result = order == 0;
-      break;
-    case kind::kLess:
-      result = order < 0;
-      break;
-    case kind::kLessEqual:
-      result = order <= 0;
-      break;
-    case kind::kGreater:
-      result = order > 0;
-      break;
-    case kind::kGreaterEqual:
-      result = order >= 0;
-      break;
-    default:
-      result = order != 0;
-      break;
-  }
-  return result ? Outcome::kTrue : Outcome::kFalse;
+  return ComparisonHolds(term.op, order) ? Outcome::kTrue : Outcome::kFalse;
 }
 
 FilterProgram::Verdict FilterProgram::Test(const CellRecord* cell) const {
