@@ -60,7 +60,8 @@ TEST(FilterTextTest, OperandsGoInAsTypedAndLongExpansionsAreCut) {
 TEST(FilterTextTest, SplitAndMakeAreInverse) {
   int digit = -1;
   std::string_view operand;
-  ASSERT_TRUE(SplitFilterText(MakeFilterText(6, "1 2:3"), digit, operand));
+  std::string made = MakeFilterText(6, "1 2:3");
+  ASSERT_TRUE(SplitFilterText(made, digit, operand));
   EXPECT_EQ(digit, 6);
   EXPECT_EQ(operand, "1 2:3");
   EXPECT_FALSE(SplitFilterText("", digit, operand));
