@@ -58,6 +58,8 @@ BinaryObjectItem* BinaryObjectList::Append(std::string_view name, std::string_vi
   }
   // The file ends a name at its first ';': what follows would be read as the type.
   CopyField(item->name, BinaryObjectItem::kNameSize, name.substr(0, name.find(';')), false);
+  // A name that reads as a record's header would end the list there and lose the files behind.
+  if (IsRecordHeader(item->name)) item->name[0] = '_';
   CopyField(item->type, BinaryObjectItem::kTypeSize, type, true);
   if (last_ == nullptr) {
     first_ = item;

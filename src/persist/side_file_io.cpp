@@ -77,6 +77,12 @@ class LineDecoder {
 
 }  // namespace
 
+bool IsRecordHeader(std::string_view line) {
+  uint32_t offset = 0;
+  uint8_t kind = 0;
+  return ParseHeader(line.data(), line.size(), offset, kind);
+}
+
 // --- reading ---
 
 SideFileReader::~SideFileReader() {
@@ -265,8 +271,11 @@ bool SideFileReader::ReadObjects(uint32_t offset, BinaryObjectList& list, ErrorC
       error = err::kFileRead;
       return false;
     }
-    // The file's end, or the next record's header, ends the list.
-    if (got == Line::kEnd || (length >= 2 && line[0] == '-' && line[1] == '-')) {
+    // The file's end, or the next record's header, ends the list. Only a whole header does: a
+    // file's name may well begin with two hyphens.
+    uint32_t nextOffset = 0;
+    uint8_t nextKind = 0;
+    if (got == Line::kEnd || ParseHeader(line, length, nextOffset, nextKind)) {
       if (closed) break;
       list.Clear();
       error = err::kBinaryFields;

@@ -14,6 +14,9 @@
 
 namespace kelpdex {
 
+// Whether a line is a record's header line, "--NNNNNNNNNN K", which ends an object list.
+bool IsRecordHeader(std::string_view line);
+
 class SideFileReader {
  public:
   // A Base64 line is read in pieces of at most this many characters, a multiple of 4.

@@ -73,6 +73,9 @@ TEST_F(SideFileTest, ObjectsKeepOrderNamesTypesAndBytes) {
   // A name is cut at its ';', a type at its blank, and neither may break the header line.
   ASSERT_NE(list.Append("a;b.txt", "two words", "x"), nullptr);
   ASSERT_NE(list.Append("line\r\nbreak", "t", "y"), nullptr);
+  // Names beginning with two hyphens, even one shaped like a record's header, stay in the list.
+  ASSERT_NE(list.Append("--draft.txt", "t", "z"), nullptr);
+  ASSERT_NE(list.Append("--0000000000 2", "t", "w"), nullptr);
   uint32_t offset = 0;
   ErrorCode error = err::kNone;
   AppendText(path, "before");
@@ -80,7 +83,7 @@ TEST_F(SideFileTest, ObjectsKeepOrderNamesTypesAndBytes) {
   AppendText(path, "after");
   BinaryObjectList back;
   ASSERT_TRUE(SideFile::ReadObjects(path, offset, back, error)) << int(error);
-  ASSERT_EQ(back.count(), 4u);
+  ASSERT_EQ(back.count(), 6u);
   const BinaryObjectItem* item = back.first();
   EXPECT_STREQ(item->name, "photo.png");
   EXPECT_STREQ(item->type, "2006-01-31T13:10:55");
@@ -93,6 +96,9 @@ TEST_F(SideFileTest, ObjectsKeepOrderNamesTypesAndBytes) {
   EXPECT_STREQ(item->type, "two_words");
   EXPECT_EQ(item->Bytes(), "x");
   EXPECT_STREQ(item->next->name, "line__break");
+  EXPECT_STREQ(item->next->next->name, "--draft.txt");
+  EXPECT_EQ(item->next->next->Bytes(), "z");
+  EXPECT_STREQ(item->next->next->next->name, "_-0000000000 2");
 
   // The pending form carries the same list.
   BinaryObjectList unpacked;
