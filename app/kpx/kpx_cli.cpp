@@ -1,5 +1,8 @@
 #include "kpx/kpx_cli.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -22,8 +25,13 @@ void PrintHelp(FILE* to) {
       "\n"
       "Commands:\n",
       to);
+  // The summaries stand in one column behind the longest name.
+  int width = 0;
   for (const CommandInfo& command : Commands()) {
-    std::fprintf(to, "  %-12s %s\n", command.name, command.summary);
+    width = std::max(width, static_cast<int>(std::strlen(command.name)));
+  }
+  for (const CommandInfo& command : Commands()) {
+    std::fprintf(to, "  %-*s %s\n", width, command.name, command.summary);
   }
   std::fputs(
       "\nEvery command that opens a document takes --password-file P for a protected one: the\n"
