@@ -17,6 +17,8 @@ namespace kelpdex {
 
 namespace {
 
+uint32_t entryLimit = UINT32_MAX;
+
 // A cell as the comparison reads it.
 struct SortValue {
   enum Kind : uint8_t { kEmpty, kNumber, kText, kError } kind = kEmpty;
@@ -102,6 +104,7 @@ class Entries {
  public:
   Entries(Worksheet& sheet, const SortKeys& keys, const uint32_t* rows, uint32_t count)
       : stride_(keys.count + 1u) {
+    if (count > entryLimit) return;
     slots_.reset(new (std::nothrow) Slot[size_t{count} * stride_]);
     if (slots_ == nullptr) return;
     for (uint32_t p = 0; p < count; ++p) {
@@ -170,7 +173,8 @@ void SortEntries(Records& entries, const SortKeys& keys, uint32_t count) {
           break;
         }
       }
-      std::copy(entries.Cells(chosen), entries.Cells(chosen) + keys.count, pivot);
+      const CellRecord* const* chosenCells = entries.Cells(chosen);
+      std::copy(chosenCells, chosenCells + keys.count, pivot);
       int64_t i = low, j = high;
       while (i <= j) {
         // Every entry a scan visits asks for the cell of the one kAhead further on, so that the
@@ -237,6 +241,10 @@ class LookedUp {
 };
 
 }  // namespace
+
+void SetSortEntryLimit(uint32_t count) {
+  entryLimit = count;
+}
 
 SortKeys CollectSortKeys(const TableSpec& table) {
   SortKeys keys;

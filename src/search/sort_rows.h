@@ -36,6 +36,10 @@ int CompareRows(const CellRecord* const* left, const CellRecord* const* right, u
 // stable. Rows at or past the record limit have no cells.
 void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t count);
 
+// Fault injection for tests: sorts of more records than this go the way a sort goes when memory
+// for its entries runs out.
+void SetSortEntryLimit(uint32_t count);
+
 // Sorts the found records of the set by the table's keys; nothing without keys.
 void SortRecordSet(const TableSpec& table, RecordSet& records);
 
