@@ -180,7 +180,7 @@ bool ReplaceInRange(const TableSpec& table, const RecordSet& records, const Grid
       std::string result;
       size_t at = 0;
       bool hit = false;
-      while (at <= text.size()) {
+      while (at < text.size()) {
         size_t end = 0;
         long found =
             FindInText(options.text, text.substr(at), options.matchCase, options.wholeCell, &end);

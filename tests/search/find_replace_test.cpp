@@ -109,6 +109,12 @@ TEST_F(FindReplaceTest, ReplaceAllRewritesShownTextsAndRecalculatesTheRecord) {
   options.replacement = "x";
   ASSERT_TRUE(ReplaceInRange(Table(), book.records, names, options, changed));
   EXPECT_EQ(At(1, 1), "'x'");  // what the entry parser makes of a text that is no number
+  // A star takes the whole text once, not once more for the nothing left behind it.
+  options.text = "*";
+  options.replacement = "all";
+  GridSelection first{0, 0, 0, 0};
+  ASSERT_TRUE(ReplaceInRange(Table(), book.records, first, options, changed));
+  EXPECT_EQ(At(0, 0), "'all'");
   book.undo = nullptr;
 }
 
