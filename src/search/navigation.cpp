@@ -68,14 +68,18 @@ bool StepRecord(Worksheet& data, const RecordSet& records, StepKind kind, bool f
 
 bool ParseGoTo(std::string_view text, uint32_t& record) {
   if (text.size() > 20) text = text.substr(0, 20);
+  // Read as a decimal conversion reads: blanks first, then an optional plus sign.
   size_t at = 0;
+  while (at < text.size() && (text[at] == ' ' || text[at] == '\t')) ++at;
+  if (at < text.size() && text[at] == '+') ++at;
+  size_t digits = at;
   uint64_t n = 0;
   while (at < text.size() && text[at] >= '0' && text[at] <= '9') {
     n = n * 10 + static_cast<uint64_t>(text[at] - '0');
     if (n > UINT32_MAX) return false;
     ++at;
   }
-  if (at == 0) return false;
+  if (at == digits) return false;
   while (at < text.size() && text[at] == ' ') ++at;
   if (at != text.size()) return false;
   record = static_cast<uint32_t>(n);

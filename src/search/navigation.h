@@ -27,8 +27,8 @@ enum class StepKind : uint8_t { kNonEmpty, kEmpty, kIdentical, kDifferent };
 bool StepRecord(Worksheet& data, const RecordSet& records, StepKind kind, bool forward,
                 GridSelection& selection);
 
-// The Go To box: a decimal number, blanks behind it allowed, at most 20 characters read. False
-// for anything else (a range such as "3-7" included).
+// The Go To box: a decimal number (blanks before it and a plus sign allowed, blanks behind it),
+// at most 20 characters read. False for anything else, a range such as "3-7" included.
 bool ParseGoTo(std::string_view text, uint32_t& record);
 // Moves the selection to record `record` (from 1) in its first field; false past the records.
 bool GoToRecord(const RecordSet& records, uint32_t record, GridSelection& selection);

@@ -64,7 +64,9 @@ TEST(GoToTest, OnlyAWholeNumberWithTrailingBlanksIsTaken) {
   uint32_t n = 0;
   EXPECT_TRUE(ParseGoTo("42  ", n));
   EXPECT_EQ(n, 42u);
-  for (const char* bad : {"", " 4", "3-7", "4x", "-1", "99999999999"}) {
+  EXPECT_TRUE(ParseGoTo(" +7", n));
+  EXPECT_EQ(n, 7u);
+  for (const char* bad : {"", " ", "3-7", "4x", "-1", "99999999999", "+"}) {
     EXPECT_FALSE(ParseGoTo(bad, n)) << bad;
   }
   RecordSet records;
