@@ -95,6 +95,14 @@ TEST_F(SearchKeysTest, LowerCaseTitlesAreKeysAndTheKeyCountIsBounded) {
   EXPECT_EQ(Keys().size(), kMaxKeyColumns + 1u);
 }
 
+TEST_F(SearchKeysTest, NoKeyIsAddedWhenACatalogueCellWouldLeaveTheSheet) {
+  std::vector<uint8_t> far(cell::TextSize(1));
+  cell::EncodeText(far.data(), 1, kLastColumn, "x");
+  ASSERT_TRUE(Table().catalogue->cells.PutCell(far.data()));
+  EXPECT_EQ(AddSearchKey(Table(), "Full"), KeyResult::kNoRoom);
+  EXPECT_EQ(Keys(), (std::vector<std::string>{"Default"}));
+}
+
 TEST_F(SearchKeysTest, EveryChangeTakesOneSnapshotAndARefusalChangesNothing) {
   testing::ScriptedRecorder recorder;
   book.undo = &recorder;
