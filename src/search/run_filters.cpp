@@ -91,8 +91,10 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
   uint32_t* rows = records.rows();
   for (uint32_t i = 0; i < rowCount; ++i) rows[i] = i;
   uint32_t count = rowCount;
-  // The rows stay in rising order through every pass, so each pass reads its cells through one
-  // forward cursor, a step per row, and needs no row index built ahead of it.
+  // The rows stay in rising order through every pass, so a compiled filter reads its cells
+  // through one forward cursor and needs no row index; the index is built for the run only
+  // when a filter goes to the evaluator, whose lookups it serves.
+  bool indexBuilt = false;
 
   uint16_t fieldCount = FieldCount(table);
   std::vector<FieldSpec> specs(fieldCount);
@@ -115,6 +117,11 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
     FilterProgram program;
     bool compiled = options.compile &&
                     program.Compile(descriptors, specs[f].name, specs[f].type, digit, operand);
+    if (!compiled && !indexBuilt && rowCount > 0) {
+      // Without memory for the index the lookups only search longer.
+      table.data->cells.BuildRowIndex(0, rowCount - 1);
+      indexBuilt = true;
+    }
     count = FilterRows(engine, *table.data, compiled ? &program : nullptr,
                        std::string_view(formula, length), f, rows, count);
   }
@@ -131,6 +138,8 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
   records.SetCount(count);
   records.RewriteFreeTail(rowCount);
   records.SetOrdered(count == rowCount);
+  // Its memory stays for the next run; the marks of what was built go.
+  if (indexBuilt) table.data->cells.InvalidateRowIndex();
   found = count;
   return true;
 }
