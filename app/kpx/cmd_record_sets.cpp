@@ -96,8 +96,8 @@ int RunFind(CommandContext& context) {
   }
   std::vector<std::string> names;
   for (uint16_t f = 0; f < FieldCount(table); ++f) {
-    FieldSpec spec;
-    names.push_back(ReadField(table, f, spec) ? ToTerminal(spec.name) : std::string());
+    FieldSpec fieldRow;
+    names.push_back(ReadField(table, f, fieldRow) ? ToTerminal(fieldRow.name) : std::string());
   }
   // Find Next again and again from the first cell, as a user pressing F3 would.
   GridSelection whole = WholeTable(table, document.book.records), hit;

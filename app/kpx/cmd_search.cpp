@@ -74,11 +74,11 @@ int RunFilter(CommandContext& context) {
     if (field < 0) return Fail(context, "no field named '" + *args.Value("field") + "'");
     std::string filter, why;
     if (!args.Flag("clear")) {
-      FieldSpec spec;
-      ReadField(table, static_cast<uint16_t>(field), spec);
+      FieldSpec fieldRow;
+      ReadField(table, static_cast<uint16_t>(field), fieldRow);
       // A Long Text or Images/Files field is searched for a plain text, never by an operator.
-      if (digit != 0 && !HoldsCellValues(spec.type) && spec.type != FieldType::kUnknown) {
-        return Fail(context, "a " + std::string(FieldTypeText(spec.type, false)) +
+      if (digit != 0 && !HoldsCellValues(fieldRow.type) && fieldRow.type != FieldType::kUnknown) {
+        return Fail(context, "a " + std::string(FieldTypeText(fieldRow.type, false)) +
                                  " field takes --expr TEXT, the text to look for");
       }
       std::string typed = digit != 0 ? *args.Value("value") : *args.Value("expr");

@@ -26,8 +26,8 @@ int OpenValueCell(CommandContext& context, const CommandInfo& self, Args& args,
   std::string fieldName = *args.Value("field");
   int field = FindFieldIndex(cell.table, fieldName);
   if (field < 0) return Fail(context, "no field named '" + fieldName + "'");
-  FieldSpec spec;
-  if (!ReadField(cell.table, static_cast<uint16_t>(field), spec) || spec.type != type) {
+  FieldSpec fieldRow;
+  if (!ReadField(cell.table, static_cast<uint16_t>(field), fieldRow) || fieldRow.type != type) {
     return Fail(context,
                 "field '" + fieldName + "' is no " + FieldTypeText(type, false) + " field");
   }

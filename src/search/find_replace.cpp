@@ -101,8 +101,8 @@ bool FindNext(const TableSpec& table, const RecordSet& records, const GridSelect
   uint16_t fieldCount = FieldCount(table);
   std::vector<FieldType> types(fieldCount);
   for (uint16_t f = 0; f < fieldCount; ++f) {
-    FieldSpec spec;
-    types[f] = ReadField(table, f, spec) ? spec.type : FieldType::kUnknown;
+    FieldSpec fieldRow;
+    types[f] = ReadField(table, f, fieldRow) ? fieldRow.type : FieldType::kUnknown;
   }
   std::vector<std::unique_ptr<NumberStyle>> styles;
   char shown[kDisplayTextMax];
@@ -148,12 +148,13 @@ bool ReplaceInRange(const TableSpec& table, const RecordSet& records, const Grid
   uint16_t fieldCount = FieldCount(table);
   std::vector<Mark> marks(fieldCount, Mark::kNone);
   for (uint16_t f = 0; f < fieldCount; ++f) {
-    FieldSpec spec;
-    if (!ReadField(table, f, spec) || !Searchable(spec.type)) continue;
-    if (spec.formulaOrValue.size() >= 2 && text::StartsWithNoCase(spec.formulaOrValue, "F:")) {
+    FieldSpec fieldRow;
+    if (!ReadField(table, f, fieldRow) || !Searchable(fieldRow.type)) continue;
+    if (fieldRow.formulaOrValue.size() >= 2 &&
+        text::StartsWithNoCase(fieldRow.formulaOrValue, "F:")) {
       continue;
     }
-    marks[f] = spec.type == FieldType::kNumber ? Mark::kNumber : Mark::kText;
+    marks[f] = fieldRow.type == FieldType::kNumber ? Mark::kNumber : Mark::kText;
   }
   // The cell store is walked in row order.
   std::vector<uint32_t> rows;

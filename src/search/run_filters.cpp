@@ -16,8 +16,8 @@ namespace kelpdex {
 
 namespace {
 
-std::string FilterOf(const FilterOptions& options, uint16_t field, const FieldSpec& spec) {
-  if (options.filters == nullptr) return spec.firstKeyExpression;
+std::string FilterOf(const FilterOptions& options, uint16_t field, const FieldSpec& fieldRow) {
+  if (options.filters == nullptr) return fieldRow.firstKeyExpression;
   return field < options.filters->size() ? (*options.filters)[field] : std::string();
 }
 
@@ -97,8 +97,8 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
   bool indexBuilt = false;
 
   uint16_t fieldCount = FieldCount(table);
-  std::vector<FieldSpec> specs(fieldCount);
-  for (uint16_t f = 0; f < fieldCount; ++f) ReadField(table, f, specs[f]);
+  std::vector<FieldSpec> fieldRows(fieldCount);
+  for (uint16_t f = 0; f < fieldCount; ++f) ReadField(table, f, fieldRows[f]);
   std::vector<FieldDefault> defaults = BuildFieldDefaults(table);
   std::vector<FormulaField> descriptors = FormulaFields(defaults);
   FormulaEngine engine(table.workbook, table.data, &BuiltinFunctions());
@@ -106,17 +106,17 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
 
   char formula[kFilterFormulaRoom];
   for (uint16_t f = 0; f < fieldCount && count > 0; ++f) {
-    if (!HoldsCellValues(specs[f].type) && specs[f].type != FieldType::kUnknown) continue;
-    std::string filter = FilterOf(options, f, specs[f]);
+    if (!HoldsCellValues(fieldRows[f].type) && fieldRows[f].type != FieldType::kUnknown) continue;
+    std::string filter = FilterOf(options, f, fieldRows[f]);
     if (filter.empty()) continue;
-    size_t length = BuildFilterFormula(specs[f].name, specs[f].type, filter, formula);
+    size_t length = BuildFilterFormula(fieldRows[f].name, fieldRows[f].type, filter, formula);
     if (length == 0) continue;
     int digit;
     std::string_view operand;
     SplitFilterText(filter, digit, operand);
     FilterProgram program;
-    bool compiled = options.compile &&
-                    program.Compile(descriptors, specs[f].name, specs[f].type, digit, operand);
+    bool compiled = options.compile && program.Compile(descriptors, fieldRows[f].name,
+                                                       fieldRows[f].type, digit, operand);
     if (!compiled && !indexBuilt && rowCount > 0) {
       // Without memory for the index the lookups only search longer.
       table.data->cells.BuildRowIndex(0, rowCount - 1);
@@ -127,12 +127,12 @@ bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions&
   }
   // The expensive test last, on the fewest records.
   for (uint16_t f = 0; f < fieldCount && count > 0; ++f) {
-    if (HoldsCellValues(specs[f].type) || specs[f].type == FieldType::kUnknown) continue;
-    std::string filter = FilterOf(options, f, specs[f]);
+    if (HoldsCellValues(fieldRows[f].type) || fieldRows[f].type == FieldType::kUnknown) continue;
+    std::string filter = FilterOf(options, f, fieldRows[f]);
     int digit;
     std::string_view needle;
     if (!SplitFilterText(filter, digit, needle) || needle.empty()) continue;
-    count = MatchRows(table, options, specs[f].type, f, needle, rows, count);
+    count = MatchRows(table, options, fieldRows[f].type, f, needle, rows, count);
   }
 
   records.SetCount(count);

@@ -250,13 +250,13 @@ SortKeys CollectSortKeys(const TableSpec& table) {
   SortKeys keys;
   uint16_t fields = FieldCount(table);
   for (uint16_t f = 0; f < fields; ++f) {
-    FieldSpec spec;
-    if (!ReadField(table, f, spec)) continue;
-    uint16_t position = SortKeyPlace(spec.sortIndex);
+    FieldSpec fieldRow;
+    if (!ReadField(table, f, fieldRow)) continue;
+    uint16_t position = SortKeyPlace(fieldRow.sortIndex);
     if (position < 1 || position >= kMaxSortKeys) continue;
     // The commands leave no gaps between positions, so the count of keys is also the highest.
     keys.fields[position - 1] = f;
-    keys.flags[position - 1] = spec.sortIndex > 20000;
+    keys.flags[position - 1] = fieldRow.sortIndex > 20000;
     ++keys.count;
   }
   return keys;

@@ -22,9 +22,9 @@ class SortKeysTest : public testing::TableTest {
   }
   std::vector<uint16_t> Indexes() {
     std::vector<uint16_t> values;
-    FieldSpec spec;
+    FieldSpec fieldRow;
     for (uint16_t f = 0; f < 4; ++f)
-      values.push_back(ReadField(Table(), f, spec) ? spec.sortIndex : 999);
+      values.push_back(ReadField(Table(), f, fieldRow) ? fieldRow.sortIndex : 999);
     return values;
   }
 };
@@ -48,10 +48,10 @@ TEST_F(SortKeysTest, TooManyKeysIsError43AndTheRetainedKeysStay) {
   ASSERT_EQ(SetSortKeys(Table(), {{0, false}}), err::kNone);
   // Hand-made definition: a key at place 98 and one at 99 make 99 retained... here two retained
   // keys at high places and a selection that would reach 100.
-  FieldSpec spec;
-  ASSERT_TRUE(ReadField(Table(), 2, spec));
-  spec.sortIndex = 20098;
-  ASSERT_TRUE(WriteField(Table(), 2, spec));
+  FieldSpec fieldRow;
+  ASSERT_TRUE(ReadField(Table(), 2, fieldRow));
+  fieldRow.sortIndex = 20098;
+  ASSERT_TRUE(WriteField(Table(), 2, fieldRow));
   std::vector<std::pair<uint16_t, bool>> many(kMaxSortKeys, {0, false});
   EXPECT_EQ(SetSortKeys(Table(), many), err::kTooManySortKeys);
   EXPECT_EQ(SortByFields(Table(), 1, 3, false, true), err::kNone);  // 1 retained + 3
