@@ -20,15 +20,19 @@ namespace {
 std::string ModifiedText(const std::string& path) {
   platform::LocalTime at;
   if (!platform::FileModifiedTime(path, at)) return "-";
-  DateTimeRecord record;
-  record.hasDate = record.hasTime = true;
-  record.year = at.year;
-  record.month = at.month;
-  record.day = at.day;
-  record.hour = at.hour;
-  record.minute = at.minute;
-  record.second = at.second;
-  return FormatGenericDate(record);
+  return FormatGenericDate(at);
+}
+
+// The files the cell holds, pending or saved; false after telling why.
+bool ReadCellObjects(CommandContext& context, const ValueCell& cell, BinaryObjectList& list) {
+  bool present = false;
+  ErrorCode error = err::kNone;
+  if (ReadObjectsValue(*cell.table.data, cell.sidePath, cell.row, cell.column, list, present,
+                       error)) {
+    return true;
+  }
+  Fail(context, ErrorText(error));
+  return false;
 }
 
 }  // namespace
@@ -45,12 +49,7 @@ int RunAttach(CommandContext& context) {
   if (status != kExitSuccess) return status;
   // The files join those the cell holds already.
   BinaryObjectList list;
-  bool present = false;
-  ErrorCode error = err::kNone;
-  if (!ReadObjectsValue(*cell.table.data, cell.sidePath, cell.row, cell.column, list, present,
-                        error)) {
-    return Fail(context, ErrorText(error));
-  }
+  if (!ReadCellObjects(context, cell, list)) return kExitFailure;
   for (size_t i = 1; i < args.positionals().size(); ++i) {
     const std::string& path = args.positionals()[i];
     std::string bytes;
@@ -79,12 +78,7 @@ int RunObjects(CommandContext& context) {
   int status = OpenValueCell(context, self, args, document, FieldType::kFiles, true, false, cell);
   if (status != kExitSuccess) return status;
   BinaryObjectList list;
-  bool present = false;
-  ErrorCode error = err::kNone;
-  if (!ReadObjectsValue(*cell.table.data, cell.sidePath, cell.row, cell.column, list, present,
-                        error)) {
-    return Fail(context, ErrorText(error));
-  }
+  if (!ReadCellObjects(context, cell, list)) return kExitFailure;
   std::optional<std::string> folder = args.Value("extract");
   if (folder && !platform::CreateFolder(*folder)) {
     return Fail(context, *folder + ": " + ErrorText(err::kFileOpenWrite));

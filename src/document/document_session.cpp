@@ -66,20 +66,6 @@ std::string TableNameOfFile(const std::string& path) {
   return clean;
 }
 
-std::string NowAsGenericText() {
-  platform::LocalTime now = platform::GetLocalTime();
-  DateTimeRecord at;
-  at.hasDate = true;
-  at.hasTime = true;
-  at.year = now.year;
-  at.month = now.month;
-  at.day = now.day;
-  at.hour = now.hour;
-  at.minute = now.minute;
-  at.second = now.second;
-  return FormatGenericDate(at);
-}
-
 }  // namespace
 
 bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t position) {
@@ -390,7 +376,7 @@ bool DocumentSession::WriteDocument(const std::string* path, DocumentKind kind,
     std::string savedAt = book_.lastSavedAt;
     book_.lastSavedBy = platform::UserName();
     if (book_.lastSavedBy.size() > kUserNameMax) book_.lastSavedBy.resize(kUserNameMax);
-    book_.lastSavedAt = NowAsGenericText();
+    book_.lastSavedAt = FormatGenericDate(platform::GetLocalTime());
     // The values waiting in the sheets go to the side file first: the cells must hold their
     // offsets when the document is written.
     PendingFlush flush;

@@ -479,4 +479,16 @@ bool PeriodBetween(const DateTimeRecord& from, const DateTimeRecord& to, PeriodR
   return true;
 }
 
+std::string FormatGenericDate(const platform::LocalTime& at) {
+  DateTimeRecord record;
+  record.hasDate = record.hasTime = true;
+  record.year = at.year;
+  record.month = at.month;
+  record.day = at.day;
+  record.hour = at.hour;
+  record.minute = at.minute;
+  record.second = at.second;
+  return FormatGenericDate(record);
+}
+
 }  // namespace kelpdex

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/os.h"
+
 namespace kelpdex {
 
 // A date, a time of day, or both. A time may carry a zone offset. dayOfYear and dayOfWeek are
@@ -62,6 +64,8 @@ bool ParseGenericDate(std::string_view text, DateTimeRecord& record, size_t* end
 // is not valid (see IsValidDateTime).
 size_t FormatGenericDate(const DateTimeRecord& record, char* out);
 std::string FormatGenericDate(const DateTimeRecord& record);
+// A moment of the system's clock, to the second, as a generic date and time string.
+std::string FormatGenericDate(const platform::LocalTime& at);
 
 // Reads "[-]P[nY][nM][nD][T[nH][nM][nS]]" with at least one value, and at least one behind a
 // "T". Milliseconds may stand in the seconds ("50.5S") or behind them ("50S.500"), 1 to 3 digits.

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "platform/os.h"
+#include "platform/posix_time.h"
 
 namespace kelpdex::platform {
 
@@ -109,17 +110,8 @@ std::string UserName() {
 LocalTime GetLocalTime() {
   struct timespec now {};
   clock_gettime(CLOCK_REALTIME, &now);
-  struct tm parts {};
-  localtime_r(&now.tv_sec, &parts);
   LocalTime t;
-  t.year = parts.tm_year + 1900;
-  t.month = parts.tm_mon + 1;
-  t.dayOfWeek = parts.tm_wday;
-  t.day = parts.tm_mday;
-  t.hour = parts.tm_hour;
-  t.minute = parts.tm_min;
-  // A leap second is shown as the last ordinary one, as SYSTEMTIME has no 60.
-  t.second = parts.tm_sec > 59 ? 59 : parts.tm_sec;
+  LocalTimeOf(now.tv_sec, t);
   t.milliseconds = static_cast<int>(now.tv_nsec / 1000000);
   return t;
 }
