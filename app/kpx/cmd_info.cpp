@@ -8,6 +8,7 @@
 #include "kpx/kpx_document.h"
 #include "kpx/kpx_json.h"
 #include "kpx/kpx_search.h"
+#include "search/search_keys.h"
 #include "store/field_row.h"
 
 namespace kelpdex::kpx {
@@ -32,12 +33,7 @@ struct TableInfo {
   std::vector<FieldInfo> fields;
 };
 
-std::string CellText(Worksheet& sheet, uint32_t row, uint16_t column) {
-  const CellRecord* r = sheet.cells.GetCell(row, column);
-  return r != nullptr && cell::IsText(r) ? std::string(cell::Text(r)) : std::string();
-}
-
-// The key columns stand from column 4 of the catalogue; each field's row holds its filter.
+// Each field's filter in every key, and the keys' names.
 void ReadTable(CommandDocument& document, Worksheet* data, TableInfo& info) {
   info.name = data->Name();
   TableSpec table;
@@ -45,18 +41,14 @@ void ReadTable(CommandDocument& document, Worksheet* data, TableInfo& info) {
   info.records = document.book.records.count();
   info.found = info.records;
   ApplyRecordSet(document, table, nullptr, info.found);
-  uint16_t keyCount = KeyCount(table);
-  for (uint16_t k = 0; k < keyCount; ++k) {
-    std::string name;
-    ParseKeyTitle(CellText(*table.catalogue, 0, static_cast<uint16_t>(4 + k)), name);
-    info.keys.push_back(name);
-  }
+  info.keys = SearchKeyNames(table);
+  uint16_t keyCount = static_cast<uint16_t>(info.keys.size());
   uint16_t count = FieldCount(table);
   for (uint16_t i = 0; i < count; ++i) {
     FieldInfo field;
     if (!ReadField(table, i, field.row)) continue;
     for (uint16_t k = 0; k < keyCount; ++k) {
-      std::string expression = CellText(*table.catalogue, i + 1u, static_cast<uint16_t>(4 + k));
+      std::string expression = GetKeyFilterText(table, k, i);
       if (!expression.empty()) field.filters.push_back({info.keys[k], expression});
     }
     info.fields.push_back(field);

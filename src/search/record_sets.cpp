@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "search/run_filters.h"
 #include "search/search_keys.h"
 #include "search/sort_rows.h"
 
@@ -18,11 +19,6 @@ bool Prologue(const TableSpec& table, RecordSet& records) {
     return false;
   }
   return ClearAllFilters(table);
-}
-
-uint32_t RowCount(const TableSpec& table) {
-  uint32_t rows = table.data->UsedRows();
-  return rows > RecordSet::kEntries ? RecordSet::kEntries : rows;
 }
 
 void Finish(const TableSpec& table, RecordSet& records, uint32_t count, uint32_t rowCount) {
@@ -93,7 +89,7 @@ void ComplementRows(uint32_t* rows, uint32_t rowCount, uint32_t& count) {
 
 bool RemoveAllFilters(const TableSpec& table, RecordSet& records) {
   if (!Prologue(table, records)) return false;
-  uint32_t rowCount = RowCount(table);
+  uint32_t rowCount = TableRowCount(table);
   uint32_t* rows = records.rows();
   for (uint32_t i = 0; i < rowCount; ++i) rows[i] = i;
   Finish(table, records, rowCount, rowCount);
@@ -109,7 +105,7 @@ bool FindDuplicates(const TableSpec& table, RecordSet& records, uint16_t first, 
 bool FindDuplicates(const TableSpec& table, RecordSet& records,
                     const std::vector<uint16_t>& fields) {
   if (!Prologue(table, records)) return false;
-  uint32_t rowCount = RowCount(table);
+  uint32_t rowCount = TableRowCount(table);
   uint32_t count = 0;
   DuplicateRows(*table.data, fields, records.rows(), rowCount, count);
   Finish(table, records, count, rowCount);
@@ -119,7 +115,7 @@ bool FindDuplicates(const TableSpec& table, RecordSet& records,
 bool FindComplement(const TableSpec& table, RecordSet& records) {
   uint32_t count = records.count();
   if (!Prologue(table, records)) return false;
-  uint32_t rowCount = RowCount(table);
+  uint32_t rowCount = TableRowCount(table);
   ComplementRows(records.rows(), rowCount, count);
   Finish(table, records, count, rowCount);
   return true;

@@ -4,6 +4,7 @@
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
 #include "persist/document_file.h"
+#include "persist/side_values.h"
 #include "search/filter_program.h"
 #include "search/filter_text.h"
 #include "search/long_text_matcher.h"
@@ -54,11 +55,10 @@ uint32_t FilterRows(FormulaEngine& engine, Worksheet& data, const FilterProgram*
   return kept;
 }
 
+// The side file offset the record's cell holds; 0 where it holds none.
 uint32_t ObjectNumber(Worksheet& data, uint32_t row, uint16_t field, CellCursor& cursor) {
-  CellRecord* r = data.cells.GetCell(row, field, &cursor);
-  if (r == nullptr || !cell::IsNumber(r)) return 0;
-  double n = cell::Number(r);
-  return n >= 1 && n <= 4294967295.0 ? static_cast<uint32_t>(n) : 0;
+  uint32_t offset = 0;
+  return StoredOffset(data.cells.GetCell(row, field, &cursor), offset) ? offset : 0;
 }
 
 uint32_t MatchRows(const TableSpec& table, const FilterOptions& options, FieldType type,
@@ -80,14 +80,18 @@ uint32_t MatchRows(const TableSpec& table, const FilterOptions& options, FieldTy
 
 }  // namespace
 
+uint32_t TableRowCount(const TableSpec& table) {
+  uint32_t rows = table.data->UsedRows();
+  return rows > RecordSet::kEntries ? RecordSet::kEntries : rows;
+}
+
 bool RunFilters(const TableSpec& table, RecordSet& records, const FilterOptions& options,
                 uint32_t& found) {
   if (!records.Allocate()) {
     table.workbook->errorCode = err::kOutOfMemory;
     return false;
   }
-  uint32_t rowCount = table.data->UsedRows();
-  if (rowCount > RecordSet::kEntries) rowCount = RecordSet::kEntries;
+  uint32_t rowCount = TableRowCount(table);
   uint32_t* rows = records.rows();
   for (uint32_t i = 0; i < rowCount; ++i) rows[i] = i;
   uint32_t count = rowCount;

@@ -44,6 +44,9 @@ struct FilterOptions {
   bool compile = true;
 };
 
+// The table's row count as the record set counts it: rows in use, at most the set's entries.
+uint32_t TableRowCount(const TableSpec& table);
+
 // Fills `records` with the rows that pass every filter, in row order, and the free rows behind
 // them. Returns the count found; false (the workbook's code: 21) when the set could not be
 // allocated.

@@ -13,24 +13,6 @@ namespace {
 
 constexpr size_t kTitleMax = 1024;
 
-std::string_view TextAt(Worksheet& sheet, uint32_t row, uint16_t column, CellCursor* cursor) {
-  CellRecord* r = sheet.cells.GetCell(row, column, cursor);
-  if (r == nullptr || !cell::IsText(r)) return std::string_view();
-  return cell::Text(r);
-}
-
-// An empty text removes the cell: an absent cell is what "no filter" is.
-bool PutText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text,
-             CellCursor* cursor) {
-  if (text.empty()) {
-    sheet.cells.DeleteRange(column, column, row, row, cursor);
-    return true;
-  }
-  std::vector<uint8_t> record(cell::TextSize(text.size()));
-  cell::EncodeText(record.data(), row, column, text);
-  return sheet.cells.PutCell(record.data(), cursor);
-}
-
 uint16_t KeyColumn(uint16_t keyIndex) {
   return static_cast<uint16_t>(catalogue::kFirstKeyColumn + keyIndex);
 }
@@ -40,19 +22,10 @@ bool Fail(const TableSpec& table, ErrorCode code) {
   return false;
 }
 
-// The one undo step of a change to filters or keys, taken before anything changes.
-bool RecordDefinition(const TableSpec& table) {
-  UndoRecorder* undo = table.workbook->undo;
-  if (undo == nullptr || undo->RecordFieldList(UndoContext{})) return true;
-  // The recorder's refusal is always for want of memory.
-  if (table.workbook->errorCode == err::kNone) table.workbook->errorCode = err::kOutOfMemory;
-  return false;
-}
-
 std::string KeyName(const TableSpec& table, uint16_t keyIndex) {
   if (keyIndex == 0) return "Default";
   std::string name;
-  ParseKeyTitle(TextAt(*table.catalogue, 0, KeyColumn(keyIndex), nullptr), name);
+  ParseKeyTitle(CatalogueText(*table.catalogue, 0, KeyColumn(keyIndex), nullptr), name);
   return name;
 }
 
@@ -71,13 +44,21 @@ bool CopyKeyColumn(const TableSpec& table, uint16_t from, uint16_t to) {
   uint16_t fields = FieldCount(table);
   CellCursor read, write;
   for (uint16_t f = 0; f < fields; ++f) {
-    std::string text(TextAt(*table.catalogue, f + 1u, from, &read));
-    if (!PutText(*table.catalogue, f + 1u, to, text, &write)) return false;
+    std::string text(CatalogueText(*table.catalogue, f + 1u, from, &read));
+    if (!PutCatalogueText(*table.catalogue, f + 1u, to, text, &write)) return false;
   }
   return true;
 }
 
 }  // namespace
+
+bool RecordTableDefinition(const TableSpec& table) {
+  UndoRecorder* undo = table.workbook->undo;
+  if (undo == nullptr || undo->RecordFieldList(UndoContext{})) return true;
+  // The recorder's refusal is always for want of memory.
+  if (table.workbook->errorCode == err::kNone) table.workbook->errorCode = err::kOutOfMemory;
+  return false;
+}
 
 std::vector<std::string> SearchKeyNames(const TableSpec& table) {
   std::vector<std::string> names;
@@ -88,7 +69,8 @@ std::vector<std::string> SearchKeyNames(const TableSpec& table) {
 }
 
 std::string GetKeyFilterText(const TableSpec& table, uint16_t keyIndex, uint16_t fieldIndex) {
-  return std::string(TextAt(*table.catalogue, fieldIndex + 1u, KeyColumn(keyIndex), nullptr));
+  return std::string(
+      CatalogueText(*table.catalogue, fieldIndex + 1u, KeyColumn(keyIndex), nullptr));
 }
 
 int FindSearchKey(const TableSpec& table, std::string_view name) {
@@ -102,13 +84,13 @@ int FindSearchKey(const TableSpec& table, std::string_view name) {
 bool SetFieldFilter(const TableSpec& table, uint16_t fieldIndex, std::string_view filterText) {
   FieldSpec field;
   if (!ReadField(table, fieldIndex, field)) return Fail(table, err::kInvalidNodePath);
-  if (!RecordDefinition(table)) return false;
+  if (!RecordTableDefinition(table)) return false;
   field.firstKeyExpression.assign(filterText);
   return WriteField(table, fieldIndex, field) || Fail(table, err::kOutOfMemory);
 }
 
 bool ClearAllFilters(const TableSpec& table) {
-  if (!RecordDefinition(table)) return false;
+  if (!RecordTableDefinition(table)) return false;
   uint16_t fields = FieldCount(table);
   table.catalogue->cells.DeleteRange(catalogue::kFirstKeyColumn, catalogue::kFirstKeyColumn, 1,
                                      fields);
@@ -125,11 +107,11 @@ KeyResult AddSearchKey(const TableSpec& table, std::string_view name) {
   uint16_t lastColumn = 0;
   table.catalogue->cells.LastUsed(nullptr, &lastColumn, nullptr, nullptr);
   if (lastColumn + 1u > kLastColumn) return KeyResult::kNoRoom;
-  if (!RecordDefinition(table)) return KeyResult::kFailed;
+  if (!RecordTableDefinition(table)) return KeyResult::kFailed;
   ErrorCode error = err::kNone;
   if (!table.catalogue->InsertColumn(column, error)) return KeyResult::kNoRoom;
   CellCursor cursor;
-  if (!PutText(*table.catalogue, 0, column, KeyTitle(name), &cursor) ||
+  if (!PutCatalogueText(*table.catalogue, 0, column, KeyTitle(name), &cursor) ||
       !CopyKeyColumn(table, KeyColumn(0), column)) {
     Fail(table, err::kOutOfMemory);
     return KeyResult::kFailed;
@@ -142,8 +124,8 @@ KeyResult RenameSearchKey(const TableSpec& table, uint16_t keyIndex, std::string
   if (keyIndex == 0 || keyIndex >= KeyCount(table)) return KeyResult::kNoSuchKey;
   KeyResult check = CheckName(table, name, keyIndex);
   if (check != KeyResult::kDone) return check;
-  if (!RecordDefinition(table)) return KeyResult::kFailed;
-  if (!PutText(*table.catalogue, 0, KeyColumn(keyIndex), KeyTitle(name), nullptr)) {
+  if (!RecordTableDefinition(table)) return KeyResult::kFailed;
+  if (!PutCatalogueText(*table.catalogue, 0, KeyColumn(keyIndex), KeyTitle(name), nullptr)) {
     Fail(table, err::kOutOfMemory);
     return KeyResult::kFailed;
   }
@@ -152,7 +134,7 @@ KeyResult RenameSearchKey(const TableSpec& table, uint16_t keyIndex, std::string
 
 KeyResult DeleteSearchKey(const TableSpec& table, uint16_t keyIndex) {
   if (keyIndex == 0 || keyIndex >= KeyCount(table)) return KeyResult::kNoSuchKey;
-  if (!RecordDefinition(table)) return KeyResult::kFailed;
+  if (!RecordTableDefinition(table)) return KeyResult::kFailed;
   SelectKey(table, 0);
   table.catalogue->DeleteColumn(KeyColumn(keyIndex));
   return KeyResult::kDone;
@@ -161,7 +143,7 @@ KeyResult DeleteSearchKey(const TableSpec& table, uint16_t keyIndex) {
 KeyResult SelectSearchKey(const TableSpec& table, uint16_t listIndex) {
   uint16_t keys = KeyCount(table);
   if (listIndex > keys) return KeyResult::kNoSuchKey;
-  if (!RecordDefinition(table)) return KeyResult::kFailed;
+  if (!RecordTableDefinition(table)) return KeyResult::kFailed;
   bool copied = true;
   if (listIndex == kNoneEntry) {
     // Gone for good: the filters in force live nowhere else unless a key holds them.

@@ -30,6 +30,10 @@ enum class KeyResult : uint8_t {
   kFailed,       // the workbook's error code says why (21 out of memory, 23 no such sheet)
 };
 
+// The one undo step of a change to filters, keys or the sort order, taken before anything
+// changes. False with the workbook's code (21) when the recorder refuses it.
+bool RecordTableDefinition(const TableSpec& table);
+
 // The names of the list entries past "(None)": "Default" and each named key.
 std::vector<std::string> SearchKeyNames(const TableSpec& table);
 // A field's filter in key `keyIndex`; empty when it has none.

@@ -1,20 +1,12 @@
 #include "search/sort_keys.h"
 
+#include "search/search_keys.h"
 #include "search/sort_rows.h"
 #include "store/field_row.h"
-#include "store/undo_recorder.h"
 
 namespace kelpdex {
 
 namespace {
-
-bool RecordDefinition(const TableSpec& table) {
-  UndoRecorder* undo = table.workbook->undo;
-  if (undo == nullptr || undo->RecordFieldList(UndoContext{})) return true;
-  // The recorder's refusal is always for want of memory.
-  if (table.workbook->errorCode == err::kNone) table.workbook->errorCode = err::kOutOfMemory;
-  return false;
-}
 
 // The catalogue rows of every field, read once; a change writes back only the rows it touched.
 struct FieldRows {
@@ -41,7 +33,7 @@ struct FieldRows {
 
 ErrorCode SortByFields(const TableSpec& table, uint16_t first, uint16_t last, bool descending,
                        bool keepOthers) {
-  if (!RecordDefinition(table)) return table.workbook->errorCode;
+  if (!RecordTableDefinition(table)) return table.workbook->errorCode;
   FieldRows fields(table);
   uint16_t count = static_cast<uint16_t>(fields.rows.size());
   if (last >= count) last = count > 0 ? static_cast<uint16_t>(count - 1) : 0;
@@ -68,7 +60,7 @@ ErrorCode SortByFields(const TableSpec& table, uint16_t first, uint16_t last, bo
 ErrorCode SetSortKeys(const TableSpec& table,
                       const std::vector<std::pair<uint16_t, bool>>& fieldsDescending) {
   if (fieldsDescending.size() >= kMaxSortKeys) return err::kTooManySortKeys;
-  if (!RecordDefinition(table)) return table.workbook->errorCode;
+  if (!RecordTableDefinition(table)) return table.workbook->errorCode;
   FieldRows fields(table);
   for (uint16_t f = 0; f < fields.rows.size(); ++f) {
     if (!fields.SetSortIndex(f, 0)) return table.workbook->errorCode;
@@ -84,7 +76,7 @@ ErrorCode SetSortKeys(const TableSpec& table,
 }
 
 bool RemoveSortKeys(const TableSpec& table, uint16_t first, uint16_t last) {
-  if (!RecordDefinition(table)) return false;
+  if (!RecordTableDefinition(table)) return false;
   FieldRows fields(table);
   uint16_t count = static_cast<uint16_t>(fields.rows.size());
   std::vector<uint16_t> removed;
@@ -122,7 +114,7 @@ SortOrderDialogModel::SortOrderDialogModel(const TableSpec& table) {
 }
 
 bool SortOrderDialogModel::Apply(const TableSpec& table) const {
-  if (!RecordDefinition(table)) return false;
+  if (!RecordTableDefinition(table)) return false;
   FieldRows fields(table);
   for (uint16_t f = 0; f < fields.rows.size(); ++f) {
     if (!fields.SetSortIndex(f, 0)) return false;

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <new>
+#include <vector>
 
 #include "store/column_style.h"
 
@@ -9,11 +10,9 @@ namespace kelpdex {
 
 namespace {
 
-// The text of a row-0 title, or an empty view when the cell is missing or not text.
+// The text of a row-0 title.
 std::string_view TitleAt(const Worksheet& catalogue, uint16_t column) {
-  CellRecord* r = const_cast<CellStore&>(catalogue.cells).GetCell(0, column);
-  if (r == nullptr || !cell::IsText(r)) return std::string_view();
-  return cell::Text(r);
+  return CatalogueText(catalogue, 0, column);
 }
 
 bool BeginsWith(std::string_view title, char lower) {
@@ -29,13 +28,25 @@ bool IsMarked(const TableSpec& table, uint16_t column) {
   return table.workbook->styles.IsSelectionStyle(table.catalogue->formats.ColumnStyle(column));
 }
 
-bool PutTitle(Worksheet& sheet, uint16_t column, std::string_view title, CellCursor& cursor) {
-  uint8_t record[cell::kTextHeader + 64];
-  cell::EncodeText(record, 0, column, title);
-  return sheet.cells.PutCell(record, &cursor);
+}  // namespace
+
+std::string_view CatalogueText(const Worksheet& sheet, uint32_t row, uint16_t column,
+                               CellCursor* cursor) {
+  CellRecord* r = const_cast<CellStore&>(sheet.cells).GetCell(row, column, cursor);
+  if (r == nullptr || !cell::IsText(r)) return std::string_view();
+  return cell::Text(r);
 }
 
-}  // namespace
+bool PutCatalogueText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text,
+                      CellCursor* cursor) {
+  if (text.empty()) {
+    sheet.cells.DeleteRange(column, column, row, row, cursor);
+    return true;
+  }
+  std::vector<uint8_t> record(cell::TextSize(text.size()));
+  cell::EncodeText(record.data(), row, column, text);
+  return sheet.cells.PutCell(record.data(), cursor);
+}
 
 bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& out) {
   out.workbook = &workbook;
@@ -179,7 +190,7 @@ bool CreateTable(Workbook& workbook, std::string_view name) {
     const char* titles[] = {"Field",        "Type",  "Sort Index",       "Formula / Value",
                             "Key{Default}", "Table", "Std. Form{1,1,50}"};
     for (uint16_t column = 0; column < 7 && ok; ++column) {
-      ok = PutTitle(*catalogueSheet, column, titles[column], cursor);
+      ok = PutCatalogueText(*catalogueSheet, 0, column, titles[column], &cursor);
     }
   }
   // The default key and the table view start out chosen.

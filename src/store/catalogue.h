@@ -26,6 +26,14 @@ struct TableSpec {
   Worksheet* data = nullptr;
 };
 
+// A catalogue cell's text: the empty view when the cell is missing or holds no text.
+std::string_view CatalogueText(const Worksheet& sheet, uint32_t row, uint16_t column,
+                               CellCursor* cursor = nullptr);
+// Writes a text cell; an empty text removes the cell, which is how the catalogue says "none".
+// False when memory runs out.
+bool PutCatalogueText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text,
+                      CellCursor* cursor = nullptr);
+
 // Both sheets of a table; false with code 23 in the workbook when either is missing.
 bool MakeTableSpec(Workbook& workbook, std::string_view table, TableSpec& out);
 // The check of each table after a load: both sheets, and a catalogue that describes no more

@@ -23,17 +23,6 @@ constexpr TypeName kTypeNames[] = {{"Text", FieldType::kText, false},
                                    {"Long Text", FieldType::kLongText, false},
                                    {"Images/Files", FieldType::kFiles, false}};
 
-bool PutText(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text,
-             CellCursor& cursor) {
-  if (text.empty()) {
-    sheet.cells.DeleteRange(column, column, row, row, &cursor);
-    return true;
-  }
-  std::vector<uint8_t> record(cell::TextSize(text.size()));
-  cell::EncodeText(record.data(), row, column, text);
-  return sheet.cells.PutCell(record.data(), &cursor);
-}
-
 }  // namespace
 
 const char* FieldTypeText(FieldType type, bool link) {
@@ -94,12 +83,14 @@ bool WriteField(const TableSpec& table, uint16_t fieldIndex, const FieldSpec& fi
   CellCursor cursor;
   uint8_t number[cell::kNumberSize];
   cell::EncodeNumber(number, row, catalogue::kSortIndexColumn, fieldRow.sortIndex);
-  bool ok = PutText(sheet, row, catalogue::kFieldColumn, fieldRow.name, cursor) &&
-            PutText(sheet, row, catalogue::kTypeColumn, FieldTypeText(fieldRow.type, fieldRow.link),
-                    cursor) &&
-            sheet.cells.PutCell(number, &cursor) &&
-            PutText(sheet, row, catalogue::kFormulaColumn, fieldRow.formulaOrValue, cursor) &&
-            PutText(sheet, row, catalogue::kFirstKeyColumn, fieldRow.firstKeyExpression, cursor);
+  bool ok =
+      PutCatalogueText(sheet, row, catalogue::kFieldColumn, fieldRow.name, &cursor) &&
+      PutCatalogueText(sheet, row, catalogue::kTypeColumn,
+                       FieldTypeText(fieldRow.type, fieldRow.link), &cursor) &&
+      sheet.cells.PutCell(number, &cursor) &&
+      PutCatalogueText(sheet, row, catalogue::kFormulaColumn, fieldRow.formulaOrValue, &cursor) &&
+      PutCatalogueText(sheet, row, catalogue::kFirstKeyColumn, fieldRow.firstKeyExpression,
+                       &cursor);
   if (!ok) table.workbook->errorCode = err::kOutOfMemory;
   return ok;
 }
