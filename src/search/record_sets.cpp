@@ -43,11 +43,14 @@ void DuplicateRows(Worksheet& sheet, const std::vector<uint16_t>& fields, uint32
     keys.fields[keys.count] = fields[k];
     keys.flags[keys.count++] = true;
   }
-  SortRows(sheet, keys, rows, rowCount);
+  // The sort's row index serves the comparison of neighbours below.
+  SortRows(sheet, keys, rows, rowCount, true);
   std::unique_ptr<uint32_t[]> groups(new (std::nothrow) uint32_t[rowCount]);
-  if (groups == nullptr) return;  // the sorted vector stays, all of it found
+  if (groups == nullptr) {
+    sheet.cells.InvalidateRowIndex();
+    return;  // the sorted vector stays, all of it found
+  }
   // Neighbours in the sorted order are compared through their key cells, looked up once each.
-  sheet.cells.BuildRowIndex(0, rowCount - 1);
   std::vector<const CellRecord*> a(keys.count), b(keys.count);
   auto fetch = [&](uint32_t row, std::vector<const CellRecord*>& cells) {
     for (uint16_t k = 0; k < keys.count; ++k)

@@ -271,7 +271,8 @@ int CompareRows(const CellRecord* const* left, const CellRecord* const* right, u
   return 0;
 }
 
-void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t count) {
+void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t count,
+              bool keepRowIndex) {
   if (keys.count > kMaxSortKeys || keys.count == 0 || count < 2) return;
   // Above ten rows every lookup goes straight to its row.
   uint32_t highest = 0;
@@ -287,7 +288,7 @@ void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t c
     LookedUp lookedUp(sheet, keys, rows);
     SortEntries(lookedUp, keys, count);
   }
-  sheet.cells.InvalidateRowIndex();
+  if (!keepRowIndex) sheet.cells.InvalidateRowIndex();
 }
 
 void SortRecordSet(const TableSpec& table, RecordSet& records) {

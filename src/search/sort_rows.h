@@ -34,7 +34,9 @@ int CompareRows(const CellRecord* const* left, const CellRecord* const* right, u
 // Sorts rows[0..count) of `sheet` in place by the keys, with the iterative quicksort: the pivot is
 // the row nearest the middle that has a key cell, so runs of empty records do not degrade it. Not
 // stable. Rows at or past the record limit have no cells.
-void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t count);
+// With `keepRowIndex` the sheet's row index stays built for the caller's own lookups after it.
+void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t count,
+              bool keepRowIndex = false);
 
 // Fault injection for tests: sorts of more records than this go the way a sort goes when memory
 // for its entries runs out.
