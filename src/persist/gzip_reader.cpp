@@ -43,9 +43,8 @@ GzipReader::GzipReader(int fd)
             !InflateMember(slot.member.data(), slot.member.size(), slot.bytes.get(), slot.size);
       }) {}
 
-GzipReader::~GzipReader() {
-  work_.Reset();
-}
+// The ring goes first of the members, which stops its helper before the slots go.
+GzipReader::~GzipReader() = default;
 
 void GzipReader::Reset() {
   work_.Reset();
