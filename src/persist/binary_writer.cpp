@@ -102,7 +102,10 @@ void WriteColumnRuns(Out& out, const FormatStore& formats) {
 }
 
 void WriteRowRuns(Out& out, const FormatStore& formats) {
+  // Words of 0 at the end are rows that never had one: they are left out, so that the bytes do
+  // not depend on how far the words once grew.
   uint32_t rows = formats.rowWords().rowCount();
+  while (rows > 0 && formats.rowWords().Value(rows - 1) == 0) --rows;
   out.U32(rows);
   uint32_t row = 0;
   while (row < rows) {
@@ -115,50 +118,84 @@ void WriteRowRuns(Out& out, const FormatStore& formats) {
   }
 }
 
-// A block as a read-only copy holds it: formulas give way to their values, and no cell is Auto.
-uint32_t ReadOnlyBlock(const RowBlock* block, uint8_t* out) {
-  uint32_t used = 0;
-  for (uint32_t off = 0; off < block->used;) {
-    const uint8_t* r = block->data + off;
-    uint32_t size = cell::Size(r);
-    off += size;
-    uint8_t tag = cell::Tag(r);
-    uint8_t error = tag & cell::kErrorMask;
-    uint32_t row = cell::Row(r);
-    uint16_t column = cell::Column(r);
-    if (cell::IsText(r) || cell::IsNumber(r)) {
-      std::memcpy(out + used, r, size);
-      out[used] = static_cast<uint8_t>(tag & ~cell::kAuto);
-      used += size;
-    } else if (cell::FormulaFlags(r) & cell::kCachedString) {
-      used += cell::EncodeText(out + used, row, column, cell::CachedString(r), error);
-    } else if ((cell::FormulaFlags(r) & cell::kCachedNumber) || error != 0) {
-      used += cell::EncodeNumber(out + used, row, column, cell::CachedNumber(r), error);
-    }
-    // A formula never computed has no value to show, and is left out.
+// A record as a read-only copy holds it: formulas give way to their values, and no cell is Auto.
+// The size written to `out`; 0 for a formula never computed, which has no value to show.
+uint32_t ReadOnlyRecord(const uint8_t* r, uint8_t* out) {
+  uint32_t size = cell::Size(r);
+  uint8_t tag = cell::Tag(r);
+  uint8_t error = tag & cell::kErrorMask;
+  uint32_t row = cell::Row(r);
+  uint16_t column = cell::Column(r);
+  if (cell::IsText(r) || cell::IsNumber(r)) {
+    std::memcpy(out, r, size);
+    out[0] = static_cast<uint8_t>(tag & ~cell::kAuto);
+    return size;
   }
-  return used;
+  if (cell::FormulaFlags(r) & cell::kCachedString) {
+    return cell::EncodeText(out, row, column, cell::CachedString(r), error);
+  }
+  if ((cell::FormulaFlags(r) & cell::kCachedNumber) || error != 0) {
+    return cell::EncodeNumber(out, row, column, cell::CachedNumber(r), error);
+  }
+  return 0;
 }
 
-uint32_t CountUsedBlocks(const RowBlock* head) {
-  uint32_t count = 0;
-  for (const RowBlock* b = head; b != nullptr; b = b->next) count += b->used > 0;
-  return count;
-}
-
-void WriteBlocks(Out& out, const RowBlock* head, bool readOnlyCopy) {
-  out.U32(CountUsedBlocks(head));
-  std::vector<uint8_t> copy(readOnlyCopy ? kBlockPayload : 0);
+// Calls visit(record, size) for every cell record of a chain in order, as a read-only copy holds
+// it when asked.
+template <typename Visit>
+void EachCell(const RowBlock* head, bool readOnlyCopy, uint8_t* scratch, Visit visit) {
   for (const RowBlock* b = head; b != nullptr; b = b->next) {
-    if (b->used == 0) continue;
-    if (readOnlyCopy) {
-      uint32_t used = ReadOnlyBlock(b, copy.data());
-      out.U16(static_cast<uint16_t>(used));
-      out.Bytes(copy.data(), used);
-    } else {
-      out.U16(b->used);
-      out.Bytes(b->data, b->used);
+    for (uint32_t off = 0; off < b->used;) {
+      const uint8_t* r = b->data + off;
+      uint32_t size = cell::Size(r);
+      off += size;
+      if (!readOnlyCopy) {
+        visit(r, size);
+      } else if (uint32_t copied = ReadOnlyRecord(r, scratch); copied != 0) {
+        visit(scratch, copied);
+      }
     }
+  }
+}
+
+template <typename Visit>
+void EachRun(const RowBlock* head, Visit visit) {
+  for (const RowBlock* b = head; b != nullptr; b = b->next) {
+    for (uint32_t off = 0; off + FormatStore::kRunSize <= b->used; off += FormatStore::kRunSize) {
+      visit(b->data + off, FormatStore::kRunSize);
+    }
+  }
+}
+
+// Records leave in blocks filled as far as they go, whatever the blocks in memory hold after
+// splits and edits: the same document always gives the same bytes, and no half-empty block
+// reaches the file. The first walk counts the blocks, which come first in the file.
+template <typename Each>
+void WritePacked(Out& out, uint32_t capacity, Each each) {
+  uint32_t blocks = 0;
+  uint32_t fill = 0;
+  each([&](const uint8_t*, uint32_t size) {
+    if (fill + size > capacity) {
+      ++blocks;
+      fill = 0;
+    }
+    fill += size;
+  });
+  out.U32(blocks + (fill > 0 ? 1 : 0));
+  std::vector<uint8_t> block(capacity);
+  fill = 0;
+  each([&](const uint8_t* r, uint32_t size) {
+    if (fill + size > capacity) {
+      out.U16(static_cast<uint16_t>(fill));
+      out.Bytes(block.data(), fill);
+      fill = 0;
+    }
+    std::memcpy(block.data() + fill, r, size);
+    fill += size;
+  });
+  if (fill > 0) {
+    out.U16(static_cast<uint16_t>(fill));
+    out.Bytes(block.data(), fill);
   }
 }
 
@@ -166,8 +203,12 @@ void WriteWorksheet(Out& out, const Worksheet& sheet, bool readOnlyCopy) {
   WriteContainers(out, sheet);
   WriteColumnRuns(out, sheet.formats);
   WriteRowRuns(out, sheet.formats);
-  WriteBlocks(out, sheet.formats.head(), false);
-  WriteBlocks(out, sheet.cells.head(), readOnlyCopy);
+  WritePacked(out, FormatStore::kRunCapacity,
+              [&](auto visit) { EachRun(sheet.formats.head(), visit); });
+  std::vector<uint8_t> scratch(readOnlyCopy ? kBlockPayload : 0);
+  WritePacked(out, kBlockPayload, [&](auto visit) {
+    EachCell(sheet.cells.head(), readOnlyCopy, scratch.data(), visit);
+  });
   out.Bytes(sheet.pageSettings.data(), sheet.pageSettings.size());
   out.Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
 }

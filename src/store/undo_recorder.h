@@ -29,11 +29,19 @@ class UndoRecorder {
   virtual bool RecordCell(const UndoContext& context, uint32_t row, uint16_t column) = 0;
   // Kind 2: the cells of the records and columns of the context's selection.
   virtual bool RecordCells(const UndoContext& context) = 0;
+  // Kind 3: the cells, style runs and column entries of the selected fields, every record.
+  virtual bool RecordRange(const UndoContext& context) = 0;
+  // Kind 4: the column entries (widths and styles) of the table.
+  virtual bool RecordColumnFormats(const UndoContext& context) = 0;
+  // Kind 5: the row words (heights) of the selected records.
+  virtual bool RecordRowFormats(const UndoContext& context) = 0;
   // Kind 6, removal: the rows (ascending) with their cells, style runs and row words.
   virtual bool RecordRowsRemoved(const UndoContext& context, const uint32_t* rows,
                                  uint32_t count) = 0;
-  // Kind 6, insertion: nothing but the selection.
-  virtual bool RecordRowsInserted(const UndoContext& context) = 0;
+  // Kind 6, insertion: the rows the new records will have once inserted, in their order in the
+  // record set.
+  virtual bool RecordRowsInserted(const UndoContext& context, const uint32_t* rows,
+                                  uint32_t count) = 0;
   // Kind 7: the whole column before a conversion.
   virtual bool RecordColumn(const UndoContext& context, uint16_t column) = 0;
   // Kind 8: two columns about to change places.

@@ -129,6 +129,8 @@ void Workbook::Clear() {
   records.SetCount(0);
   records.SetOrdered(true);
   fieldDefaults.clear();
+  for (UndoSlot& slot : undoSlots) slot.Clear();
+  undoTop = -1;
   lastSavedBy.clear();
   lastSavedAt.clear();
   treePaneVisible = 1;
@@ -148,6 +150,9 @@ void Workbook::SwapContents(Workbook& other) {
   std::swap(records, other.records);
   std::swap(fieldDefaults, other.fieldDefaults);
   std::swap(undo, other.undo);
+  // The old document's undo steps leave with it; the levels in force are a setting and stay.
+  std::swap(undoSlots, other.undoSlots);
+  std::swap(undoTop, other.undoTop);
   std::swap(lastSavedBy, other.lastSavedBy);
   std::swap(lastSavedAt, other.lastSavedAt);
   std::swap(treePaneVisible, other.treePaneVisible);

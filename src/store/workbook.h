@@ -19,6 +19,7 @@
 #include "store/sheet_records.h"
 #include "store/style_table.h"
 #include "store/undo_recorder.h"
+#include "store/undo_slot.h"
 
 namespace kelpdex {
 
@@ -27,6 +28,7 @@ constexpr uint8_t kFolderNode = 2;
 constexpr size_t kNodeNameSize = 128;  // 127 characters and the terminator
 constexpr size_t kMaxPathLength = 255;
 constexpr uint32_t kDropDownListSlots = 100;
+constexpr int32_t kDefaultUndoLevel = 20;
 
 class WorkbookNode {
  public:
@@ -142,6 +144,12 @@ class Workbook {
   std::vector<FieldDefault> fieldDefaults;
   // Takes the snapshot of each change; null records nothing.
   UndoRecorder* undo = nullptr;
+  // The undo stack's levels, inline so that recording a one-cell edit allocates only the old
+  // cell. `undoTop` is the slot of the last action, -1 when there is none; `undoLevel` the levels
+  // the settings allow.
+  std::array<UndoSlot, kUndoSlots> undoSlots;
+  int32_t undoTop = -1;
+  int32_t undoLevel = kDefaultUndoLevel;
   WorkbookNode* firstNode = nullptr;
   StyleTable styles;
   std::array<DropDownList, kDropDownListSlots> dropDownLists;

@@ -79,31 +79,40 @@ bool InsertRecords(Workbook& workbook, uint32_t firstRecord, uint32_t lastRecord
   if (static_cast<uint64_t>(sheet.UsedRows()) + n > kRowLimit) {
     return Fail(workbook, err::kTooManyRecords);
   }
-  if (workbook.undo != nullptr && !workbook.undo->RecordRowsInserted(context)) return false;
-
   uint32_t* rows = set.rows();
   const uint32_t count = set.count();
+  // The rows the new records get, known before anything moves so that the undo step can name
+  // them: one block at the first selected record's row in an ordered set, else a row before each
+  // selected record's row.
   std::vector<uint32_t> newRows(n);
+  std::vector<uint32_t> sorted;
+  const uint32_t at = rows[firstRecord];
   if (set.ordered()) {
-    // One block of rows at the first selected record's row.
-    const uint32_t at = rows[firstRecord];
-    ErrorCode error = err::kNone;
-    if (!sheet.InsertRows(at, at + n - 1, error)) return Fail(workbook, error);
-    for (uint32_t i = 0; i < count; ++i) {
-      if (rows[i] >= at) rows[i] += n;
-    }
     for (uint32_t k = 0; k < n; ++k) newRows[k] = at + k;
   } else {
-    // A row before each selected record's row; the selection keeps its order.
-    std::vector<uint32_t> sorted = SelectedRows(workbook, firstRecord, lastRecord);
-    ErrorCode error = err::kNone;
-    if (!sheet.InsertRowsBefore(sorted.data(), sorted.size(), error)) {
-      return Fail(workbook, error);
-    }
+    sorted = SelectedRows(workbook, firstRecord, lastRecord);
     for (uint32_t k = 0; k < n; ++k) {
       uint32_t row = rows[firstRecord + k];
       auto place = std::lower_bound(sorted.begin(), sorted.end(), row) - sorted.begin();
       newRows[k] = row + static_cast<uint32_t>(place);
+    }
+  }
+  UndoContext step = context;
+  step.firstRecord = firstRecord;
+  step.lastRecord = lastRecord;
+  if (workbook.undo != nullptr && !workbook.undo->RecordRowsInserted(step, newRows.data(), n)) {
+    return false;
+  }
+
+  ErrorCode error = err::kNone;
+  if (set.ordered()) {
+    if (!sheet.InsertRows(at, at + n - 1, error)) return Fail(workbook, error);
+    for (uint32_t i = 0; i < count; ++i) {
+      if (rows[i] >= at) rows[i] += n;
+    }
+  } else {
+    if (!sheet.InsertRowsBefore(sorted.data(), sorted.size(), error)) {
+      return Fail(workbook, error);
     }
     for (uint32_t i = 0; i < count; ++i) {
       rows[i] += static_cast<uint32_t>(std::upper_bound(sorted.begin(), sorted.end(), rows[i]) -
@@ -128,8 +137,11 @@ bool RemoveRecords(Workbook& workbook, uint32_t firstRecord, uint32_t lastRecord
   if (!set.allocated() || firstRecord > lastRecord || firstRecord >= set.count()) return true;
   lastRecord = std::min(lastRecord, set.count() - 1);
   std::vector<uint32_t> removed = SelectedRows(workbook, firstRecord, lastRecord);
+  UndoContext step = context;
+  step.firstRecord = firstRecord;
+  step.lastRecord = lastRecord;
   if (workbook.undo != nullptr &&
-      !workbook.undo->RecordRowsRemoved(context, removed.data(),
+      !workbook.undo->RecordRowsRemoved(step, removed.data(),
                                         static_cast<uint32_t>(removed.size()))) {
     return false;
   }
@@ -230,6 +242,7 @@ bool StepValue(Workbook& workbook, int direction, const UndoContext& selection) 
   day.days = 1;
   hour.hours = 1;
   day.negative = hour.negative = direction < 0;
+  bool recorded = false;
   for (uint32_t rec = selection.firstRecord; rec <= last && rec < workbook.records.count(); ++rec) {
     uint32_t row = workbook.records[rec];
     bool changed = false;
@@ -254,9 +267,17 @@ bool StepValue(Workbook& workbook, int direction, const UndoContext& selection) 
       } else {
         continue;
       }
-      if (workbook.undo != nullptr && !workbook.undo->RecordCell(selection, row, column)) {
-        return false;
+      // One undo step for the command, taken at its first change: one cell's record when the
+      // selection is one cell, else the selected block.
+      if (!recorded && workbook.undo != nullptr) {
+        bool one = selection.firstRecord == selection.lastRecord &&
+                   selection.firstColumn == selection.lastColumn;
+        if (!(one ? workbook.undo->RecordCell(selection, row, column)
+                  : workbook.undo->RecordCells(selection))) {
+          return false;
+        }
       }
+      recorded = true;
       if (!sheet.cells.PutCell(record.data())) return Fail(workbook, err::kOutOfMemory);
       changed = true;
     }
@@ -322,7 +343,11 @@ bool InsertDateValue(Workbook& workbook, DateCommand command, const UndoContext&
       context.activeRecord >= RecordSet::kEntries) {
     return true;
   }
-  if (workbook.undo != nullptr && !workbook.undo->RecordCells(context)) return false;
+  // The step covers the one cell written, not the whole selection.
+  UndoContext step = context;
+  step.firstColumn = step.lastColumn = column;
+  step.firstRecord = step.lastRecord = context.activeRecord;
+  if (workbook.undo != nullptr && !workbook.undo->RecordCells(step)) return false;
   uint32_t row = workbook.records[context.activeRecord];
   std::string text = DateCommandText(command, now);
   std::vector<uint8_t> record(cell::TextSize(text.size()));

@@ -13,7 +13,7 @@ set(floors
   "functions"
   "table"
   "exchange;search;mail;objects"
-  "document"
+  "document;undo"
   "print;views")
 set(qt_folders print views)
 

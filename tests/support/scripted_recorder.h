@@ -20,7 +20,12 @@ class ScriptedRecorder : public UndoRecorder {
   bool RecordRowsRemoved(const UndoContext&, const uint32_t*, uint32_t count) override {
     return Take("rows removed " + std::to_string(count));
   }
-  bool RecordRowsInserted(const UndoContext&) override { return Take("rows inserted"); }
+  bool RecordRowsInserted(const UndoContext&, const uint32_t*, uint32_t count) override {
+    return Take("rows inserted " + std::to_string(count));
+  }
+  bool RecordRange(const UndoContext&) override { return Take("range"); }
+  bool RecordColumnFormats(const UndoContext&) override { return Take("column formats"); }
+  bool RecordRowFormats(const UndoContext&) override { return Take("row formats"); }
   bool RecordColumn(const UndoContext&, uint16_t column) override {
     return Take("column " + std::to_string(column));
   }

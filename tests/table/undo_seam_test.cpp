@@ -48,7 +48,7 @@ TEST_F(UndoSeamTest, OneSnapshotPerCommand) {
   EXPECT_EQ(recorder.held.data->Name(), "V");
   EXPECT_EQ(recorder.calls,
             (std::vector<std::string>{"field inserted 1", "swap 0 1", "field changed 2", "column 2",
-                                      "field deleted 0", "rows inserted", "rows removed 3",
+                                      "field deleted 0", "rows inserted 1", "rows removed 3",
                                       "renamed T", "added V", "deleted V"}));
 }
 
