@@ -43,6 +43,7 @@
 #include "table/records.h"
 #include "table/schema.h"
 #include "table/table_state.h"
+#include "undo/undo_stack.h"
 #include "text/code_page.h"
 
 extern char** environ;
@@ -75,7 +76,7 @@ constexpr const char* kBenchPassword = "bench-password";
 constexpr const char* kOtherJobs[] = {
     "build",       "scan",        "update_formulas",   "update_text",
     "filter_eval", "run_filters", "run_filters_equal", "sort",
-    "duplicates",  "replace_all", "display_text"};
+    "duplicates",  "replace_all", "display_text", "undo_remove", "undo_delete_table"};
 
 struct Options {
   long records = 1000000;
@@ -475,6 +476,54 @@ void UpdateTextAgainstNumbers(Workbook& book, long records) {
   Report("update_text", records, best[1], 0, extra);
 }
 
+// Removing a tenth of the records, scattered over the sheet (the first ones by LastName), then its
+// Undo and its Redo, each timed alone.
+void UndoRemoveJob(Workbook& book, long records) {
+  UndoStack stack(book);
+  TableSpec table;
+  Check(CurrentTable(book, table), "the current table");
+  Check(RunSearch(book), "the record set");
+  uint32_t removed = static_cast<uint32_t>(std::max(records / 10, 1L));
+  Check(SetSortKeys(table, {{1, false}}) == err::kNone && RunSearch(book), "the sort");
+  UndoContext selection;
+  selection.lastRecord = removed - 1;
+  Stopwatch removeWatch;
+  Check(RemoveRecords(book, 0, removed - 1, selection), "the removal");
+  double removeSeconds = removeWatch.Seconds();
+  ResetPeak();
+  Stopwatch undoWatch;
+  Check(stack.Undo().applied, "the undo");
+  double undoSeconds = undoWatch.Seconds();
+  Stopwatch redoWatch;
+  Check(stack.Redo().applied, "the redo");
+  double redoSeconds = redoWatch.Seconds();
+  Report("remove_records", records, removeSeconds, 0, Extra("removed", removed));
+  Report("undo_remove", records, undoSeconds, 0, Extra("removed", removed));
+  Report("redo_remove", records, redoSeconds, 0, Extra("removed", removed));
+  Check(stack.Undo().applied, "the undo");
+  Check(stack.Undo().applied && RunSearch(book), "the undo of the sort");
+}
+
+// Delete Table of the whole table and its Undo: the sheets are detached and attached, never
+// copied, so the time does not grow with the records.
+void UndoDeleteTableJob(Workbook& book, long records) {
+  UndoStack stack(book);
+  Check(AddTable(book, "Other"), "a second table");
+  book.currentSheet = book.FindTable(kTableName);
+  Check(RefreshCurrentTable(book), "the record set");
+  YesPrompter yes;
+  Prompter* previous = SetActivePrompter(&yes);
+  Stopwatch deleteWatch;
+  Check(DeleteTable(book) == DeleteTableResult::kDeleted, "Delete Table");
+  double deleteSeconds = deleteWatch.Seconds();
+  SetActivePrompter(previous);
+  Stopwatch undoWatch;
+  Check(stack.Undo().applied, "the undo");
+  double undoSeconds = undoWatch.Seconds();
+  Report("undo_delete_table", records, undoSeconds, 0, Extra("delete_seconds", deleteSeconds));
+}
+
+
 void RunJobs(const Options& options) {
   auto book = std::make_unique<Workbook>();
   long long heapBefore = HeapInUse();
@@ -511,6 +560,8 @@ void RunJobs(const Options& options) {
   // Late, since they change the table.
   if (Chosen(options, "replace_all")) ReplaceAllJob(*book, options.records);
   if (Chosen(options, "update_formulas")) UpdateAll(*book, options.records);
+  if (Chosen(options, "undo_remove")) UndoRemoveJob(*book, options.records);
+  if (Chosen(options, "undo_delete_table")) UndoDeleteTableJob(*book, options.records);
 }
 
 }  // namespace

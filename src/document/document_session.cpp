@@ -125,7 +125,9 @@ bool InsertCheckedFields(Workbook& book, const std::vector<WizardField>& fields,
 }
 
 DocumentSession::DocumentSession(Workbook& book, SessionSettings& settings)
-    : book_(book), settings_(settings) {}
+    : book_(book), settings_(settings) {
+  book_.undoLevel = settings_.undoLevel;
+}
 
 void DocumentSession::Cleared() {
   if (view_ != nullptr) view_->DocumentCleared();

@@ -33,7 +33,8 @@ size_t UndoSlot::HeldBytes() const {
          words.capacity() * sizeof(uint16_t) + columns.capacity() * sizeof(uint16_t) +
          SheetBytes(snapshot.get()) + SheetBytes(fieldBuffer.get()) +
          SheetBytes(fieldSnapshot.get()) + SheetBytes(catalogue.get()) +
-         SheetBytes(dataSheet.get());
+         SheetBytes(dataSheet.get()) +
+         (recordSet.allocated() ? RecordSet::kEntries * sizeof(uint32_t) : 0);
 }
 
 }  // namespace kelpdex

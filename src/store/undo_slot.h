@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "store/record_set.h"
 #include "store/undo_recorder.h"
 
 namespace kelpdex {
@@ -81,6 +82,9 @@ struct UndoSlot {
   char tableName[kUndoNameSize] = {};
   std::unique_ptr<Worksheet> catalogue;
   std::unique_ptr<Worksheet> dataSheet;
+  // Kind 11: the record set of the table on the other side, exchanged whole rather than copied,
+  // so that the step costs the same for any size of table. `recordSheet` says whose it is.
+  RecordSet recordSet;
 };
 
 }  // namespace kelpdex

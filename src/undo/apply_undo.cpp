@@ -344,6 +344,7 @@ bool UndoStack::ApplyTableName(UndoSlot& slot) {
 }
 
 bool UndoStack::ApplyTable(UndoSlot& slot) {
+  const Worksheet* before = book_.currentSheet;
   if (slot.catalogue != nullptr) {
     // Deleted: both sheets come back, at the end of the tables, and the table is current.
     WorkbookNode* system = book_.FindNode("\\system");
@@ -351,28 +352,40 @@ bool UndoStack::ApplyTable(UndoSlot& slot) {
     book_.AttachNode(slot.catalogue.release(), system);
     book_.AttachNode(data, nullptr);
     book_.currentSheet = data;
-    return RefreshCurrentTable(book_);
+  } else {
+    // Added: both sheets leave and are kept; the table current when the step was taken becomes
+    // current again: before an addition the table the user was in, for a deletion the deleted
+    // one's place, now the table behind it.
+    Worksheet* catalogue = book_.FindCatalogue(slot.tableName);
+    Worksheet* data = book_.FindTable(slot.tableName);
+    if (catalogue == nullptr || data == nullptr) return Fail(book_, err::kNoTableSelected);
+    int index = TableIndexOf(book_, data);
+    if (!book_.DetachNode(catalogue)) return Fail(book_, err::kNeedsOneTable);
+    if (!book_.DetachNode(data)) {
+      book_.AttachNode(catalogue, book_.FindNode("\\system"));
+      return Fail(book_, err::kNeedsOneTable);
+    }
+    slot.catalogue.reset(catalogue);
+    slot.dataSheet.reset(data);
+    int next = slot.sheetIndex >= 0 ? slot.sheetIndex : index;
+    Worksheet* current = book_.TableByIndex(static_cast<uint32_t>(next));
+    if (current == nullptr && next > 0) {
+      current = book_.TableByIndex(static_cast<uint32_t>(next - 1));
+    }
+    book_.currentSheet = current;
   }
-  // Added: both sheets leave and are kept; the table current before becomes current again, as
-  // the table behind or before does after a deletion.
-  Worksheet* catalogue = book_.FindCatalogue(slot.tableName);
-  Worksheet* data = book_.FindTable(slot.tableName);
-  if (catalogue == nullptr || data == nullptr) return Fail(book_, err::kNoTableSelected);
-  int index = TableIndexOf(book_, data);
-  if (!book_.DetachNode(catalogue)) return Fail(book_, err::kNeedsOneTable);
-  if (!book_.DetachNode(data)) {
-    book_.AttachNode(catalogue, book_.FindNode("\\system"));
-    return Fail(book_, err::kNeedsOneTable);
+  // The sets change places whole: the one in use goes with the table that stops being current.
+  const Worksheet* leaving = slot.recordSheet;
+  slot.recordSheet = nullptr;
+  TableSpec table;
+  if (!CurrentTable(book_, table)) return Fail(book_, err::kNoTableSelected);
+  book_.fieldDefaults = BuildFieldDefaults(table);
+  std::swap(book_.records, slot.recordSet);
+  slot.recordSheet = slot.recordSet.allocated() ? before : nullptr;
+  if (leaving != book_.currentSheet || !book_.records.allocated()) {
+    return RefreshCurrentTable(book_) && RunSearch(book_, search_);
   }
-  slot.catalogue.reset(catalogue);
-  slot.dataSheet.reset(data);
-  // The slot's own index is the table current when the step was taken: before an addition the
-  // table the user was in; for a deletion the deleted one's place, now the table behind it.
-  int next = slot.sheetIndex >= 0 ? slot.sheetIndex : index;
-  Worksheet* current = book_.TableByIndex(static_cast<uint32_t>(next));
-  if (current == nullptr && next > 0) current = book_.TableByIndex(static_cast<uint32_t>(next - 1));
-  book_.currentSheet = current;
-  return RefreshCurrentTable(book_);
+  return true;
 }
 
 bool UndoStack::ApplyRecordSet(UndoSlot& slot) {

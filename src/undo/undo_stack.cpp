@@ -332,11 +332,15 @@ bool UndoStack::RecordTableAdded(const UndoContext& context, std::string_view na
   UndoSlot* slot = BeginSlot(context, undo_kind::kTable);
   if (slot == nullptr) return false;
   std::memcpy(slot->tableName, name.data(), std::min(name.size(), kUndoNameSize - 1));
-  try {
-    CopyRecordSet(*slot);
-  } catch (const std::bad_alloc&) {
-    return Refuse(*slot);
+  // A copy: should the addition fail, the table in use keeps its set.
+  const RecordSet& set = book_.records;
+  if (set.allocated()) {
+    if (!slot->recordSet.Allocate()) return Refuse(*slot);
+    std::copy(set.rows(), set.rows() + RecordSet::kEntries, slot->recordSet.rows());
+    slot->recordSet.SetCount(set.count());
+    slot->recordSet.SetOrdered(set.ordered());
   }
+  slot->recordSheet = book_.currentSheet;
   return true;
 }
 
@@ -345,11 +349,10 @@ bool UndoStack::RecordTableDeleted(const UndoContext& context, std::string_view 
   UndoSlot* slot = BeginSlot(context, undo_kind::kTable);
   if (slot == nullptr) return false;
   std::memcpy(slot->tableName, name.data(), std::min(name.size(), kUndoNameSize - 1));
-  try {
-    CopyRecordSet(*slot);
-  } catch (const std::bad_alloc&) {
-    return Refuse(*slot);
-  }
+  // The deleted table's set goes with its sheets; the table taking its place builds its own.
+  slot->recordSet = std::move(book_.records);
+  book_.records = RecordSet();
+  slot->recordSheet = data;
   slot->catalogue.reset(catalogue);
   slot->dataSheet.reset(data);
   return true;
