@@ -74,5 +74,6 @@ std::span<const HelpEntry> LogicalHelp();
 std::span<const HelpEntry> InformationalHelp();
 std::span<const HelpEntry> TextHelp();
 std::span<const HelpEntry> DateHelp();
+std::span<const HelpEntry> StatisticalHelp();
 
 }  // namespace kelpdex
