@@ -30,6 +30,8 @@
 #include "bench/bench_util.h"
 #include "bench/standard_table.h"
 #include "core/prompter.h"
+#include "exchange/text_exchange.h"
+#include "exchange/xbase.h"
 #include "format/cell_text.h"
 #include "formula/formula_engine.h"
 #include "functions/function_table.h"
@@ -75,10 +77,11 @@ constexpr NativeForm kForms[] = {
 };
 constexpr const char* kBenchPassword = "bench-password";
 constexpr const char* kOtherJobs[] = {
-    "build",       "scan",        "update_formulas",   "update_text",
-    "filter_eval", "run_filters", "run_filters_equal", "sort",
-    "duplicates",  "replace_all", "display_text", "update_normdist", "undo_remove",
-    "undo_delete_table"};
+    "build",        "scan",         "update_formulas",   "update_text",
+    "filter_eval",  "run_filters",  "run_filters_equal", "sort",
+    "duplicates",   "replace_all",  "display_text",      "update_normdist",
+    "export_text",  "import_text",  "export_xbase",      "import_xbase",
+    "undo_remove",  "undo_delete_table"};
 
 struct Options {
   long records = 1000000;
@@ -227,25 +230,72 @@ void Save(Workbook& book, const NativeForm& form, const std::string& path, long 
   if (report) Report(form.saveJob, records, seconds, FileBytes(path));
 }
 
-// Runs this program again for one load, and waits for it.
-void LoadInChild(const NativeForm& form, const std::string& path, long records) {
+// Runs this program again for one load or import, and waits for it.
+void LoadInChild(const char* op, const std::string& path, long records) {
   std::string recordText = std::to_string(records);
-  const char* args[] = {"kelpdex_bench", "--load",    path.c_str(),       "--op",
-                        form.loadJob,    "--records", recordText.c_str(), nullptr};
+  const char* args[] = {"kelpdex_bench", "--load",           path.c_str(), "--op", op,
+                        "--records",     recordText.c_str(), nullptr};
   std::fflush(stdout);
   pid_t child = 0;
   int started = posix_spawn(&child, "/proc/self/exe", nullptr, nullptr,
                             const_cast<char* const*>(args), environ);
   Check(started == 0, "starting the load process");
   int status = 0;
-  Check(waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0,
-        form.loadJob);
+  Check(waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0, op);
+}
+
+// The text options of the import jobs: the anchors' CSV has a header line, and "Numbers" makes
+// the typed table the sqlite and pandas anchors make.
+TextFileOptions BenchTextOptions() {
+  TextFileOptions options;
+  options.headerLine = true;
+  options.numbers = true;
+  return options;
+}
+
+// A text or xBase file imported as Open does it, measured as LoadOnly measures a load.
+int ImportOnly(const char* path, const char* op, long records) {
+  bool text = std::strcmp(op, "import_text") == 0;
+  Check(text || std::strcmp(op, "import_xbase") == 0, "--op naming a load job");
+  long baseRss = CurrentRssKb();
+  long long baseHeap = HeapInUse();
+  ResetPeak();
+  auto book = std::make_unique<Workbook>();
+  Stopwatch watch;
+  XbaseImportOptions xbase;
+  Check(text ? ImportText(*book, path, BenchTextOptions()) : ImportXbase(*book, path, xbase), op);
+  Check(RefreshCurrentTable(*book), op);
+  double seconds = watch.Seconds();
+  long long held = (HeapInUse() - baseHeap) / 1024;
+  long rssHeld = CurrentRssKb() - baseRss;
+  long loaded = static_cast<long>(book->currentSheet->UsedRows());
+  Check(records < 0 || loaded == records, "the number of records imported");
+  Report(op, loaded, seconds, FileBytes(path),
+         Extra("held_kb", held) + Extra("rss_held_kb", rssHeld) + Extra("base_rss_kb", baseRss));
+  return 0;
+}
+
+// The current table written as text or as a dBase IV file.
+void ExportJob(Workbook& book, const char* op, const std::string& path, long records) {
+  ResetPeak();
+  Stopwatch watch;
+  ErrorCode error = err::kNone;
+  bool ok;
+  if (std::strcmp(op, "export_text") == 0) {
+    ok = ExportText(book, path, BenchTextOptions(), error);
+  } else {
+    XbaseExportOptions options;
+    ok = ExportXbase(book, path, options, error);
+  }
+  Check(ok, op);
+  Report(op, records, watch.Seconds(), FileBytes(path));
 }
 
 // One load; `records` is what the file must hold (-1: any number). What the loaded document holds
 // is measured twice: held_kb as heap in use, rss_held_kb as resident memory gained. base_rss_kb is
 // the process before the load, so that peak_rss_kb - base_rss_kb is the load at its highest.
 int LoadOnly(const char* path, const char* op, long records) {
+  if (std::strncmp(op, "import_", 7) == 0) return ImportOnly(path, op, records);
   const NativeForm* form = nullptr;
   for (const NativeForm& f : kForms) {
     if (std::strcmp(op, f.loadJob) == 0) form = &f;
@@ -583,9 +633,22 @@ void RunJobs(const Options& options) {
     if (!Chosen(options, form.saveJob) && !load) continue;
     std::string path = options.dir + "/" + form.file;
     Save(*book, form, path, options.records, Chosen(options, form.saveJob));
-    if (load) LoadInChild(form, path, options.records);
+    if (load) LoadInChild(form.loadJob, path, options.records);
   }
   if (Chosen(options, "scan")) Scan(*book, options.records);
+  // The text import reads the anchors' CSV where there is one, else the table's own export.
+  std::string textPath = options.dir + "/export.csv";
+  if (Chosen(options, "export_text") || (Chosen(options, "import_text") && !options.csv)) {
+    ExportJob(*book, "export_text", textPath, options.records);
+  }
+  if (Chosen(options, "import_text")) {
+    LoadInChild("import_text", options.csv ? options.csv : textPath, options.records);
+  }
+  std::string xbasePath = options.dir + "/export.dbf";
+  if (Chosen(options, "export_xbase") || Chosen(options, "import_xbase")) {
+    ExportJob(*book, "export_xbase", xbasePath, options.records);
+  }
+  if (Chosen(options, "import_xbase")) LoadInChild("import_xbase", xbasePath, options.records);
   if (Chosen(options, "filter_eval")) FilterEval(*book, options.records);
   // Fields: Id, LastName, FirstName, City, Birth, Salary, Quantity, Note.
   if (Chosen(options, "run_filters")) {

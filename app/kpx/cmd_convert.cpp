@@ -1,33 +1,189 @@
-// kpx convert: a document saved under another name and native form, its side file with it.
+// kpx convert: a document or a foreign file read and written under another name, in a native form
+// or as a text or xBase file, the side file going with it.
 #include <string>
 
+#include "document/exchange_files.h"
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
+#include "text/code_page.h"
 
 namespace kelpdex::kpx {
 
+namespace {
+
+// What a file is read or written as: a native form (kNative with its format) or a foreign kind.
+struct FileKind {
+  DocumentKind kind = DocumentKind::kNative;
+  NativeFormat format = NativeFormat::kDefault;
+};
+
+std::optional<FileKind> ParseKind(const std::string& name) {
+  if (std::optional<NativeFormat> format = ParseFormatOption(name)) {
+    return FileKind{DocumentKind::kNative, *format};
+  }
+  if (name == "text") return FileKind{DocumentKind::kText};
+  if (name == "dbase3") return FileKind{DocumentKind::kDbase3};
+  if (name == "dbase4") return FileKind{DocumentKind::kDbase4};
+  if (name == "foxpro") return FileKind{DocumentKind::kFoxPro};
+  if (name == "clipper") return FileKind{DocumentKind::kClipper};
+  if (name == "excel-xml") return FileKind{DocumentKind::kExcelXml};
+  return std::nullopt;
+}
+
+std::string Extension(const std::string& path) {
+  size_t slash = path.find_last_of("/\\");
+  size_t dot = path.rfind('.');
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+  return text::Lower(path.substr(dot));
+}
+
+// By the extension: text and xBase files are foreign; anything else is native, told by its bytes
+// on reading.
+FileKind KindOfPath(const std::string& path) {
+  std::string extension = Extension(path);
+  if (extension == ".csv" || extension == ".txt" || extension == ".tsv") {
+    return FileKind{DocumentKind::kText};
+  }
+  if (extension == ".dbf") return FileKind{DocumentKind::kDbase3};
+  return FileKind{};
+}
+
+FileFilter FilterOfKind(DocumentKind kind) {
+  switch (kind) {
+    case DocumentKind::kText:
+      return FileFilter::kText;
+    case DocumentKind::kExcelXml:
+      return FileFilter::kExcelXml;
+    case DocumentKind::kDbase3:
+      return FileFilter::kDbase3;
+    case DocumentKind::kDbase4:
+      return FileFilter::kDbase4;
+    case DocumentKind::kFoxPro:
+      return FileFilter::kFoxPro;
+    case DocumentKind::kClipper:
+      return FileFilter::kClipper;
+    case DocumentKind::kNative:
+      break;
+  }
+  return FileFilter::kNative;
+}
+
+// The text options of the command line over `options`; false with `why` for a wrong value.
+bool ReadTextOptions(const Args& args, const std::string& path, TextFileOptions& options,
+                     std::string& why) {
+  // A tab-separated file says so by its name.
+  options.separator = Extension(path) == ".tsv" ? '\t' : ',';
+  if (std::optional<std::string> separator = args.Value("separator")) {
+    static const std::pair<const char*, char> kNames[] = {
+        {"comma", ','}, {"tab", '\t'}, {"point", '.'}, {"semicolon", ';'}, {"space", ' '}};
+    bool found = false;
+    for (const auto& [name, c] : kNames) {
+      if (*separator == name) {
+        options.separator = c;
+        found = true;
+      }
+    }
+    if (!found && separator->size() == 1) {
+      options.separator = (*separator)[0];
+      found = true;
+    }
+    if (!found) {
+      why = "the separator is comma, tab, point, semicolon, space or one character";
+      return false;
+    }
+  }
+  if (std::optional<std::string> quote = args.Value("quote")) {
+    if (quote->size() != 1) {
+      why = "the quote is one character";
+      return false;
+    }
+    options.quote = (*quote)[0];
+  }
+  if (std::optional<std::string> encoding = args.Value("encoding")) {
+    if (*encoding == "utf8") {
+      options.encoding = TextEncoding::kUtf8;
+    } else if (*encoding == "ansi") {
+      options.encoding = TextEncoding::kAnsi;
+    } else if (*encoding == "oem") {
+      options.encoding = TextEncoding::kOem;
+    } else {
+      why = "the encoding is utf8, ansi or oem";
+      return false;
+    }
+  }
+  if (std::optional<std::string> widths = args.Value("widths")) {
+    if (!ParseTextWidths(*widths, options)) {
+      why = "the widths are whole numbers from 1 to 65535, separated by commas";
+      return false;
+    }
+    options.fixedWidths = true;
+  }
+  options.numbers = args.Flag("numbers");
+  options.headerLine = args.Flag("header");
+  return true;
+}
+
+}  // namespace
+
 int RunConvert(CommandContext& context) {
   const CommandInfo& self = *FindCommand("convert");
-  Args args(context.words, {"format"}, {});
+  Args args(context.words,
+            {"format", "from", "to", "table", "separator", "quote", "encoding", "widths"},
+            {"numbers", "header", "oem"});
   if (!args.ok()) return UsageError(context, self, args.error());
   if (args.positionals().size() != 2) return UsageError(context, self, "IN and OUT are needed");
-  std::optional<NativeFormat> format;
+  const std::string& in = args.positionals()[0];
+  const std::string& out = args.positionals()[1];
+  FileKind from = KindOfPath(in);
+  if (std::optional<std::string> name = args.Value("from")) {
+    std::optional<FileKind> kind = ParseKind(*name);
+    if (!kind) return UsageError(context, self, "unknown kind '" + *name + "'");
+    from = *kind;
+  }
+  std::optional<FileKind> to;
   if (std::optional<std::string> name = args.Value("format")) {
-    format = ParseFormatOption(*name);
+    std::optional<NativeFormat> format = ParseFormatOption(*name);
     if (!format) return UsageError(context, self, "unknown format '" + *name + "'");
+    to = FileKind{DocumentKind::kNative, *format};
+  }
+  if (std::optional<std::string> name = args.Value("to")) {
+    to = ParseKind(*name);
+    if (!to) return UsageError(context, self, "unknown kind '" + *name + "'");
+  }
+  if (!to) to = KindOfPath(out);
+  if (from.kind == DocumentKind::kExcelXml || to->kind == DocumentKind::kExcelXml) {
+    return Fail(context, "Excel 2003 XML files are not read or written yet");
   }
   CommandDocument document(context);
+  ExchangeFiles& exchange = document.session.exchangeFiles();
+  std::string why;
+  if (!ReadTextOptions(args, in, exchange.textOptions, why)) return UsageError(context, self, why);
+  exchange.xbaseImport.oem = args.Flag("oem");
+  exchange.xbaseExport.oem = args.Flag("oem");
   // Reading a file another process has open is harmless; the copy is written elsewhere.
-  if (!document.Open(args.positionals()[0], true)) return kExitFailure;
-  // Without --format the copy keeps the form the document came in.
-  if (format) document.book.fileFormat = *format;
-  if (document.book.protectionMode != 0 && format && IsXmlFormat(*format)) {
-    return Fail(context,
-                "the XML forms hold no password: unprotect the document first, or "
-                "convert it to binary or binary.gz");
+  if (!document.Open(in, true, from.kind)) return kExitFailure;
+  if (std::optional<std::string> table = args.Value("table")) {
+    TableSpec spec;
+    if (!document.SelectTable(*table, spec)) return kExitFailure;
   }
-  document.prompter.saveChoice = SaveFileChoice{args.positionals()[1], FileFilter::kDefault};
+  if (to->kind == DocumentKind::kNative) {
+    // Without a form the copy keeps the one the document came in, and a foreign file becomes XML.
+    if (to->format != NativeFormat::kDefault) {
+      document.book.fileFormat = to->format;
+    } else if (from.kind != DocumentKind::kNative) {
+      document.book.fileFormat = NativeFormat::kXml;
+    }
+    if (document.book.protectionMode != 0 && IsXmlFormat(document.book.fileFormat) &&
+        to->format != NativeFormat::kDefault) {
+      return Fail(context,
+                  "the XML forms hold no password: unprotect the document first, or "
+                  "convert it to binary or binary.gz");
+    }
+  }
+  // The options given apply to both files; only the separator a name implies differs.
+  if (!ReadTextOptions(args, out, exchange.textOptions, why)) return UsageError(context, self, why);
+  document.prompter.saveChoice = SaveFileChoice{out, FilterOfKind(to->kind)};
   return document.session.SaveDocumentAs() ? kExitSuccess : kExitFailure;
 }
 

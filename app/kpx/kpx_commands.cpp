@@ -29,8 +29,13 @@ const std::vector<CommandInfo>& Commands() {
       {"eval", "[--doc FILE [--table NAME] [--record N]] [--locale generic|current] FORMULA",
        "evaluate one formula, alone or against a record", RunEval},
       {"recalc", "FILE", "recompute the calculated fields of every table and save", RunRecalc},
-      {"convert", "IN OUT [--format xml|xml.gz|binary|binary.gz]",
-       "save a document under another name and native form", RunConvert},
+      {"convert",
+       "IN OUT [--from KIND] [--to KIND] [--table NAME] [--format xml|xml.gz|binary|binary.gz] "
+       "[--separator comma|tab|semicolon|space|point|C] [--quote C] [--encoding utf8|ansi|oem] "
+       "[--numbers] [--widths W1,W2,...] [--header] [--oem]",
+       "read a document or a text or xBase file and write it under another name and kind "
+       "(KIND: xml, xml.gz, binary, binary.gz, text, dbase3, dbase4, foxpro, clipper)",
+       RunConvert},
       {"filter",
        "FILE --table NAME (--field NAME (--op OP --value TEXT | --expr FORMULA | --clear) | "
        "--clear-all)",

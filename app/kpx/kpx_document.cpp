@@ -60,7 +60,7 @@ CommandDocument::~CommandDocument() {
   SetActivePrompter(previous_);
 }
 
-bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed) {
+bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed, DocumentKind kind) {
   prompter.readOnlyAllowed = readOnlyAllowed;
   if (!context_.passwordFile.empty()) {
     std::string why;
@@ -69,8 +69,8 @@ bool CommandDocument::Open(const std::string& path, bool readOnlyAllowed) {
       return false;
     }
   }
-  // kpx reads only the native forms; whatever the extension says, the first bytes decide.
-  return session.OpenDocument(path, DocumentKind::kNative);
+  // A native file is told by its first bytes, whatever the extension says.
+  return session.OpenDocument(path, kind);
 }
 
 bool CommandDocument::SelectTable(const std::string& name, TableSpec& table) {

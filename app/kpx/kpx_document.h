@@ -53,7 +53,9 @@ class CommandDocument {
 
   // Opens a native document, protected ones with the password of --password-file. A command that
   // only reads may take a file another process holds. False after the failure was reported.
-  bool Open(const std::string& path, bool readOnlyAllowed);
+  // `kind` other than native reads a foreign file through the session's ExchangeFiles.
+  bool Open(const std::string& path, bool readOnlyAllowed,
+            DocumentKind kind = DocumentKind::kNative);
   // Makes the named table current and fills `table`; the first table when `name` is empty. False
   // after a message.
   bool SelectTable(const std::string& name, TableSpec& table);

@@ -3,6 +3,7 @@
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_status.h"
+#include "document/exchange_files.h"
 #include "document/protection_rules.h"
 #include "document/recent_files.h"
 #include "format/generic_date.h"
@@ -125,9 +126,12 @@ bool InsertCheckedFields(Workbook& book, const std::vector<WizardField>& fields,
 }
 
 DocumentSession::DocumentSession(Workbook& book, SessionSettings& settings)
-    : book_(book), settings_(settings) {
+    : book_(book), settings_(settings), exchange_(std::make_unique<ExchangeFiles>()) {
+  foreign_ = exchange_.get();
   book_.undoLevel = settings_.undoLevel;
 }
+
+DocumentSession::~DocumentSession() = default;
 
 void DocumentSession::Cleared() {
   if (view_ != nullptr) view_->DocumentCleared();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,14 +47,21 @@ bool InsertCheckedField(Workbook& book, const WizardField& field, uint16_t posit
 // gives them, in time that grows with their number alone. A refusal stops at that field.
 bool InsertCheckedFields(Workbook& book, const std::vector<WizardField>& fields, uint16_t position);
 
+class ExchangeFiles;
+
 class DocumentSession {
  public:
+  // Text and xBase files go through an ExchangeFiles of the session's own until another
+  // ForeignFiles is set.
   DocumentSession(Workbook& book, SessionSettings& settings);
+  ~DocumentSession();
   DocumentSession(const DocumentSession&) = delete;
   DocumentSession& operator=(const DocumentSession&) = delete;
 
   void SetView(DocumentView* view) { view_ = view; }
   void SetForeignFiles(ForeignFiles* foreign) { foreign_ = foreign; }
+  // The session's own reader and writer of foreign files, with the options of the last import.
+  ExchangeFiles& exchangeFiles() { return *exchange_; }
 
   Workbook& book() { return book_; }
   bool HasDocument() const { return book_.firstNode != nullptr; }
@@ -113,6 +121,7 @@ class DocumentSession {
   Workbook& book_;
   SessionSettings& settings_;
   DocumentView* view_ = nullptr;
+  std::unique_ptr<ExchangeFiles> exchange_;
   ForeignFiles* foreign_ = nullptr;
   platform::FileLock lock_;
   // The size of the document's file when it held bytes but no document; 0 otherwise.

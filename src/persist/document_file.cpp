@@ -25,60 +25,89 @@ std::string SideFilePath(const std::string& documentPath) {
   return documentPath.substr(0, dot) + ".tx2";
 }
 
-bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
-                       ErrorCode& error, std::string* place) {
-  format = WritableFormat(format);
+bool SafeFileWriter::Open(const std::string& path, bool compress, ErrorCode& error) {
+  Abandon();
   // A link stays a link: the new file goes where it points, beside the real document.
-  std::string target = platform::ResolveLinks(path);
-  platform::ReplacedFile old;
-  if (target.empty() || !platform::InspectReplacedFile(target, old)) {
+  target_ = platform::ResolveLinks(path);
+  old_ = platform::ReplacedFile();
+  if (target_.empty() || !platform::InspectReplacedFile(target_, old_)) {
     error = err::kFileOpenWrite;
     return false;
   }
-  if (old.folder) {
+  if (old_.folder) {
     error = err::kFolderPath;
     return false;
   }
   // A file the user may not write to is not replaced behind his back, and neither is a device
   // or a pipe: the rename would put a plain file in its place.
-  if (old.exists && (!old.writable || !old.regular)) {
+  if (old_.exists && (!old_.writable || !old_.regular)) {
     error = err::kFileOpenWrite;
     return false;
   }
-  std::string temporary = TemporaryPath(target);
+  std::string temporary = TemporaryPath(target_);
   // A temporary file left by a save that was killed half-way is ours to take.
   platform::DeleteFile(temporary);
-  if (old.exists && !platform::CreatePrivateFile(temporary, old)) {
+  if (old_.exists && !platform::CreatePrivateFile(temporary, old_)) {
     error = err::kFileOpenWrite;
     return false;
   }
-  FileStream stream;
-  bool ok = stream.Open(temporary, StreamMode::kWrite, IsCompressedFormat(format));
-  if (ok) {
-    ok = IsXmlFormat(format) ? WriteXmlDocument(stream, book, place)
-                             : WriteBinaryDocument(stream, book);
-  }
-  // Everything must be on the disk before the old file goes.
-  ok = ok && stream.Sync();
-  bool closed = stream.Close();
-  error = stream.error();
-  // The new file keeps what the user had set on the old one: who may read it, and who owns it.
-  bool kept = !old.exists || platform::TakeOverPermissions(temporary, old);
-  if (!ok || !closed || !kept) {
-    if (error == err::kNone) error = err::kFileWrite;
-    platform::DeleteFile(temporary);
+  temporary_ = temporary;
+  if (!stream_.Open(temporary_, StreamMode::kWrite, compress)) {
+    error = stream_.error();
+    Abandon();
     return false;
   }
-  if (!platform::ReplaceFile(temporary, target)) {
-    platform::DeleteFile(temporary);
+  return true;
+}
+
+bool SafeFileWriter::Commit(ErrorCode& error) {
+  if (temporary_.empty()) {
     error = err::kFileWrite;
     return false;
   }
+  // Everything must be on the disk before the old file goes.
+  bool ok = stream_.ok() && stream_.Sync();
+  bool closed = stream_.Close();
+  error = stream_.error();
+  // The new file keeps what the user had set on the old one: who may read it, and who owns it.
+  bool kept = !old_.exists || platform::TakeOverPermissions(temporary_, old_);
+  if (!ok || !closed || !kept) {
+    if (error == err::kNone) error = err::kFileWrite;
+    Abandon();
+    return false;
+  }
+  if (!platform::ReplaceFile(temporary_, target_)) {
+    Abandon();
+    error = err::kFileWrite;
+    return false;
+  }
+  temporary_.clear();
   // The rename itself is made durable by syncing the folder that holds it.
-  std::string folder = platform::FolderOf(target);
+  std::string folder = platform::FolderOf(target_);
   platform::SyncFile(folder.empty() ? "." : folder);
   error = err::kNone;
   return true;
+}
+
+void SafeFileWriter::Abandon() {
+  if (stream_.isOpen()) stream_.Close();
+  if (!temporary_.empty()) platform::DeleteFile(temporary_);
+  temporary_.clear();
+}
+
+bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
+                       ErrorCode& error, std::string* place) {
+  format = WritableFormat(format);
+  SafeFileWriter writer;
+  if (!writer.Open(path, IsCompressedFormat(format), error)) return false;
+  FileStream& stream = writer.stream();
+  bool ok = IsXmlFormat(format) ? WriteXmlDocument(stream, book, place)
+                                : WriteBinaryDocument(stream, book);
+  if (!ok) {
+    error = stream.error() != err::kNone ? stream.error() : err::kFileWrite;
+    return false;
+  }
+  return writer.Commit(error);
 }
 
 bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& kind,

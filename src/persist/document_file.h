@@ -8,6 +8,8 @@
 #include "core/document_kind.h"
 #include "core/error_code.h"
 #include "persist/file_kind.h"
+#include "persist/file_stream.h"
+#include "platform/os.h"
 #include "store/workbook.h"
 
 namespace kelpdex {
@@ -15,6 +17,32 @@ namespace kelpdex {
 // The side file that holds a document's long texts and files: the same path with ".tx2" in place
 // of the extension.
 std::string SideFilePath(const std::string& documentPath);
+
+// A file written as a whole or not at all: the bytes go into a temporary file beside the target,
+// which takes the target's place only at Commit, once it is on the disk. A writer dropped without
+// a Commit (a failure, a cancelled export) removes its temporary file and leaves the target as it
+// was. Refusals and permissions are those of WriteDocumentFile below.
+class SafeFileWriter {
+ public:
+  SafeFileWriter() = default;
+  ~SafeFileWriter() { Abandon(); }
+  SafeFileWriter(const SafeFileWriter&) = delete;
+  SafeFileWriter& operator=(const SafeFileWriter&) = delete;
+
+  // False with `error` set when the target may not be replaced or the temporary file cannot be
+  // made.
+  bool Open(const std::string& path, bool compress, ErrorCode& error);
+  FileStream& stream() { return stream_; }
+  // Syncs, closes and renames; false with `error` set, the target untouched.
+  bool Commit(ErrorCode& error);
+  void Abandon();
+
+ private:
+  FileStream stream_;
+  std::string target_;
+  std::string temporary_;
+  platform::ReplacedFile old_;
+};
 
 // Writes the document into a temporary file beside `path`, waits until it is on the disk, and
 // only then puts it in the place of `path`. On failure the previous file stands as it was, no

@@ -1,0 +1,61 @@
+#include "document/exchange_files.h"
+
+#include "exchange/text_exchange.h"
+
+namespace kelpdex {
+
+namespace {
+
+bool IsXbaseKind(DocumentKind kind) {
+  return kind >= DocumentKind::kDbase3 && kind <= DocumentKind::kClipper;
+}
+
+}  // namespace
+
+bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workbook& book,
+                         bool reuseOptions) {
+  if (openKind == DocumentKind::kText) {
+    // A cancelled dialog fails with no code: the lifecycle shows nothing.
+    if (!reuseOptions && !dialogs_->TextImport(path, textOptions)) return false;
+    return ImportText(book, path, textOptions, &lastTextImport);
+  }
+  if (IsXbaseKind(openKind)) {
+    XbaseImportOptions options = xbaseImport;
+    if (!reuseOptions) {
+      options.dialect = static_cast<XbaseDialect>(openKind);
+      if (!dialogs_->XbaseImport(path, options)) return false;
+      xbaseImport = options;
+    }
+    return ImportXbase(book, path, options);
+  }
+  book.errorCode = err::kFileOpenRead;  // no reader for Excel 2003 XML is linked in
+  return false;
+}
+
+bool ExchangeFiles::Write(DocumentKind openKind, const std::string& path, const Workbook& book) {
+  ErrorCode error = err::kNone;
+  bool ok = false;
+  if (openKind == DocumentKind::kText) {
+    if (!dialogs_->TextExport(path, textOptions)) return false;
+    ok = ExportText(book, path, textOptions, error);
+  } else if (IsXbaseKind(openKind)) {
+    XbaseExportOptions options = xbaseExport;
+    options.dialect = static_cast<XbaseDialect>(openKind);
+    if (options.fields.empty()) {
+      XbaseHeader header;
+      if (!BuildXbaseHeader(book, header, options.dialect, &options.fields, error)) {
+        const_cast<Workbook&>(book).errorCode = error;
+        return false;
+      }
+    }
+    if (!dialogs_->XbaseExport(path, options)) return false;
+    ok = ExportXbase(book, path, options, error);
+  } else {
+    error = err::kFileOpenWrite;  // no writer for Excel 2003 XML is linked in
+  }
+  // The lifecycle reads the outcome from the book, as it does for its own writers.
+  if (!ok) const_cast<Workbook&>(book).errorCode = error;
+  return ok;
+}
+
+}  // namespace kelpdex

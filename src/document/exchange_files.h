@@ -1,0 +1,53 @@
+// The foreign files the lifecycle opens and saves: text and xBase through src/exchange/. The
+// options of the last import stay here, so that a Reload reads the file as it was read before.
+#pragma once
+
+#include <string>
+
+#include "document/document_session.h"
+#include "exchange/text_options.h"
+#include "exchange/xbase.h"
+
+namespace kelpdex {
+
+// The option dialogs of the foreign files. Each gets the options in force and may change them;
+// false is Cancel. The defaults take the options as they are, for a program without dialogs.
+class ExchangeDialogs {
+ public:
+  virtual ~ExchangeDialogs() = default;
+  virtual bool TextImport(const std::string& /*path*/, TextFileOptions& /*options*/) {
+    return true;
+  }
+  virtual bool TextExport(const std::string& /*path*/, TextFileOptions& /*options*/) {
+    return true;
+  }
+  virtual bool XbaseImport(const std::string& /*path*/, XbaseImportOptions& /*options*/) {
+    return true;
+  }
+  // `options.fields` holds the list BuildXbaseHeader made, for the field dialog to edit.
+  virtual bool XbaseExport(const std::string& /*path*/, XbaseExportOptions& /*options*/) {
+    return true;
+  }
+};
+
+class ExchangeFiles : public ForeignFiles {
+ public:
+  void SetDialogs(ExchangeDialogs* dialogs) { dialogs_ = dialogs; }
+
+  bool Read(DocumentKind openKind, const std::string& path, Workbook& book,
+            bool reuseOptions) override;
+  bool Write(DocumentKind openKind, const std::string& path, const Workbook& book) override;
+
+  TextFileOptions textOptions;
+  XbaseImportOptions xbaseImport;
+  // Its dialect comes from the kind written; an empty field list is made from the table.
+  XbaseExportOptions xbaseExport;
+  // What the last text import dropped for want of room.
+  TextImportReport lastTextImport;
+
+ private:
+  ExchangeDialogs defaultDialogs_;
+  ExchangeDialogs* dialogs_ = &defaultDialogs_;
+};
+
+}  // namespace kelpdex

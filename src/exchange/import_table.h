@@ -1,0 +1,58 @@
+// What the text and xBase imports share: a fresh workbook with one table, whose cells are
+// appended in row and column order straight into blocks (no lookup per cell), and whose fields
+// are written once the data has told their types.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/block_chain.h"
+#include "store/catalogue.h"
+#include "store/field_row.h"
+#include "store/workbook.h"
+
+namespace kelpdex {
+
+// The table name an imported file gets: its name without the extension, or "Table" where that
+// would be empty or "system".
+std::string ImportTableName(const std::string& path);
+
+// "field%d" with the number counted from 1.
+std::string DefaultFieldName(uint16_t column);
+
+// Cells of an import in key order. The chain is the data sheet's once Finish() has run; a builder
+// dropped before that hands its blocks to the sheet anyway, so that they are freed with it.
+class ImportedTable {
+ public:
+  // Makes the \system folder, the catalogue and the data sheet in `book`, which must be empty.
+  // False with the book's errorCode set.
+  bool Begin(Workbook& book, std::string_view name);
+  ~ImportedTable();
+
+  // Each false on out of memory (code 21 in the book). Rows and columns must rise.
+  bool AppendText(uint32_t row, uint16_t column, std::string_view text, uint8_t extraTag = 0);
+  bool AppendNumber(uint32_t row, uint16_t column, double value, uint8_t extraTag = 0);
+
+  // Checks header names by the field dialog's rules on the empty table: trailing blanks are cut,
+  // a name is made unique with a number behind it, and one the rules still refuse becomes
+  // "field%d". `names` may be shorter than `fields` (the rest keep their names).
+  void NameFields(const std::vector<std::string>& names, std::vector<FieldSpec>& fields);
+  // Writes the catalogue rows and gives the cells to the data sheet; the table becomes current.
+  bool Finish(const std::vector<FieldSpec>& fields);
+
+  const TableSpec& table() const { return table_; }
+  Workbook* book() const { return book_; }
+
+ private:
+  bool Append(uint32_t size);
+  void HandOver();
+
+  Workbook* book_ = nullptr;
+  TableSpec table_;
+  BlockChain chain_;
+  uint8_t record_[kBlockPayload];
+};
+
+}  // namespace kelpdex

@@ -1,0 +1,313 @@
+#include <charconv>
+#include <cstring>
+#include <vector>
+
+#include "core/locale_settings.h"
+#include "core/progress.h"
+#include "exchange/import_table.h"
+#include "exchange/text_exchange.h"
+#include "persist/file_stream.h"
+#include "text/oem.h"
+#include "text/utf8.h"
+
+namespace kelpdex {
+
+bool ParseTextWidths(std::string_view list, TextFileOptions& options) {
+  options.widths.fill(0);
+  size_t count = 0;
+  size_t start = 0;
+  while (start <= list.size()) {
+    size_t comma = list.find(',', start);
+    std::string_view item =
+        list.substr(start, comma == std::string_view::npos ? list.size() - start : comma - start);
+    unsigned value = 0;
+    auto [end, ec] = std::from_chars(item.data(), item.data() + item.size(), value);
+    if (ec != std::errc() || end != item.data() + item.size() || value == 0 || value > 65535 ||
+        count >= options.widths.size()) {
+      return false;
+    }
+    options.widths[count++] = static_cast<uint16_t>(value);
+    if (comma == std::string_view::npos) break;
+    start = comma + 1;
+  }
+  return count > 0;
+}
+
+namespace {
+
+// A cell's text as a number by the import's rule: an optional "-" and blanks, digits with the
+// locale's decimal character, an exponent, then trailing blanks; nothing else may be left.
+bool ReadsAsNumber(const char* s, size_t n, char decimal, double& value) {
+  char buffer[kTextCellMax + 2];
+  size_t i = 0, b = 0;
+  if (i < n && s[i] == '-') {
+    buffer[b++] = '-';
+    ++i;
+    while (i < n && s[i] == ' ') ++i;
+  }
+  size_t digits = 0;
+  while (i < n && s[i] >= '0' && s[i] <= '9') buffer[b++] = s[i++], ++digits;
+  if (i < n && s[i] == decimal) {
+    buffer[b++] = '.';
+    ++i;
+    while (i < n && s[i] >= '0' && s[i] <= '9') buffer[b++] = s[i++], ++digits;
+  }
+  if (digits == 0) return false;
+  if (i < n && (s[i] == 'E' || s[i] == 'e')) {
+    size_t j = i + 1;
+    if (j < n && (s[j] == '+' || s[j] == '-')) ++j;
+    if (j >= n || s[j] < '0' || s[j] > '9') return false;
+    buffer[b++] = 'e';
+    for (size_t k = i + 1; k < j; ++k) buffer[b++] = s[k];
+    while (j < n && s[j] >= '0' && s[j] <= '9') buffer[b++] = s[j++];
+    i = j;
+  }
+  while (i < n && s[i] == ' ') ++i;
+  if (i != n) return false;
+  auto [end, ec] = std::from_chars(buffer, buffer + b, value);
+  return ec == std::errc() && end == buffer + b;
+}
+
+class TextReader {
+ public:
+  TextReader(ImportedTable& table, const TextFileOptions& options, TextImportReport& report)
+      : table_(table),
+        options_(options),
+        report_(report),
+        decimal_(currentLocale.decimalSeparator) {
+    while (widthCount_ < options.widths.size() && options.widths[widthCount_] != 0) ++widthCount_;
+  }
+
+  bool Read(FileStream& in);
+
+  // The fields the cells asked for: Number where a column held numbers alone.
+  std::vector<FieldSpec> Fields() const;
+  const std::vector<std::string>& names() const { return names_; }
+
+ private:
+  // The cell limit of the column being read in fixed mode; 0 for none.
+  uint32_t Width() const { return column_ < widthCount_ ? options_.widths[column_] : 0; }
+  void Add(uint8_t c) {
+    ++taken_;
+    if (length_ < kTextCellMax) cell_[length_++] = static_cast<char>(c < 32 ? ' ' : c);
+  }
+  bool EndCell();
+  void EndLine() {
+    ++line_;
+    column_ = 0;
+  }
+  bool Store(std::string_view text);
+
+  ImportedTable& table_;
+  const TextFileOptions& options_;
+  TextImportReport& report_;
+  const char decimal_;
+  size_t widthCount_ = 0;
+  char cell_[kTextCellMax];
+  size_t length_ = 0;
+  uint32_t taken_ = 0;  // bytes of the cell read, kept or not
+  uint64_t line_ = 0;
+  uint32_t column_ = 0;
+  int32_t highestColumn_ = -1;
+  std::vector<uint8_t> columnBits_ = std::vector<uint8_t>(kColumnLimit, 0);
+  std::vector<std::string> names_;
+  std::string converted_;
+};
+
+bool TextReader::Read(FileStream& in) {
+  enum class State : uint8_t { kCellStart, kBare, kQuoted, kQuoteInQuoted };
+  State state = State::kCellStart;
+  bool afterCr = false;
+  bool fixed = options_.fixedWidths;
+  const uint8_t separator = static_cast<uint8_t>(options_.separator);
+  const uint8_t quote = static_cast<uint8_t>(options_.quote);
+  bool first = true;
+  for (;;) {
+    size_t size = 0;
+    const uint8_t* bytes = in.Span(size);
+    if (size == 0) break;
+    if (ProgressCancelled()) return false;
+    size_t i = 0;
+    // A byte-order mark says UTF-8 and is no part of the first cell.
+    if (first && options_.encoding == TextEncoding::kUtf8 && size >= 3 && bytes[0] == 0xEF &&
+        bytes[1] == 0xBB && bytes[2] == 0xBF) {
+      i = 3;
+    }
+    first = false;
+    for (; i < size; ++i) {
+      uint8_t c = bytes[i];
+      if (afterCr) {
+        afterCr = false;
+        if (c == '\n') continue;
+      }
+      if (fixed) {
+        if (c == '\r' || c == '\n') {
+          if (!EndCell()) return false;
+          EndLine();
+          afterCr = c == '\r';
+          continue;
+        }
+        Add(c);
+        uint32_t width = Width();
+        if (width != 0 && taken_ >= width) {
+          if (!EndCell()) return false;
+          ++column_;
+        }
+        continue;
+      }
+      switch (state) {
+        case State::kQuoted:
+          if (c == quote) {
+            state = State::kQuoteInQuoted;
+          } else {
+            Add(c);
+          }
+          continue;
+        case State::kQuoteInQuoted:
+          if (c == quote) {
+            Add(c);
+            state = State::kQuoted;
+            continue;
+          }
+          // The quoting is over; this byte is read as any outside quotes.
+          break;
+        case State::kCellStart:
+          if (c == quote) {
+            state = State::kQuoted;
+            continue;
+          }
+          break;
+        case State::kBare:
+          break;
+      }
+      if (c == separator) {
+        if (!EndCell()) return false;
+        ++column_;
+        state = State::kCellStart;
+      } else if (c == '\r' || c == '\n') {
+        if (!EndCell()) return false;
+        EndLine();
+        afterCr = c == '\r';
+        state = State::kCellStart;
+      } else {
+        Add(c);
+        state = State::kBare;
+      }
+    }
+    in.Advance(size);
+  }
+  if (!in.ok()) {
+    table_.book()->errorCode = in.error();
+    return false;
+  }
+  // A last line without its line end.
+  if (taken_ != 0 || state != State::kCellStart || column_ != 0) return EndCell();
+  return true;
+}
+
+bool TextReader::EndCell() {
+  size_t length = length_;
+  length_ = 0;
+  taken_ = 0;
+  bool header = options_.headerLine && line_ == 0;
+  if (length == 0 && !header) return true;
+  if (column_ >= kColumnLimit) {
+    if (static_cast<int64_t>(column_) > report_.highestDroppedColumn) {
+      report_.highestDroppedColumn = static_cast<int32_t>(column_);
+    }
+    return true;
+  }
+  uint64_t row = options_.headerLine ? line_ - 1 : line_;
+  if (!header && row >= kRowLimit) {
+    if (static_cast<int64_t>(row) > report_.highestDroppedRow) report_.highestDroppedRow = row;
+    return true;
+  }
+  std::string_view text(cell_, length);
+  switch (options_.encoding) {
+    case TextEncoding::kUtf8: {
+      bool plain = true;
+      for (char c : text) plain = plain && static_cast<uint8_t>(c) < 0x80;
+      // Malformed sequences and characters the code page lacks become '?', as any text from
+      // outside does.
+      if (!plain) {
+        converted_ = text::Utf8ToCp1252(text);
+        text = converted_;
+      }
+      break;
+    }
+    case TextEncoding::kOem:
+      text::OemToCharInPlace(cell_, length);
+      break;
+    case TextEncoding::kAnsi:
+      break;
+  }
+  if (header) {
+    if (names_.size() <= column_) names_.resize(column_ + 1);
+    names_[column_] = text;
+    if (static_cast<int32_t>(column_) > highestColumn_) highestColumn_ = column_;
+    return true;
+  }
+  uint16_t column = static_cast<uint16_t>(column_);
+  if (static_cast<int32_t>(column) > highestColumn_) highestColumn_ = column;
+  double value;
+  if (options_.numbers && (columnBits_[column] & 1) == 0 &&
+      ReadsAsNumber(text.data(), text.size(), decimal_, value)) {
+    columnBits_[column] |= 2;
+    return table_.AppendNumber(static_cast<uint32_t>(row), column, value);
+  }
+  columnBits_[column] |= 1;
+  return table_.AppendText(static_cast<uint32_t>(row), column, text);
+}
+
+std::vector<FieldSpec> TextReader::Fields() const {
+  std::vector<FieldSpec> fields(static_cast<size_t>(highestColumn_ + 1));
+  for (size_t i = 0; i < fields.size(); ++i) {
+    fields[i].name = DefaultFieldName(static_cast<uint16_t>(i));
+    if (columnBits_[i] == 2) {
+      fields[i].type = FieldType::kNumber;
+    } else {
+      fields[i].type = FieldType::kText;
+      fields[i].link = true;
+    }
+  }
+  return fields;
+}
+
+}  // namespace
+
+bool ImportText(Workbook& book, const std::string& path, const TextFileOptions& options,
+                TextImportReport* report) {
+  TextImportReport ignored;
+  TextImportReport& dropped = report != nullptr ? *report : ignored;
+  dropped = TextImportReport();
+  book.errorCode = err::kNone;
+  FileStream in;
+  // gzip's transparent read: a compressed text file reads as its plain bytes.
+  if (!in.Open(path, StreamMode::kRead, true)) {
+    book.errorCode = in.error();
+    return false;
+  }
+  bool ok;
+  {
+    ImportedTable table;
+    ok = table.Begin(book, ImportTableName(path));
+    if (ok) {
+      TextReader reader(table, options, dropped);
+      ok = reader.Read(in);
+      if (ok) {
+        std::vector<FieldSpec> fields = reader.Fields();
+        if (options.headerLine) table.NameFields(reader.names(), fields);
+        ok = table.Finish(fields);
+      }
+    }
+  }
+  in.Close();
+  if (!ok) {
+    ErrorCode error = book.errorCode;
+    book.Clear();
+    book.errorCode = error;
+  }
+  return ok;
+}
+
+}  // namespace kelpdex

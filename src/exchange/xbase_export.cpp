@@ -1,0 +1,315 @@
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "core/progress.h"
+#include "exchange/xbase.h"
+#include "format/cell_text.h"
+#include "format/generic_date.h"
+#include "format/number_text.h"
+#include "persist/document_file.h"
+#include "persist/side_values.h"
+#include "platform/os.h"
+#include "store/bytes.h"
+#include "store/catalogue.h"
+#include "store/field_row.h"
+#include "text/oem.h"
+
+namespace kelpdex {
+
+namespace {
+
+constexpr uint32_t kRed = 255;
+constexpr uint32_t kMaxRecordSize = 65534;
+
+bool IsMemo(const XbaseField& field) {
+  return field.type == 'M';
+}
+
+// The rows of the records in force, in their order: the record set where it is the table's,
+// else every used row.
+std::vector<uint32_t> RecordRows(const Workbook& book, const Worksheet& data) {
+  std::vector<uint32_t> rows;
+  if (book.records.allocated() && book.currentSheet == &data) {
+    rows.assign(book.records.rows(), book.records.rows() + book.records.count());
+  } else {
+    uint32_t used = data.UsedRows();
+    rows.resize(used);
+    for (uint32_t i = 0; i < used; ++i) rows[i] = i;
+  }
+  return rows;
+}
+
+class XbaseWriter {
+ public:
+  XbaseWriter(const Workbook& book, Worksheet& data, const XbaseExportOptions& options,
+              const std::vector<XbaseExportField>& fields)
+      : book_(book),
+        data_(data),
+        options_(options),
+        fields_(fields),
+        formatter_(NumberStyle()),
+        memo_(options.dialect, std::string(data.Name())),
+        sidePath_(book.fileName.empty() ? std::string() : SideFilePath(book.fileName)) {}
+
+  bool Record(uint32_t row, std::string& out, ErrorCode& error);
+  XbaseMemoWriter& memo() { return memo_; }
+
+ private:
+  bool Deleted(uint32_t row) const;
+  // The cell as text: a text cell's bytes, any other as the grid would show it in General.
+  std::string_view CellText(const CellRecord* cell);
+  void Number(const XbaseField& field, const CellRecord* cell, char* out);
+
+  const Workbook& book_;
+  Worksheet& data_;
+  const XbaseExportOptions& options_;
+  const std::vector<XbaseExportField>& fields_;
+  CellFormatter formatter_;
+  XbaseMemoWriter memo_;
+  std::string sidePath_;
+  char scratch_[kDisplayTextMax];
+  std::string text_;
+};
+
+bool XbaseWriter::Deleted(uint32_t row) const {
+  const StyleRecord& style = book_.styles.Style(data_.formats.StyleAt(row, 0));
+  return style.bytes[style::kFontColourSetAt] != 0 &&
+         LoadU32(style.bytes + style::kFontColourAt) == kRed;
+}
+
+std::string_view XbaseWriter::CellText(const CellRecord* cell) {
+  if (cell == nullptr) return {};
+  if (cell::IsText(cell)) return cell::Text(cell);
+  return std::string_view(scratch_, formatter_.Display(cell, scratch_));
+}
+
+void XbaseWriter::Number(const XbaseField& field, const CellRecord* cell, char* out) {
+  int width = field.length;
+  std::memset(out, ' ', field.length);
+  double value = 0;
+  if (cell == nullptr) return;
+  if (cell::IsNumber(cell)) {
+    value = cell::Number(cell);
+  } else if (cell::IsFormula(cell) && (cell::FormulaFlags(cell) & cell::kCachedNumber)) {
+    value = cell::CachedNumber(cell);
+  } else if (!cell::IsText(cell) || !TextToNumber(cell::Text(cell), '.', value)) {
+    return;
+  }
+  char buffer[400];
+  int n;
+  if (field.type == 'I') {
+    n = std::snprintf(buffer, sizeof buffer, "%*.0f", width, value);
+  } else if (field.decimals != 0) {
+    n = std::snprintf(buffer, sizeof buffer, "%*.*f", width, field.decimals, value);
+  } else if (field.type == 'N') {
+    n = std::snprintf(buffer, sizeof buffer, "%*.0f", width, value);
+  } else {
+    n = std::snprintf(buffer, sizeof buffer, "%*f", width, value);
+  }
+  // A number too wide for its field is shown as stars, as dBase does, rather than cut into
+  // another number.
+  if (n < 0 || n > width) {
+    std::memset(out, '*', field.length);
+    return;
+  }
+  std::memcpy(out, buffer, static_cast<size_t>(n));
+}
+
+bool XbaseWriter::Record(uint32_t row, std::string& out, ErrorCode& error) {
+  out.clear();
+  out += Deleted(row) ? '*' : ' ';
+  for (const XbaseExportField& item : fields_) {
+    const XbaseField& field = item.field;
+    size_t start = out.size();
+    out.append(field.length, ' ');
+    char* at = out.data() + start;
+    const CellRecord* cell = data_.cells.GetCellFast(row, item.column);
+    switch (field.type) {
+      case 'C': {
+        std::string_view text;
+        if (cell != nullptr && !cell::IsText(cell) && cell::IsNumber(cell)) {
+          int n = std::snprintf(scratch_, sizeof scratch_, "%*.*f", static_cast<int>(field.length),
+                                field.decimals, cell::Number(cell));
+          text = std::string_view(scratch_, n < 0 ? 0 : static_cast<size_t>(n));
+        } else {
+          text = CellText(cell);
+        }
+        size_t n = text.size() < field.length ? text.size() : field.length;
+        std::memcpy(at, text.data(), n);
+        if (options_.oem) text::CharToOemInPlace(at, n);
+        break;
+      }
+      case 'D': {
+        DateTimeRecord date;
+        std::string_view text = CellText(cell);
+        if (!text.empty() && ParseGenericDate(text, date, nullptr) && date.hasDate &&
+            field.length >= 8) {
+          char digits[16];
+          std::snprintf(digits, sizeof digits, "%04d%02d%02d", date.year % 10000, date.month,
+                        date.day);
+          std::memcpy(at, digits, 8);
+        }
+        break;
+      }
+      case 'I':
+      case 'N':
+      case 'F':
+      case 'Y':
+        Number(field, cell, at);
+        break;
+      case 'L':
+        if (cell != nullptr && cell::IsNumber(cell)) *at = cell::Number(cell) != 0 ? 'Y' : 'N';
+        break;
+      case 'M': {
+        bool present = false;
+        text_.clear();
+        if (cell != nullptr && cell::IsText(cell)) {
+          text_ = cell::Text(cell);
+        } else if (!ReadLongTextValue(data_, sidePath_, row, item.column, text_, present, error)) {
+          return false;
+        }
+        if (text_.empty()) break;
+        if (options_.oem) text::CharToOemInPlace(text_);
+        char block[16];
+        std::snprintf(block, sizeof block, "%10u", memo_.Append(text_));
+        std::memcpy(at, block, field.length < 10 ? field.length : 10);
+        break;
+      }
+      default:  // B, G, P, T and others go out blank
+        break;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool BuildXbaseHeader(const Workbook& book, XbaseHeader& header, XbaseDialect dialect,
+                      std::vector<XbaseExportField>* fields, ErrorCode& error) {
+  Worksheet* data = book.currentSheet;
+  Worksheet* catalogue = data != nullptr ? book.FindCatalogue(data->Name()) : nullptr;
+  if (data == nullptr || catalogue == nullptr) {
+    error = err::kInvalidDatabase;
+    return false;
+  }
+  header = XbaseHeader();
+  platform::LocalTime now = platform::GetLocalTime();
+  header.year = static_cast<uint8_t>(now.year - 1900);
+  header.month = static_cast<uint8_t>(now.month);
+  header.day = static_cast<uint8_t>(now.day);
+  header.recordCount = static_cast<uint32_t>(RecordRows(book, *data).size());
+  bool wideNumbers = dialect == XbaseDialect::kDbase4 || dialect == XbaseDialect::kFoxPro;
+  TableSpec table{const_cast<Workbook*>(&book), catalogue, data};
+  uint16_t count = FieldCount(table);
+  if (fields != nullptr) fields->clear();
+  for (uint16_t i = 0; i < count; ++i) {
+    XbaseField field;
+    char name[16];
+    std::snprintf(name, sizeof name, "field_%d", i + 1);
+    field.name = name;
+    FieldSpec spec;
+    if (ReadField(table, i, spec) && !spec.name.empty()) field.name = spec.name.substr(0, 10);
+    switch (spec.type) {
+      case FieldType::kNumber:
+        field.type = wideNumbers ? 'F' : 'N';
+        field.length = wideNumbers ? 20 : 18;
+        break;
+      case FieldType::kLongText:
+        field.type = 'M';
+        field.length = 10;
+        break;
+      default:
+        field.type = 'C';
+        field.length = 128;
+        break;
+    }
+    header.fields.push_back(field);
+    if (fields != nullptr) fields->push_back(XbaseExportField{field, i});
+  }
+  return true;
+}
+
+bool ExportXbase(const Workbook& book, const std::string& path, const XbaseExportOptions& options,
+                 ErrorCode& error) {
+  XbaseHeader header;
+  std::vector<XbaseExportField> fields;
+  if (!BuildXbaseHeader(book, header, options.dialect, &fields, error)) return false;
+  if (!options.fields.empty()) {
+    fields = options.fields;
+    header.fields.clear();
+    for (const XbaseExportField& item : fields) header.fields.push_back(item.field);
+  }
+  if (header.fields.empty() || header.fields.size() > kXbaseMaxFields) {
+    error = err::kInvalidBinaryFormat;
+    return false;
+  }
+  uint32_t recordSize = 1;
+  bool memo = false;
+  for (const XbaseField& field : header.fields) {
+    recordSize += field.length;
+    memo = memo || IsMemo(field);
+  }
+  uint32_t headerSize = kXbaseHeaderSize + kXbaseDescriptorSize * header.fields.size() + 1;
+  if (recordSize - 1 >= kMaxRecordSize || headerSize > 0xFFFF) {
+    error = err::kTooManyFields;
+    return false;
+  }
+  header.recordSize = static_cast<uint16_t>(recordSize);
+  header.headerSize = static_cast<uint16_t>(headerSize);
+  if (memo) {
+    switch (options.dialect) {
+      case XbaseDialect::kDbase3:
+      case XbaseDialect::kClipper:
+        header.version = 0x83;
+        break;
+      case XbaseDialect::kDbase4:
+        header.version = 0x8B;
+        break;
+      case XbaseDialect::kFoxPro:
+        header.version = 0xF5;
+        break;
+    }
+  }
+  Worksheet& data = *book.currentSheet;
+  std::vector<uint32_t> rows = RecordRows(book, data);
+  SafeFileWriter file;
+  if (!file.Open(path, false, error)) return false;
+  FileStream& out = file.stream();
+  WriteXbaseHeader(out, header);
+  XbaseWriter writer(book, data, options, fields);
+  std::string record;
+  record.reserve(recordSize);
+  for (size_t i = 0; i < rows.size(); ++i) {
+    if ((i & 0xFFF) == 0xFFF) {
+      ReportProgress(i, rows.size());
+      if (ProgressCancelled()) {
+        error = err::kNone;
+        return false;
+      }
+    }
+    if (!writer.Record(rows[i], record, error)) return false;
+    out.Write(record.data(), record.size());
+  }
+  uint8_t end = 0x1A;
+  out.Write(&end, 1);
+  if (!out.ok()) {
+    error = out.error();
+    return false;
+  }
+  std::string memoPath = XbaseMemoPath(path, options.dialect);
+  if (memo) {
+    SafeFileWriter memoFile;
+    const std::string& bytes = writer.memo().Finish();
+    if (!memoFile.Open(memoPath, false, error)) return false;
+    memoFile.stream().Write(bytes.data(), bytes.size());
+    // The memo file goes first: a table in place without its memos would point nowhere.
+    if (!memoFile.Commit(error)) return false;
+  }
+  if (!file.Commit(error)) return false;
+  // A memo file of an earlier export would be taken for this table's.
+  if (!memo && platform::FileExists(memoPath)) platform::DeleteFile(memoPath);
+  return true;
+}
+
+}  // namespace kelpdex
