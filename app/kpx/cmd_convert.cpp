@@ -164,8 +164,8 @@ int RunConvert(CommandContext& context) {
   // Reading a file another process has open is harmless; the copy is written elsewhere.
   if (!document.Open(in, true, from.kind)) return kExitFailure;
   if (std::optional<std::string> table = args.Value("table")) {
-    TableSpec spec;
-    if (!document.SelectTable(*table, spec)) return kExitFailure;
+    TableSpec selected;
+    if (!document.SelectTable(*table, selected)) return kExitFailure;
   }
   if (to->kind == DocumentKind::kNative) {
     // Without a form the copy keeps the one the document came in, and a foreign file becomes XML.

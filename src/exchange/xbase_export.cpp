@@ -208,9 +208,9 @@ bool BuildXbaseHeader(const Workbook& book, XbaseHeader& header, XbaseDialect di
     char name[16];
     std::snprintf(name, sizeof name, "field_%d", i + 1);
     field.name = name;
-    FieldSpec spec;
-    if (ReadField(table, i, spec) && !spec.name.empty()) field.name = spec.name.substr(0, 10);
-    switch (spec.type) {
+    FieldSpec fieldRow;
+    if (ReadField(table, i, fieldRow) && !fieldRow.name.empty()) field.name = fieldRow.name.substr(0, 10);
+    switch (fieldRow.type) {
       case FieldType::kNumber:
         field.type = wideNumbers ? 'F' : 'N';
         field.length = wideNumbers ? 20 : 18;
