@@ -1,5 +1,7 @@
 #include "document/document_session.h"
 
+#include "exchange/import_table.h"
+
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_status.h"
@@ -50,21 +52,6 @@ const char* ExtensionOfKind(DocumentKind kind) {
 std::string WithExtension(const std::string& path, DocumentKind kind) {
   if (platform::FileNameOf(path).find('.') != std::string::npos) return path;
   return path + ExtensionOfKind(kind);
-}
-
-// The table made in an empty file takes the file's name, without the extension.
-std::string TableNameOfFile(const std::string& path) {
-  std::string name = platform::FileNameOf(path);
-  size_t dot = name.rfind('.');
-  if (dot != std::string::npos && dot > 0) name.resize(dot);
-  std::string clean;
-  for (char c : name) {
-    if (c != '\\') clean += c;
-  }
-  if (clean.size() > kTableNameMax) clean.resize(kTableNameMax);
-  // "system" names the folder of the catalogues; a table of that name would be hidden by it.
-  if (clean.empty() || text::EqualNoCase(clean, "system")) return "Table";
-  return clean;
 }
 
 }  // namespace
@@ -192,7 +179,7 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
     if (ok && kind == NativeFileKind::kEmpty) {
       // An empty file becomes a new database of that name. One that yielded a few bytes may be
       // a cut or foreign file: its bytes are kept until the user agrees to replace them.
-      ok = CreateTable(book_, TableNameOfFile(path));
+      ok = CreateTable(book_, ImportTableName(path));
       error = ok ? err::kNone : book_.errorCode;
       uint64_t size = 0;
       if (!platform::GetFileSize(path, size)) size = 1;

@@ -83,7 +83,11 @@ bool UndoStack::Refuse(UndoSlot& slot) {
 
 bool UndoStack::CopyRecordSet(UndoSlot& slot) {
   const RecordSet& set = book_.records;
-  if (set.allocated()) slot.rows.assign(set.rows(), set.rows() + set.count());
+  try {
+    if (set.allocated()) slot.rows.assign(set.rows(), set.rows() + set.count());
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   slot.recordCount = set.allocated() ? set.count() : 0;
   slot.recordsOrdered = set.ordered();
   slot.hasRecordCopy = true;
@@ -243,7 +247,7 @@ bool UndoStack::RecordColumn(const UndoContext& context, uint16_t column) {
         !CopyArea(*table.data, *slot->fieldSnapshot, column, column, 0, kLastRow, false)) {
       return Refuse(*slot);
     }
-    CopyRecordSet(*slot);
+    if (!CopyRecordSet(*slot)) return Refuse(*slot);
   } catch (const std::bad_alloc&) {
     return Refuse(*slot);
   }
@@ -263,7 +267,7 @@ bool UndoStack::RecordFieldChanged(const UndoContext& context, uint16_t column) 
                   false)) {
       return Refuse(*slot);
     }
-    CopyRecordSet(*slot);
+    if (!CopyRecordSet(*slot)) return Refuse(*slot);
   } catch (const std::bad_alloc&) {
     return Refuse(*slot);
   }
@@ -275,24 +279,14 @@ bool UndoStack::RecordFieldSwap(const UndoContext& context, uint16_t a, uint16_t
   if (slot == nullptr) return false;
   slot->fieldColumn = a;
   slot->fieldColumn2 = b;
-  try {
-    CopyRecordSet(*slot);
-  } catch (const std::bad_alloc&) {
-    return Refuse(*slot);
-  }
-  return true;
+  return CopyRecordSet(*slot) || Refuse(*slot);
 }
 
 bool UndoStack::RecordFieldInserted(const UndoContext& context, uint16_t column) {
   UndoSlot* slot = BeginSlot(context, undo_kind::kFieldPlace);
   if (slot == nullptr) return false;
   slot->fieldColumn = column;
-  try {
-    CopyRecordSet(*slot);
-  } catch (const std::bad_alloc&) {
-    return Refuse(*slot);
-  }
-  return true;
+  return CopyRecordSet(*slot) || Refuse(*slot);
 }
 
 bool UndoStack::RecordFieldDeleted(const UndoContext& context, uint16_t column) {
@@ -309,7 +303,7 @@ bool UndoStack::RecordFieldDeleted(const UndoContext& context, uint16_t column) 
         !CopyColumnOut(*table.data, column, *slot->fieldSnapshot)) {
       return Refuse(*slot);
     }
-    CopyRecordSet(*slot);
+    if (!CopyRecordSet(*slot)) return Refuse(*slot);
   } catch (const std::bad_alloc&) {
     return Refuse(*slot);
   }
@@ -320,12 +314,7 @@ bool UndoStack::RecordTableRenamed(const UndoContext& context, std::string_view 
   UndoSlot* slot = BeginSlot(context, undo_kind::kTableName);
   if (slot == nullptr) return false;
   std::memcpy(slot->tableName, oldName.data(), std::min(oldName.size(), kUndoNameSize - 1));
-  try {
-    CopyRecordSet(*slot);
-  } catch (const std::bad_alloc&) {
-    return Refuse(*slot);
-  }
-  return true;
+  return CopyRecordSet(*slot) || Refuse(*slot);
 }
 
 bool UndoStack::RecordTableAdded(const UndoContext& context, std::string_view name) {
@@ -368,7 +357,7 @@ bool UndoStack::RecordFieldList(const UndoContext& context) {
     if (!CopyArea(*table.catalogue, *slot->snapshot, 0, kLastColumn, 0, kLastRow, true)) {
       return Refuse(*slot);
     }
-    CopyRecordSet(*slot);
+    if (!CopyRecordSet(*slot)) return Refuse(*slot);
   } catch (const std::bad_alloc&) {
     return Refuse(*slot);
   }
