@@ -1,11 +1,11 @@
 #include "document/document_session.h"
 
-#include "exchange/import_table.h"
 
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_status.h"
 #include "document/exchange_files.h"
+#include "exchange/import_table.h"
 #include "document/protection_rules.h"
 #include "document/recent_files.h"
 #include "format/generic_date.h"

@@ -126,10 +126,9 @@ double BinomialCdf(double s, double n, double p, uint8_t& error) {
   return lower;
 }
 
-// fDist and fInv name the numerator's degrees of freedom first, yet their results are those of
-// the ratio with the two counts exchanged; the results are what formulas rely on, so they stand.
+// fDist and fInv take the numerator's degrees of freedom first, then the denominator's.
 FRatio RatioOf(const ScalarCall& call) {
-  return FRatio{call.number[2], call.number[1]};
+  return FRatio{call.number[1], call.number[2]};
 }
 
 }  // namespace

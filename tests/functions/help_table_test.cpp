@@ -43,11 +43,14 @@ const std::set<std::string_view> kClock = {"now", "today"};
 // confidence and zTest are off from the mathematical values by 5e-9 or so, tDist, tInv, fInv,
 // fTest and tTest from the ninth digit on. Their values here agree with scipy to 1e-12. Beyond
 // those, kurt's example dropped a digit (-0.15179963720842), countA's example calls count, and
-// the third value of trend's example reads 9.419354839... for 9.419354838...
+// the third value of trend's example reads 9.419354839... for 9.419354838... The fDist and fInv
+// examples hold only with the two degrees of freedom exchanged, against their own description
+// (the first is the numerator's): P(F < 15.20675) is 0.9973 for F(4, 6), not for F(6, 4).
 const std::set<std::string_view> kWrongExamples = {
     "=dateDiff(\"2005-01-01T18:15:10\", \"2005-01-04T12:10:00\") returns \"P2DT17H50M50S\"",
     "=confidence(0.05, 2.5, 50) returns 0.6929519802241",
     "=count({1, 3, \"abc\"}, {\"4.5\", 5.6,,}) returns 5",
+    "=fDist(15.20675, 6, 4) returns 0.99729988597273",
     "=fInv(0.99729988597273, 6, 4) returns 15.206750002102",
     "=fTest({6, 7, 9, 15, 21}, {20, 28, 31, 38, 40}) returns 0.67584107664634",
     "=kurt(3, 4, 5, 2, 3, 4, 5, 6, 4, 7) returns -0.1517993720842",

@@ -96,9 +96,9 @@ for _ in range(N):
     d1, d2 = float(rng.integers(2, 30)), math.floor(log_uniform(2, 1e4))
     if rng.uniform() < 0.5:
         d1, d2 = d2, d1
-    x = stats.f.ppf(probability(), d2, d1)
-    add(call("fDist", x, d1, d2), stats.f.cdf(x, d2, d1), DIST)
-    add_quantile(call("fInv", p, d1, d2), stats.f, p, d2, d1)
+    x = stats.f.ppf(probability(), d1, d2)
+    add(call("fDist", x, d1, d2), stats.f.cdf(x, d1, d2), DIST)
+    add_quantile(call("fInv", p, d1, d2), stats.f, p, d1, d2)
 
 for _ in range(N):
     n = float(rng.integers(0, 50)) if rng.uniform() < 0.5 else math.floor(log_uniform(1, 1e7))
