@@ -35,8 +35,9 @@ class UndoTest : public TableTest {
       ASSERT_EQ(CommitText(book, r, 0, std::string(names[r % 7]) + std::to_string(r % 13)),
                 EntryResult::kWritten);
       ASSERT_EQ(CommitText(book, r, 1, std::to_string((r * 37) % 101)), EntryResult::kWritten);
-      if (r % 3 == 0)
+      if (r % 3 == 0) {
         ASSERT_EQ(CommitText(book, r, 2, "note " + std::to_string(r)), EntryResult::kWritten);
+      }
     }
     ASSERT_TRUE(AddTable(book, "U"));
     ASSERT_TRUE(InsertField(book, 0, Field("Code", FieldType::kText)));
