@@ -136,7 +136,7 @@ bool XbaseWriter::Record(uint32_t row, std::string& out, ErrorCode& error) {
           text = CellText(cell);
         }
         size_t n = text.size() < field.length ? text.size() : field.length;
-        std::memcpy(at, text.data(), n);
+        if (n > 0) std::memcpy(at, text.data(), n);
         if (options_.oem) text::CharToOemInPlace(at, n);
         break;
       }
