@@ -46,8 +46,8 @@
 #include "table/records.h"
 #include "table/schema.h"
 #include "table/table_state.h"
-#include "undo/undo_stack.h"
 #include "text/code_page.h"
+#include "undo/undo_stack.h"
 
 extern char** environ;
 
@@ -76,12 +76,24 @@ constexpr NativeForm kForms[] = {
      "binary_protected.kpx", 2},
 };
 constexpr const char* kBenchPassword = "bench-password";
-constexpr const char* kOtherJobs[] = {
-    "build",        "scan",         "update_formulas",   "update_text",
-    "filter_eval",  "run_filters",  "run_filters_equal", "sort",
-    "duplicates",   "replace_all",  "display_text",      "update_normdist",
-    "export_text",  "import_text",  "export_xbase",      "import_xbase",
-    "undo_remove",  "undo_delete_table"};
+constexpr const char* kOtherJobs[] = {"build",
+                                      "scan",
+                                      "update_formulas",
+                                      "update_text",
+                                      "filter_eval",
+                                      "run_filters",
+                                      "run_filters_equal",
+                                      "sort",
+                                      "duplicates",
+                                      "replace_all",
+                                      "display_text",
+                                      "update_normdist",
+                                      "export_text",
+                                      "import_text",
+                                      "export_xbase",
+                                      "import_xbase",
+                                      "undo_remove",
+                                      "undo_delete_table"};
 
 struct Options {
   long records = 1000000;
@@ -486,16 +498,15 @@ void UpdateAll(Workbook& book, long records) {
   Report("update_formulas", records, seconds, 0);
 }
 
-// Update Formulas with a text formula, timed against the arithmetic one of update_formulas in the
-// same run: each is a calculated field added behind the eight, computed over every record and
-// deleted again. Three rounds of the pair; the best time of each formula counts, since other work
-// on the machine only ever adds time. "ratio" is text over arithmetic.
-void UpdateTextAgainstNumbers(Workbook& book, long records) {
+// Update Formulas with `formula`, timed against the arithmetic one of update_formulas in the same
+// run: each is a calculated field added behind the eight, computed over every record and deleted
+// again. Three rounds of the pair; the best time of each formula counts, since other work on the
+// machine only ever adds time. `check` looks at the last record's computed cell before the field
+// goes. "ratio" is the formula over the arithmetic.
+void UpdateAgainstNumbers(Workbook& book, long records, const char* op, const FieldSpec& formula,
+                          bool (*check)(CellStore& cells, uint32_t last, uint16_t at)) {
   const uint16_t at = kStandardFieldCount;
-  const FieldSpec formulas[2] = {
-      Field("Total", FieldType::kNumber, "F:=Salary*Quantity"),
-      Field("Code", FieldType::kText, "F:=upper(left(LastName, 3)) & \"-\" & Quantity"),
-  };
+  const FieldSpec formulas[2] = {Field("Total", FieldType::kNumber, "F:=Salary*Quantity"), formula};
   double best[2] = {1e300, 1e300};
   YesPrompter yes;
   Prompter* previous = SetActivePrompter(&yes);
@@ -507,16 +518,9 @@ void UpdateTextAgainstNumbers(Workbook& book, long records) {
       UpdateResult result = UpdateFormulas(book);
       best[k] = std::min(best[k], watch.Seconds());
       Check(result == UpdateResult::kUpdated, "Update Formulas");
-      CellStore& cells = book.FindTable(kTableName)->cells;
-      uint32_t last = static_cast<uint32_t>(records - 1);
-      const CellRecord* name = cells.GetCell(last, 1);
-      const CellRecord* code = cells.GetCell(last, at);
       if (k == 1) {
-        // The last record's code, against its own name.
-        Check(name != nullptr && code != nullptr && cell::IsAuto(code) && cell::IsText(code) &&
-                  cell::Text(code).size() > 4 &&
-                  cell::Text(code).substr(0, 3) == text::Upper(cell::Text(name).substr(0, 3)),
-              "the computed code");
+        Check(check(book.FindTable(kTableName)->cells, static_cast<uint32_t>(records - 1), at),
+              "the computed value");
       }
       Check(DeleteField(book, at), "deleting the calculated field");
     }
@@ -525,7 +529,25 @@ void UpdateTextAgainstNumbers(Workbook& book, long records) {
   char extra[96];
   std::snprintf(extra, sizeof extra, ", \"anchor_seconds\": %.6f, \"ratio\": %.3f", best[0],
                 best[1] / best[0]);
-  Report("update_text", records, best[1], 0, extra);
+  Report(op, records, best[1], 0, extra);
+}
+
+// The last record's code, against its own name.
+bool CodeOfName(CellStore& cells, uint32_t last, uint16_t at) {
+  const CellRecord* name = cells.GetCell(last, 1);
+  const CellRecord* code = cells.GetCell(last, at);
+  return name != nullptr && code != nullptr && cell::IsAuto(code) && cell::IsText(code) &&
+         cell::Text(code).size() > 4 &&
+         cell::Text(code).substr(0, 3) == text::Upper(cell::Text(name).substr(0, 3));
+}
+
+// The last record's probability, against the normal distribution of its own Salary.
+bool ShareOfSalary(CellStore& cells, uint32_t last, uint16_t at) {
+  const CellRecord* salary = cells.GetCell(last, 5);
+  const CellRecord* share = cells.GetCell(last, at);
+  if (salary == nullptr || share == nullptr || !cell::IsAuto(share)) return false;
+  double want = 0.5 * std::erfc(-(cell::Number(salary) / 100000 - 0.5) / 0.2 / std::sqrt(2.0));
+  return std::fabs(cell::Number(share) - want) <= 1e-12;
 }
 
 // Removing a tenth of the records, scattered over the sheet (the first ones by LastName), then its
@@ -575,48 +597,6 @@ void UndoDeleteTableJob(Workbook& book, long records) {
   Report("undo_delete_table", records, undoSeconds, 0, Extra("delete_seconds", deleteSeconds));
 }
 
-
-// Update Formulas with a distribution function, timed against the arithmetic formula in the same
-// run as update_text is; "ratio" is the distribution over the arithmetic.
-void UpdateNormDistAgainstNumbers(Workbook& book, long records) {
-  const uint16_t at = kStandardFieldCount;
-  const FieldSpec formulas[2] = {
-      Field("Total", FieldType::kNumber, "F:=Salary*Quantity"),
-      Field("Share", FieldType::kNumber, "F:=normDist(Salary/100000, 0.5, 0.2, TRUE)"),
-  };
-  double best[2] = {1e300, 1e300};
-  YesPrompter yes;
-  Prompter* previous = SetActivePrompter(&yes);
-  ResetPeak();
-  for (int round = 0; round < 3; ++round) {
-    for (int k = 0; k < 2; ++k) {
-      Check(InsertField(book, at, formulas[k]), "adding the calculated field");
-      Stopwatch watch;
-      UpdateResult result = UpdateFormulas(book);
-      best[k] = std::min(best[k], watch.Seconds());
-      Check(result == UpdateResult::kUpdated, "Update Formulas");
-      if (k == 1) {
-        // The last record's probability, against the normal distribution of its own Salary.
-        CellStore& cells = book.FindTable(kTableName)->cells;
-        uint32_t last = static_cast<uint32_t>(records - 1);
-        const CellRecord* salary = cells.GetCell(last, 5);
-        const CellRecord* share = cells.GetCell(last, at);
-        double want =
-            0.5 * std::erfc(-(cell::Number(salary) / 100000 - 0.5) / 0.2 / std::sqrt(2.0));
-        Check(salary != nullptr && share != nullptr && cell::IsAuto(share) &&
-                  std::fabs(cell::Number(share) - want) <= 1e-12,
-              "the computed probability");
-      }
-      Check(DeleteField(book, at), "deleting the calculated field");
-    }
-  }
-  SetActivePrompter(previous);
-  char extra[96];
-  std::snprintf(extra, sizeof extra, ", \"anchor_seconds\": %.6f, \"ratio\": %.3f", best[0],
-                best[1] / best[0]);
-  Report("update_normdist", records, best[1], 0, extra);
-}
-
 void RunJobs(const Options& options) {
   auto book = std::make_unique<Workbook>();
   long long heapBefore = HeapInUse();
@@ -662,8 +642,18 @@ void RunJobs(const Options& options) {
   if (Chosen(options, "duplicates")) DuplicatesJob(*book, options.records);
   if (Chosen(options, "display_text")) DisplayText(*book, options.records);
   // Takes its fields away again, so it goes before the job that leaves one.
-  if (Chosen(options, "update_text")) UpdateTextAgainstNumbers(*book, options.records);
-  if (Chosen(options, "update_normdist")) UpdateNormDistAgainstNumbers(*book, options.records);
+  if (Chosen(options, "update_text")) {
+    UpdateAgainstNumbers(
+        *book, options.records, "update_text",
+        Field("Code", FieldType::kText, "F:=upper(left(LastName, 3)) & \"-\" & Quantity"),
+        CodeOfName);
+  }
+  if (Chosen(options, "update_normdist")) {
+    UpdateAgainstNumbers(
+        *book, options.records, "update_normdist",
+        Field("Share", FieldType::kNumber, "F:=normDist(Salary/100000, 0.5, 0.2, TRUE)"),
+        ShareOfSalary);
+  }
   // Late, since they change the table.
   if (Chosen(options, "replace_all")) ReplaceAllJob(*book, options.records);
   if (Chosen(options, "update_formulas")) UpdateAll(*book, options.records);

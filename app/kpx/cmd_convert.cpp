@@ -49,26 +49,6 @@ FileKind KindOfPath(const std::string& path) {
   return FileKind{};
 }
 
-FileFilter FilterOfKind(DocumentKind kind) {
-  switch (kind) {
-    case DocumentKind::kText:
-      return FileFilter::kText;
-    case DocumentKind::kExcelXml:
-      return FileFilter::kExcelXml;
-    case DocumentKind::kDbase3:
-      return FileFilter::kDbase3;
-    case DocumentKind::kDbase4:
-      return FileFilter::kDbase4;
-    case DocumentKind::kFoxPro:
-      return FileFilter::kFoxPro;
-    case DocumentKind::kClipper:
-      return FileFilter::kClipper;
-    case DocumentKind::kNative:
-      break;
-  }
-  return FileFilter::kNative;
-}
-
 // The text options of the command line over `options`; false with `why` for a wrong value.
 bool ReadTextOptions(const Args& args, const std::string& path, TextFileOptions& options,
                      std::string& why) {
@@ -183,7 +163,7 @@ int RunConvert(CommandContext& context) {
   }
   // The options given apply to both files; only the separator a name implies differs.
   if (!ReadTextOptions(args, out, exchange.textOptions, why)) return UsageError(context, self, why);
-  document.prompter.saveChoice = SaveFileChoice{out, FilterOfKind(to->kind)};
+  document.prompter.saveChoice = SaveFileChoice{out, SaveFilterOfKind(to->kind)};
   return document.session.SaveDocumentAs() ? kExitSuccess : kExitFailure;
 }
 

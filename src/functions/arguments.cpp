@@ -133,15 +133,19 @@ void SetTextResult(FormulaEngine& engine, int slot, std::string_view text, uint8
   engine.Operand(slot) = FormulaValue::Empty(error != 0 ? error : ferr::kValue);
 }
 
+RangeCursor OperandCells(FormulaEngine& engine, const FormulaValue& v) {
+  bool isArray = v.kind == kind::kArray;
+  CellStore* cells =
+      isArray ? &engine.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
+  return RangeCursor(cells, isArray ? 0 : v.row1, v.row2, isArray ? 0 : v.column1, v.column2);
+}
+
 uint8_t ForEachCellOf(FormulaEngine& engine, int slot, void* context,
                       void (*visit)(void* context, const CellRecord* cell)) {
   FormulaValue& v = engine.Operand(slot);
   uint8_t error = v.errorCode;
   if (error == 0) {
-    bool isArray = v.kind == kind::kArray;
-    CellStore* cells =
-        isArray ? &engine.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
-    RangeCursor read(cells, isArray ? 0 : v.row1, v.row2, isArray ? 0 : v.column1, v.column2);
+    RangeCursor read = OperandCells(engine, v);
     while (const CellRecord* r = read.Next()) visit(context, r);
   }
   engine.Release(v);
@@ -155,12 +159,7 @@ uint8_t ForEachNumber(FormulaEngine& engine, int base, bool skipEmptyCells, void
     FormulaValue& v = engine.Operand(slot);
     if (v.kind == kind::kArray || v.kind == kind::kRangeReference) {
       error = LargerError(error, v.errorCode);
-      bool isArray = v.kind == kind::kArray;
-      CellStore* cells =
-          isArray ? &engine.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
-      uint32_t row1 = isArray ? 0 : v.row1, row2 = isArray ? v.row2 : v.row2;
-      uint16_t column1 = isArray ? 0 : v.column1, column2 = v.column2;
-      RangeCursor read(cells, row1, row2, column1, column2);
+      RangeCursor read = OperandCells(engine, v);
       while (CellRecord* r = read.Next()) {
         uint8_t nibble = cell::ErrorNibble(r);
         if (nibble != 0) {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "formula/formula_engine.h"
+#include "store/range_cursor.h"
 
 namespace kelpdex {
 
@@ -63,6 +64,10 @@ void SetNumberResult(FormulaEngine& engine, int slot, double value, uint8_t erro
 // error, or when the pool has no room for the text, the slot holds the error alone ("#VALUE!" for
 // the pool).
 void SetTextResult(FormulaEngine& engine, int slot, std::string_view text, uint8_t error);
+
+// The cells of an array or range operand: an array lives in the engine's top array from row and
+// column 0, a range in its sheet; a range whose sheet is gone has none.
+RangeCursor OperandCells(FormulaEngine& engine, const FormulaValue& v);
 
 // Visits the cells that exist in an array or range argument in row-major order, then releases the
 // argument. Returns the slot's own error (no cell is visited then) or 0.

@@ -228,9 +228,7 @@ void CountA(FormulaEngine& e) {
   for (int slot = e.depth() - 1; slot >= base; --slot) {
     FormulaValue& v = e.Operand(slot);
     if (v.kind == kind::kArray || v.kind == kind::kRangeReference) {
-      bool isArray = v.kind == kind::kArray;
-      CellStore* cells = isArray ? &e.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
-      RangeCursor read(cells, isArray ? 0 : v.row1, v.row2, isArray ? 0 : v.column1, v.column2);
+      RangeCursor read = OperandCells(e, v);
       while (CellRecord* r = read.Next()) {
         count += !(cell::IsText(r) && cell::Text(r).empty() && cell::ErrorNibble(r) == 0);
       }

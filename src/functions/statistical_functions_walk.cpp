@@ -33,9 +33,7 @@ uint8_t WalkValues(FormulaEngine& e, int first, int last, Take take, void* conte
     FormulaValue& v = e.Operand(slot);
     if (v.kind == kind::kArray || v.kind == kind::kRangeReference) {
       error = LargerError(error, v.errorCode);
-      bool isArray = v.kind == kind::kArray;
-      CellStore* cells = isArray ? &e.TopArray() : (v.sheet != nullptr ? &v.sheet->cells : nullptr);
-      RangeCursor read(cells, isArray ? 0 : v.row1, v.row2, isArray ? 0 : v.column1, v.column2);
+      RangeCursor read = OperandCells(e, v);
       while (CellRecord* r = read.Next()) {
         uint8_t nibble = cell::ErrorNibble(r);
         if (nibble != 0) {

@@ -169,24 +169,53 @@ void EachRun(const RowBlock* head, Visit visit) {
 
 // Records leave in blocks filled as far as they go, whatever the blocks in memory hold after
 // splits and edits: the same document always gives the same bytes, and no half-empty block
-// reaches the file. The first walk counts the blocks, which come first in the file.
+// reaches the file. The sizes come first, since the file gives the block count ahead of them.
 template <typename Each>
-void WritePacked(Out& out, uint32_t capacity, Each each) {
-  uint32_t blocks = 0;
+std::vector<uint16_t> PackedSizes(uint32_t capacity, Each each) {
+  std::vector<uint16_t> sizes;
   uint32_t fill = 0;
   each([&](const uint8_t*, uint32_t size) {
     if (fill + size > capacity) {
-      ++blocks;
+      sizes.push_back(static_cast<uint16_t>(fill));
       fill = 0;
     }
     fill += size;
   });
-  out.U32(blocks + (fill > 0 ? 1 : 0));
-  std::vector<uint8_t> block(capacity);
-  fill = 0;
+  if (fill > 0) sizes.push_back(static_cast<uint16_t>(fill));
+  return sizes;
+}
+
+// A chain's records as they lie: one stream of bytes across its blocks, cut by `sizes` at record
+// boundaries, so the bytes go out in pieces without being copied.
+void WriteChainPacked(Out& out, const RowBlock* head, const std::vector<uint16_t>& sizes) {
+  out.U32(static_cast<uint32_t>(sizes.size()));
+  const RowBlock* b = head;
+  uint32_t offset = 0;
+  for (uint16_t size : sizes) {
+    out.U16(size);
+    for (uint32_t left = size; left > 0;) {
+      while (offset >= b->used) {
+        b = b->next;
+        offset = 0;
+      }
+      uint32_t piece = std::min<uint32_t>(left, b->used - offset);
+      out.Bytes(b->data + offset, piece);
+      offset += piece;
+      left -= piece;
+    }
+  }
+}
+
+// Records made on the way (a read-only copy's) are gathered into each block first.
+template <typename Each>
+void WriteMadePacked(Out& out, const std::vector<uint16_t>& sizes, Each each) {
+  out.U32(static_cast<uint32_t>(sizes.size()));
+  std::vector<uint8_t> block(kBlockPayload);
+  size_t next = 0;
+  uint32_t fill = 0;
   each([&](const uint8_t* r, uint32_t size) {
-    if (fill + size > capacity) {
-      out.U16(static_cast<uint16_t>(fill));
+    if (fill + size > sizes[next]) {
+      out.U16(sizes[next++]);
       out.Bytes(block.data(), fill);
       fill = 0;
     }
@@ -203,12 +232,19 @@ void WriteWorksheet(Out& out, const Worksheet& sheet, bool readOnlyCopy) {
   WriteContainers(out, sheet);
   WriteColumnRuns(out, sheet.formats);
   WriteRowRuns(out, sheet.formats);
-  WritePacked(out, FormatStore::kRunCapacity,
-              [&](auto visit) { EachRun(sheet.formats.head(), visit); });
+  WriteChainPacked(out, sheet.formats.head(),
+                   PackedSizes(FormatStore::kRunCapacity,
+                               [&](auto visit) { EachRun(sheet.formats.head(), visit); }));
   std::vector<uint8_t> scratch(readOnlyCopy ? kBlockPayload : 0);
-  WritePacked(out, kBlockPayload, [&](auto visit) {
+  auto cells = [&](auto visit) {
     EachCell(sheet.cells.head(), readOnlyCopy, scratch.data(), visit);
-  });
+  };
+  std::vector<uint16_t> sizes = PackedSizes(kBlockPayload, cells);
+  if (readOnlyCopy) {
+    WriteMadePacked(out, sizes, cells);
+  } else {
+    WriteChainPacked(out, sheet.cells.head(), sizes);
+  }
   out.Bytes(sheet.pageSettings.data(), sheet.pageSettings.size());
   out.Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
 }

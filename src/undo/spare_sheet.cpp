@@ -155,12 +155,7 @@ bool PutRowsBack(Worksheet& sheet, Worksheet& spare, const std::vector<uint32_t>
 }
 
 bool CopyColumnOut(const Worksheet& sheet, uint16_t column, Worksheet& spare) {
-  CellStore& cells = const_cast<CellStore&>(sheet.cells);
-  if (!cells.CopyRange(column, column, 0, kLastRow, spare.cells) ||
-      !CopyRuns(sheet.formats, spare.formats, column, column, 0, kLastRow)) {
-    return false;
-  }
-  spare.formats.Column(column) = sheet.formats.Column(column);
+  if (!CopyArea(sheet, spare, column, column, 0, kLastRow, true)) return false;
   for (const SheetObject& object : sheet.objects) {
     if (object.column == column) spare.objects.push_back(object);
   }

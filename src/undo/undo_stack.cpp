@@ -233,29 +233,7 @@ bool UndoStack::RecordRowsInserted(const UndoContext& context, const uint32_t* r
   return true;
 }
 
-bool UndoStack::RecordColumn(const UndoContext& context, uint16_t column) {
-  UndoSlot* slot = BeginSlot(context, undo_kind::kFieldColumn);
-  if (slot == nullptr) return false;
-  TableSpec table;
-  CurrentTable(book_, table);
-  try {
-    slot->fieldColumn = column;
-    slot->fieldBuffer = NewSpareSheet(*table.catalogue);
-    slot->fieldSnapshot = NewSpareSheet(*table.data);
-    if (!CopyArea(*table.catalogue, *slot->fieldBuffer, 0, kLastColumn, column + 1u, column + 1u,
-                  false) ||
-        !CopyArea(*table.data, *slot->fieldSnapshot, column, column, 0, kLastRow, false)) {
-      return Refuse(*slot);
-    }
-    if (!CopyRecordSet(*slot)) return Refuse(*slot);
-  } catch (const std::bad_alloc&) {
-    return Refuse(*slot);
-  }
-  return true;
-}
-
-bool UndoStack::RecordFieldChanged(const UndoContext& context, uint16_t column) {
-  // A change without conversion rewrites the catalogue row alone.
+bool UndoStack::RecordFieldRow(const UndoContext& context, uint16_t column, bool withCells) {
   UndoSlot* slot = BeginSlot(context, undo_kind::kFieldColumn);
   if (slot == nullptr) return false;
   TableSpec table;
@@ -267,11 +245,25 @@ bool UndoStack::RecordFieldChanged(const UndoContext& context, uint16_t column) 
                   false)) {
       return Refuse(*slot);
     }
-    if (!CopyRecordSet(*slot)) return Refuse(*slot);
+    if (withCells) {
+      slot->fieldSnapshot = NewSpareSheet(*table.data);
+      if (!CopyArea(*table.data, *slot->fieldSnapshot, column, column, 0, kLastRow, false)) {
+        return Refuse(*slot);
+      }
+    }
   } catch (const std::bad_alloc&) {
     return Refuse(*slot);
   }
-  return true;
+  return CopyRecordSet(*slot) || Refuse(*slot);
+}
+
+bool UndoStack::RecordColumn(const UndoContext& context, uint16_t column) {
+  return RecordFieldRow(context, column, true);
+}
+
+bool UndoStack::RecordFieldChanged(const UndoContext& context, uint16_t column) {
+  // A change without conversion rewrites the catalogue row alone.
+  return RecordFieldRow(context, column, false);
 }
 
 bool UndoStack::RecordFieldSwap(const UndoContext& context, uint16_t a, uint16_t b) {

@@ -73,6 +73,8 @@ class UndoStack : public UndoRecorder {
   // A snapshot that could not be made: the slot goes empty and the command does not run.
   bool Refuse(UndoSlot& slot);
   bool CopyRecordSet(UndoSlot& slot);
+  // Kind 7: the field's catalogue row, and with `withCells` its column's cells.
+  bool RecordFieldRow(const UndoContext& context, uint16_t column, bool withCells);
   UndoOutcome Step(int32_t slot, int32_t delta);
 
   // The appliers, one per kind; the table of the slot is current.
