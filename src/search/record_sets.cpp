@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "search/duplicate_groups.h"
 #include "search/run_filters.h"
 #include "search/search_keys.h"
 #include "search/sort_rows.h"
@@ -43,6 +44,7 @@ void DuplicateRows(Worksheet& sheet, const std::vector<uint16_t>& fields, uint32
     keys.fields[keys.count] = fields[k];
     keys.flags[keys.count++] = true;
   }
+  if (GroupDuplicates(sheet, keys, rows, rowCount, count)) return;
   // The sort's row index serves the comparison of neighbours below.
   SortRows(sheet, keys, rows, rowCount, true);
   std::unique_ptr<uint32_t[]> groups(new (std::nothrow) uint32_t[rowCount]);

@@ -19,36 +19,6 @@ namespace {
 
 uint32_t entryLimit = UINT32_MAX;
 
-// A cell as the comparison reads it.
-struct SortValue {
-  enum Kind : uint8_t { kEmpty, kNumber, kText, kError } kind = kEmpty;
-  uint8_t error = 0;
-  double number = 0;
-  std::string_view text;
-};
-
-SortValue Read(const CellRecord* r) {
-  SortValue v;
-  if (r == nullptr) return v;
-  if (uint8_t error = cell::ErrorNibble(r); error != 0) {
-    v.kind = SortValue::kError;
-    v.error = error;
-  } else if (cell::IsText(r)) {
-    v.kind = SortValue::kText;
-    v.text = cell::Text(r);
-  } else if (cell::IsNumber(r)) {
-    v.kind = SortValue::kNumber;
-    v.number = cell::Number(r);
-  } else if (cell::FormulaFlags(r) & cell::kCachedString) {
-    v.kind = SortValue::kText;
-    v.text = cell::CachedString(r);
-  } else {
-    v.kind = SortValue::kNumber;
-    v.number = cell::CachedNumber(r);
-  }
-  return v;
-}
-
 // A text compared with a number reads as one, or else counts as empty.
 void ReadAsNumber(SortValue& v) {
   double x = 0;
@@ -71,7 +41,7 @@ int CompareTexts(std::string_view a, std::string_view b) {
 }
 
 int CompareKey(const CellRecord* left, const CellRecord* right, bool natural) {
-  SortValue a = Read(left), b = Read(right);
+  SortValue a = ReadSortValue(left), b = ReadSortValue(right);
   int order = 0;
   if (a.kind == SortValue::kError || b.kind == SortValue::kError) {
     if (a.kind != SortValue::kError) {
@@ -119,8 +89,13 @@ class Entries {
   bool ok() const { return slots_ != nullptr; }
   const CellRecord* const* Cells(int64_t i) const { return &At(i)[1].cell; }
   uint32_t Row(int64_t i) const { return At(i)[0].row; }
-  // Asks the memory for the first key cell of an entry some way ahead of a scan.
-  void Prefetch(int64_t i) const { __builtin_prefetch(At(i)[1].cell); }
+  // Asks the memory for the key cells of an entry some way ahead of a scan. Past the first few
+  // keys a comparison seldom gets that far.
+  void Prefetch(int64_t i) const {
+    const Slot* entry = At(i);
+    size_t last = stride_ < 4 ? stride_ : 4;
+    for (size_t k = 1; k < last; ++k) __builtin_prefetch(entry[k].cell);
+  }
   bool AnyCell(int64_t i) const {
     for (size_t k = 1; k < stride_; ++k) {
       if (At(i)[k].cell != nullptr) return true;

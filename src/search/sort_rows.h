@@ -3,12 +3,43 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "store/catalogue.h"
 #include "store/cell_record.h"
 #include "store/record_set.h"
 
 namespace kelpdex {
+
+// A cell as the comparison reads it: a formula by its cached value.
+struct SortValue {
+  enum Kind : uint8_t { kEmpty, kNumber, kText, kError } kind = kEmpty;
+  uint8_t error = 0;
+  double number = 0;
+  std::string_view text;
+};
+
+inline SortValue ReadSortValue(const CellRecord* r) {
+  SortValue v;
+  if (r == nullptr) return v;
+  if (uint8_t error = cell::ErrorNibble(r); error != 0) {
+    v.kind = SortValue::kError;
+    v.error = error;
+  } else if (cell::IsText(r)) {
+    v.kind = SortValue::kText;
+    v.text = cell::Text(r);
+  } else if (cell::IsNumber(r)) {
+    v.kind = SortValue::kNumber;
+    v.number = cell::Number(r);
+  } else if (cell::FormulaFlags(r) & cell::kCachedString) {
+    v.kind = SortValue::kText;
+    v.text = cell::CachedString(r);
+  } else {
+    v.kind = SortValue::kNumber;
+    v.number = cell::CachedNumber(r);
+  }
+  return v;
+}
 
 // Positions 1 to 99 make keys; a definition holds at most this many.
 constexpr uint16_t kMaxSortKeys = 100;
