@@ -4,6 +4,8 @@
 #include <cmath>
 #include <memory>
 #include <new>
+#include <system_error>
+#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -32,7 +34,11 @@ void ReadAsNumber(SortValue& v) {
 
 int CompareTexts(std::string_view a, std::string_view b) {
   size_t n = a.size() < b.size() ? a.size() : b.size();
-  for (size_t i = 0; i < n; ++i) {
+  // Bytes that are the same are the same in upper case too, so the table is consulted only from
+  // the first byte that differs; equal names, the common case deep in a sort, never touch it.
+  size_t i = 0;
+  while (i < n && a[i] == b[i]) ++i;
+  for (; i < n; ++i) {
     uint8_t x = text::CharUpper(static_cast<uint8_t>(a[i]));
     uint8_t y = text::CharUpper(static_cast<uint8_t>(b[i]));
     if (x != y) return x < y ? -1 : 1;
@@ -119,68 +125,112 @@ class Entries {
   std::unique_ptr<Slot[]> slots_;
 };
 
-// The quicksort over the entries 0..count), kept in memory (Entries) or looked up (LookedUp).
+// The pivot: the row nearest the middle, looking down then up, that has a key cell.
 template <typename Records>
-void SortEntries(Records& entries, const SortKeys& keys, uint32_t count) {
+int64_t MiddlePivot(Records& entries, int64_t low, int64_t high) {
+  int64_t middle = (low + high) / 2;
+  for (int64_t down = middle, up = middle; down >= low || up <= high; --down, ++up) {
+    if (down >= low && entries.AnyCell(down)) return down;
+    if (up <= high && entries.AnyCell(up)) return up;
+  }
+  return middle;
+}
+
+// One partition step of the quicksort over entries [low, high]: afterwards [low, j] holds no
+// entry above the pivot and [i, high] none below it.
+template <typename Records>
+void Partition(Records& entries, const SortKeys& keys, int64_t low, int64_t high, int64_t chosen,
+               int64_t& i, int64_t& j) {
+  // How far ahead of a scan its cells are asked for: enough to cover a memory latency.
+  constexpr int64_t kAhead = 32;
+  const CellRecord* pivot[kMaxSortKeys];
+  const CellRecord* const* chosenCells = entries.Cells(chosen);
+  std::copy(chosenCells, chosenCells + keys.count, pivot);
+  i = low;
+  j = high;
+  while (i <= j) {
+    // Every entry a scan visits asks for the cells of the one kAhead further on, so that the
+    // comparison seldom waits for memory.
+    for (;; ++i) {
+      if constexpr (std::is_same_v<Records, Entries>) {
+        if (i + kAhead <= high) entries.Prefetch(i + kAhead);
+      }
+      if (CompareRows(entries.Cells(i), pivot, keys.count, keys.flags) >= 0) break;
+    }
+    for (;; --j) {
+      if constexpr (std::is_same_v<Records, Entries>) {
+        if (j - kAhead >= low) entries.Prefetch(j - kAhead);
+      }
+      if (CompareRows(pivot, entries.Cells(j), keys.count, keys.flags) >= 0) break;
+    }
+    if (i <= j) {
+      entries.Swap(i, j);
+      ++i;
+      --j;
+    }
+  }
+}
+
+// The quicksort over the entries [first, last], kept in memory (Entries) or looked up
+// (LookedUp).
+template <typename Records>
+void SortEntries(Records& entries, const SortKeys& keys, int64_t first, int64_t last) {
   struct Range {
     int64_t low, high;
   };
   constexpr int kStackRoom = 100;
-  // How far ahead of a scan its cells are asked for: enough to cover a memory latency.
-  constexpr int64_t kAhead = 32;
   Range stack[kStackRoom];
   int depth = 0;
-  stack[depth++] = {0, static_cast<int64_t>(count) - 1};
-  const CellRecord* pivot[kMaxSortKeys];
+  stack[depth++] = {first, last};
   while (depth > 0) {
     Range range = stack[--depth];
     while (range.low < range.high) {
-      int64_t low = range.low, high = range.high;
-      // The pivot: the row nearest the middle, looking down then up, that has a key cell.
-      int64_t middle = (low + high) / 2, chosen = middle;
-      for (int64_t down = middle, up = middle; down >= low || up <= high; --down, ++up) {
-        if (down >= low && entries.AnyCell(down)) {
-          chosen = down;
-          break;
-        }
-        if (up <= high && entries.AnyCell(up)) {
-          chosen = up;
-          break;
-        }
-      }
-      const CellRecord* const* chosenCells = entries.Cells(chosen);
-      std::copy(chosenCells, chosenCells + keys.count, pivot);
-      int64_t i = low, j = high;
-      while (i <= j) {
-        // Every entry a scan visits asks for the cell of the one kAhead further on, so that the
-        // comparison seldom waits for memory.
-        for (;; ++i) {
-          if constexpr (std::is_same_v<Records, Entries>) {
-            if (i + kAhead <= high) entries.Prefetch(i + kAhead);
-          }
-          if (CompareRows(entries.Cells(i), pivot, keys.count, keys.flags) >= 0) break;
-        }
-        for (;; --j) {
-          if constexpr (std::is_same_v<Records, Entries>) {
-            if (j - kAhead >= low) entries.Prefetch(j - kAhead);
-          }
-          if (CompareRows(pivot, entries.Cells(j), keys.count, keys.flags) >= 0) break;
-        }
-        if (i <= j) {
-          entries.Swap(i, j);
-          ++i;
-          --j;
-        }
-      }
+      int64_t i = 0, j = 0;
+      Partition(entries, keys, range.low, range.high, MiddlePivot(entries, range.low, range.high),
+                i, j);
       // The larger part waits on the stack, the smaller goes on, so the stack stays shallow.
-      Range left{low, j}, right{i, high};
-      bool leftLarger = j - low > high - i;
+      Range left{range.low, j}, right{i, range.high};
+      bool leftLarger = j - range.low > range.high - i;
       Range larger = leftLarger ? left : right;
       Range smaller = leftLarger ? right : left;
       if (larger.high > larger.low && depth < kStackRoom) stack[depth++] = larger;
       range = smaller;
     }
   }
+}
+
+// The pivot of the split: the median of a sample spread over the entries, so that the two
+// threads get about the same share whatever order the records came in.
+int64_t SamplePivot(Entries& entries, const SortKeys& keys, int64_t last) {
+  constexpr int64_t kSample = 63;
+  int64_t sample[kSample];
+  for (int64_t s = 0; s < kSample; ++s) sample[s] = last * (2 * s + 1) / (2 * kSample);
+  std::sort(sample, sample + kSample, [&](int64_t a, int64_t b) {
+    return CompareRows(entries.Cells(a), entries.Cells(b), keys.count, keys.flags) < 0;
+  });
+  return sample[kSample / 2];
+}
+
+// A large sort in memory splits once and sorts the two parts on two threads: the comparisons
+// mostly wait for memory, and two cores wait for twice as many cells at a time. The parts share
+// no entry, so the order is the one a single thread would reach.
+void SortEntriesInParallel(Entries& entries, const SortKeys& keys, uint32_t count) {
+  constexpr uint32_t kParallelFrom = 65536;
+  int64_t last = static_cast<int64_t>(count) - 1;
+  if (count < kParallelFrom || std::thread::hardware_concurrency() < 2) {
+    SortEntries(entries, keys, 0, last);
+    return;
+  }
+  int64_t i = 0, j = 0;
+  Partition(entries, keys, 0, last, SamplePivot(entries, keys, last), i, j);
+  std::thread helper;
+  try {
+    helper = std::thread([&] { SortEntries(entries, keys, 0, j); });
+  } catch (const std::system_error&) {
+    SortEntries(entries, keys, 0, j);  // no thread to be had: the same work on this one
+  }
+  SortEntries(entries, keys, i, last);
+  if (helper.joinable()) helper.join();
 }
 
 // Without memory for the entries: the same quicksort over the rows themselves, each comparison
@@ -257,11 +307,11 @@ void SortRows(Worksheet& sheet, const SortKeys& keys, uint32_t* rows, uint32_t c
   if (count > 10) sheet.cells.BuildRowIndex(0, highest);
   Entries entries(sheet, keys, rows, count);
   if (entries.ok()) {
-    SortEntries(entries, keys, count);
+    SortEntriesInParallel(entries, keys, count);
     for (uint32_t p = 0; p < count; ++p) rows[p] = entries.Row(p);
   } else {
     LookedUp lookedUp(sheet, keys, rows);
-    SortEntries(lookedUp, keys, count);
+    SortEntries(lookedUp, keys, 0, static_cast<int64_t>(count) - 1);
   }
   if (!keepRowIndex) sheet.cells.InvalidateRowIndex();
 }
