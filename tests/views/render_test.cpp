@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QImage>
 #include <QPixmap>
+#include <QScrollBar>
 #include <QToolBar>
 
 #include "frame_fixture.h"
@@ -69,6 +70,10 @@ TEST_F(Render, MainWindowWithASampleTable) {
       grid().columns().spans[2].left + grid().columns().spans[2].width - 6, kNameRowHeight + 4);
   EXPECT_NE(filterCell, plainFilter);
   EXPECT_FALSE(window.isNull());
+  // The scroll bars tell the same place as the grid.
+  EXPECT_EQ(grid().verticalScrollBar()->value(), static_cast<int>(grid().topPosition()));
+  EXPECT_EQ(grid().horizontalScrollBar()->value(), 1);
+  EXPECT_EQ(grid().horizontalScrollBar()->minimum(), 1);
 
   // The same document with a table of no fields.
   ASSERT_TRUE(CreateTable(book, "Bare"));
