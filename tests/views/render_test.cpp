@@ -1,15 +1,20 @@
 // Renders the main window with a sample table to PNG files for a person to look at: filters in
 // the header, a selection, a frozen field, a link, a styled field and an empty table.
 #include <QDir>
+#include <QFile>
 #include <QImage>
+#include <QLabel>
 #include <QPixmap>
 #include <QScrollBar>
+#include <QStatusBar>
+#include <QTabBar>
 #include <QToolBar>
 
 #include "frame_fixture.h"
 #include "search/search_keys.h"
 #include "store/column_style.h"
 #include "store/style_table.h"
+#include "support/temp_dir.h"
 
 namespace kelpdex::views {
 namespace {
@@ -81,6 +86,23 @@ TEST_F(Render, MainWindowWithASampleTable) {
   frame->SelectTable(1);
   Save(*frame, "no_fields.png");
   EXPECT_EQ(grid().fieldCount(), 0);
+}
+
+// The sample database as a user first sees it, opened through the lifecycle like a file named on
+// the command line.
+TEST_F(Render, TheSampleDatabase) {
+  kelpdex::testing::TempDir dir;
+  QFile::copy(KELPDEX_SAMPLES_DIR "/contacts.kpx",
+              QString::fromStdString(dir.Path("contacts.kpx")));
+  ASSERT_TRUE(frame->session().OpenFromCommandLine(dir.Path("contacts.kpx")));
+  EXPECT_EQ(frame->windowTitle(), "contacts.kpx - Kelpdex");
+  EXPECT_EQ(frame->tabStrip()->count(), 2);
+  frame->SelectTable(0);
+  EXPECT_EQ(grid().fieldCount(), 7);
+  EXPECT_EQ(book.records.count(), 8u);
+  EXPECT_FALSE(frame->statusBar()->findChild<QLabel*>("FormatPane")->text().isEmpty());
+  grid().MoveTo(1, 2);
+  Save(*frame, "sample_contacts.png");
 }
 
 }  // namespace

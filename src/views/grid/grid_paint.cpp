@@ -174,6 +174,8 @@ void GridView::PaintRows(QPainter& painter, const QRect& client) {
     QRect number(0, top, kRowHeaderWidth - 1, height);
     bool inRows = p >= selection_.firstPosition && p <= selection_.lastPosition;
     painter.fillRect(number, inRows ? QColor(214, 222, 236) : kHeaderFill);
+    // A cell's font (a link's underline) must not carry over to the record numbers.
+    painter.setFont(font());
     painter.setPen(QColor(90, 90, 90));
     // Rows past the last record are empty places that take new records; the first shows "*".
     QString label = p < count    ? QString::number(p + 1)
