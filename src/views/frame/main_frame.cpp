@@ -93,7 +93,8 @@ MainFrame::~MainFrame() {
 }
 
 bool MainFrame::Dispatch(int id) {
-  if (busy_) return false;
+  // Long work lets events through to repaint and to reach Cancel; no command may start then.
+  if (busy_ || progress_->active()) return false;
   busy_ = true;
   bool ran = DispatchCommand(*this, static_cast<uint16_t>(id));
   busy_ = false;
