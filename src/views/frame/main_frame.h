@@ -1,0 +1,139 @@
+// The main frame: the single top-level window. It holds no document data; it shows the one
+// document through the grid, keeps the menus, bars and status in step with it (UpdateUi), and
+// routes every command id through the one dispatch.
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+#include <map>
+#include <memory>
+
+#include "core/session_settings.h"
+#include "document/document_session.h"
+#include "store/workbook.h"
+#include "undo/undo_stack.h"
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QSpinBox;
+class QTabBar;
+class QTimer;
+class QToolBar;
+
+namespace kelpdex::views {
+
+class GridView;
+class QtPrompter;
+class StatusProgress;
+
+class MainFrame : public QMainWindow, public DocumentView {
+  Q_OBJECT
+
+ public:
+  MainFrame(Workbook& book, SessionSettings& settings, QWidget* parent = nullptr);
+  ~MainFrame() override;
+
+  Workbook& book() { return book_; }
+  DocumentSession& session() { return *session_; }
+  SessionSettings& settings() { return settings_; }
+  UndoStack& undo() { return *undo_; }
+  GridView& grid() { return *grid_; }
+  QtPrompter& prompter() { return *prompter_; }
+  StatusProgress& progress() { return *progress_; }
+  bool HasDocument() const { return book_.firstNode != nullptr; }
+
+  // Routes a command id to the handler of its family. False when the id is unknown, disabled,
+  // or the frame is busy with long work.
+  bool Dispatch(int id);
+  // Sets enabled and checked states, the record box and the found count from the document.
+  void UpdateUi();
+  // The one refresh of everything that depends on the current table; `full` refills the tab
+  // strip and the table list too.
+  void RebuildForTable(bool full);
+  // Makes table `index` current, keeping the view's state in the table it leaves.
+  void SelectTable(int index);
+  bool IsEnabled(int id);
+  // The current table's fields and record set made again, its filters and sort applied; a
+  // failure is shown.
+  bool SearchCurrentTable();
+
+  // The find bar's texts and options.
+  void ShowFindBar();
+  QString FindText() const;
+  QString ReplaceText() const;
+  bool MatchCase() const;
+  bool WholeCells() const;
+  void RememberFindTexts();
+  void FocusRecordBox();
+  // The record bar's amount for Insert and Remove.
+  int RecordAmount() const;
+  QAction* ActionOf(int id) const;
+  QToolBar* findBar() const { return findBar_; }
+  QLineEdit* recordBox() const { return recordBox_; }
+  QTabBar* tabStrip() const { return tabs_; }
+  QLabel* foundPane() const { return foundPane_; }
+
+  // DocumentView.
+  void TitleChanged(const std::string& title) override;
+  void StatusChanged(const std::string& status) override;
+  void DocumentShown() override;
+  void DocumentCleared() override;
+  void RecentFilesChanged() override;
+
+  // The window's rectangle and show state, and the bars, into the settings (at close).
+  void StoreWindowState();
+  void RestoreWindowState();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void BuildActions();
+  void BuildMenus();
+  void BuildBars();
+  void BuildStatusBar();
+  void FillSearchKeys();
+  void OnRecordBoxEntered();
+  void OnSearchKeyChosen(int index);
+  void OnTimer();
+  void ScheduleIdle();
+
+  Workbook& book_;
+  SessionSettings& settings_;
+  std::unique_ptr<DocumentSession> session_;
+  std::unique_ptr<UndoStack> undo_;
+  std::unique_ptr<QtPrompter> prompter_;
+  std::unique_ptr<StatusProgress> progress_;
+  GridView* grid_ = nullptr;
+  QTabBar* tabs_ = nullptr;
+  std::map<int, QAction*> actions_;
+  QMenu* recentMenu_ = nullptr;
+  QToolBar* mainBar_ = nullptr;
+  QToolBar* recordBar_ = nullptr;
+  QToolBar* findBar_ = nullptr;
+  QComboBox* tableCombo_ = nullptr;
+  QLineEdit* recordBox_ = nullptr;
+  QSpinBox* amount_ = nullptr;
+  QComboBox* keyCombo_ = nullptr;
+  QComboBox* findCombo_ = nullptr;
+  QComboBox* replaceCombo_ = nullptr;
+  QCheckBox* matchCase_ = nullptr;
+  QCheckBox* wholeCells_ = nullptr;
+  QLabel* promptPane_ = nullptr;
+  QLabel* formatPane_ = nullptr;
+  QLabel* foundPane_ = nullptr;
+  QLabel* zoomPane_ = nullptr;
+  QTimer* idle_ = nullptr;
+  QTimer* autoSave_ = nullptr;
+  double minutesIdle_ = 0;
+  double minutesSinceSave_ = 0;
+  bool busy_ = false;
+  bool rebuilding_ = false;
+};
+
+}  // namespace kelpdex::views

@@ -1,0 +1,209 @@
+#include "views/frame/qt_prompter.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include "core/reporting.h"
+#include "core/strings.h"
+#include "text/utf8.h"
+
+namespace kelpdex::views {
+
+namespace {
+
+QString Utf8(std::string_view codePage) {
+  return QString::fromUtf8(text::Cp1252ToUtf8(codePage));
+}
+
+const char* const kFilters[] = {
+    "Kelpdex (*.kpx)",        "Kelpdex (*.kpx)",   "Text files (*.txt *.csv *.tsv)",
+    "Excel 2003 XML (*.xml)", "dBase III (*.dbf)", "dBase IV (*.dbf)",
+    "FoxPro (*.dbf)",         "Clipper (*.dbf)",
+};
+
+}  // namespace
+
+QString FileDialogFilters() {
+  QStringList list;
+  // The first two entries both mean the native form; the dialog shows it once.
+  for (size_t i = 1; i < std::size(kFilters); ++i) list << kFilters[i];
+  list << "All files (*)";
+  return list.join(";;");
+}
+
+QtPrompter::QtPrompter(QWidget* parent) : parent_(parent) {
+  previous_ = SetActivePrompter(this);
+}
+
+QtPrompter::~QtPrompter() {
+  SetActivePrompter(previous_);
+}
+
+int QtPrompter::MessageBox(std::string_view title, std::string_view text, unsigned flags) {
+  lastText = Utf8(text);
+  if (script) return script(lastText, flags);
+  QMessageBox box(parent_);
+  box.setWindowTitle(Utf8(title));
+  box.setText(lastText);
+  switch (flags & mb::kIconMask) {
+    case mb::kIconError:
+      box.setIcon(QMessageBox::Critical);
+      break;
+    case mb::kIconQuestion:
+      box.setIcon(QMessageBox::Question);
+      break;
+    case mb::kIconExclamation:
+      box.setIcon(QMessageBox::Warning);
+      break;
+    case mb::kIconInformation:
+      box.setIcon(QMessageBox::Information);
+      break;
+    default:
+      break;
+  }
+  QList<QPair<QMessageBox::StandardButton, int>> buttons;
+  switch (flags & mb::kButtonMask) {
+    case mb::kOkCancel:
+      buttons = {{QMessageBox::Ok, answer::kOk}, {QMessageBox::Cancel, answer::kCancel}};
+      break;
+    case mb::kYesNoCancel:
+      buttons = {{QMessageBox::Yes, answer::kYes},
+                 {QMessageBox::No, answer::kNo},
+                 {QMessageBox::Cancel, answer::kCancel}};
+      break;
+    case mb::kYesNo:
+      buttons = {{QMessageBox::Yes, answer::kYes}, {QMessageBox::No, answer::kNo}};
+      break;
+    default:
+      buttons = {{QMessageBox::Ok, answer::kOk}};
+  }
+  QMessageBox::StandardButtons all;
+  for (const auto& b : buttons) all |= b.first;
+  box.setStandardButtons(all);
+  int defaultIndex = (flags & mb::kDefaultButton2) != 0 && buttons.size() > 1 ? 1 : 0;
+  box.setDefaultButton(buttons[defaultIndex].first);
+  QApplication::setOverrideCursor(Qt::ArrowCursor);
+  box.exec();
+  QApplication::restoreOverrideCursor();
+  for (const auto& b : buttons) {
+    if (box.standardButton(box.clickedButton()) == b.first) return b.second;
+  }
+  return CautiousAnswer(flags);
+}
+
+bool QtPrompter::OfferReadOnly(std::string_view path) {
+  QString text = Utf8(path) + "\n\n" + QString::fromUtf8(ErrorText(err::kFileInUse)) +
+                 "\n\nOpen a read-only copy?";
+  return MessageBox(LoadStringText(128), text.toStdString(), mb::kYesNo | mb::kIconQuestion) ==
+         answer::kYes;
+}
+
+bool QtPrompter::ChooseOpenFile(OpenFileChoice& choice) {
+  if (script) return false;
+  QString selected = kFilters[std::max(1, static_cast<int>(choice.filter))];
+  QString path = QFileDialog::getOpenFileName(parent_, "Open", Utf8(choice.path),
+                                              FileDialogFilters(), &selected);
+  if (path.isEmpty()) return false;
+  choice.path = text::Utf8ToCp1252(path.toStdString());
+  int index = 1;
+  for (size_t i = 1; i < std::size(kFilters); ++i) {
+    if (selected == kFilters[i]) index = static_cast<int>(i);
+  }
+  choice.filter = static_cast<FileFilter>(index);
+  return true;
+}
+
+bool QtPrompter::ChooseSaveFile(SaveFileChoice& choice) {
+  if (script) return false;
+  QString selected = kFilters[std::max(1, static_cast<int>(choice.filter))];
+  QString path = QFileDialog::getSaveFileName(parent_, "Save As", Utf8(choice.path),
+                                              FileDialogFilters(), &selected);
+  if (path.isEmpty()) return false;
+  choice.path = text::Utf8ToCp1252(path.toStdString());
+  int index = 1;
+  for (size_t i = 1; i < std::size(kFilters); ++i) {
+    if (selected == kFilters[i]) index = static_cast<int>(i);
+  }
+  choice.filter = static_cast<FileFilter>(index);
+  return true;
+}
+
+bool QtPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {
+  if (script) return false;
+  // The plain form of the wizard's three pages: the table, its fields one per line as
+  // "name" or "name: Number", and an optional file.
+  QDialog dialog(parent_);
+  dialog.setWindowTitle("New Database");
+  auto* form = new QFormLayout(&dialog);
+  auto* table = new QLineEdit("Table1", &dialog);
+  auto* fields = new QPlainTextEdit("Name\nNumber: Number", &dialog);
+  auto* file = new QLineEdit(&dialog);
+  form->addRow("&Table name:", table);
+  form->addRow("&Fields:", fields);
+  form->addRow("F&ile (optional):", file);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+  form->addRow(buttons);
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  if (dialog.exec() != QDialog::Accepted) return false;
+  answers.tableName = text::Utf8ToCp1252(table->text().trimmed().toStdString());
+  answers.fields.clear();
+  for (const QString& line : fields->toPlainText().split('\n', Qt::SkipEmptyParts)) {
+    WizardField field;
+    QString name = line.section(':', 0, 0).trimmed();
+    QString type = line.section(':', 1).trimmed().toLower();
+    if (name.isEmpty()) continue;
+    field.name = text::Utf8ToCp1252(name.toStdString());
+    field.type = type == "number"      ? FieldType::kNumber
+                 : type == "long text" ? FieldType::kLongText
+                 : type == "files"     ? FieldType::kFiles
+                                       : FieldType::kText;
+    field.link = type == "link";
+    answers.fields.push_back(field);
+  }
+  answers.path = text::Utf8ToCp1252(file->text().trimmed().toStdString());
+  return true;
+}
+
+PasswordChoice QtPrompter::AskOpenPassword(std::string_view path, bool readOnlyOffered,
+                                           Password& password) {
+  if (script) return PasswordChoice::kCancel;
+  QDialog dialog(parent_);
+  dialog.setWindowTitle("Password");
+  auto* form = new QFormLayout(&dialog);
+  auto* edit = new QLineEdit(&dialog);
+  edit->setEchoMode(QLineEdit::Password);
+  form->addRow(Utf8(path), static_cast<QWidget*>(nullptr));
+  form->addRow("&Password:", edit);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+  QPushButton* readOnly = nullptr;
+  if (readOnlyOffered)
+    readOnly = buttons->addButton("Open As &Read-Only", QDialogButtonBox::ActionRole);
+  form->addRow(buttons);
+  PasswordChoice choice = PasswordChoice::kCancel;
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
+    choice = PasswordChoice::kPassword;
+    dialog.accept();
+  });
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  if (readOnly != nullptr) {
+    QObject::connect(readOnly, &QPushButton::clicked, &dialog, [&] {
+      choice = PasswordChoice::kReadOnly;
+      dialog.accept();
+    });
+  }
+  dialog.exec();
+  if (choice == PasswordChoice::kPassword) {
+    password.Set(text::Utf8ToCp1252(edit->text().toStdString()));
+  }
+  return choice;
+}
+
+}  // namespace kelpdex::views
