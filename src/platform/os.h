@@ -98,9 +98,6 @@ bool TakeOverPermissions(const std::string& path, const ReplacedFile& like);
 // page faults one by one; a load of a large document spends much of its time in them otherwise.
 // Leaves the bytes alone, and does nothing where the system offers no way to do it.
 void PrefaultMemory(void* memory, size_t bytes);
-// Asks for large pages behind a region aligned to them: the cell blocks are read at random by
-// sorts and lookups, and with small pages most such reads also miss the address cache.
-void AdviseLargePages(void* memory, size_t bytes);
 
 // Whether two paths name the same file: the same device and file number where the file exists,
 // else the same text (without regard to case on Windows).

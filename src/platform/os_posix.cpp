@@ -439,15 +439,6 @@ void PrefaultMemory(void* memory, size_t bytes) {
 #endif
 }
 
-void AdviseLargePages(void* memory, size_t bytes) {
-#if defined(__linux__)
-  ::madvise(memory, bytes, MADV_HUGEPAGE);  // advice only: without large pages nothing changes
-#else
-  (void)memory;
-  (void)bytes;
-#endif
-}
-
 bool SameFile(const std::string& a, const std::string& b) {
   struct stat sa {};
   struct stat sb {};

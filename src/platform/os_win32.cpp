@@ -341,9 +341,6 @@ FileLock::~FileLock() {
   Release();
 }
 
-// Large pages on Windows need a privilege an ordinary user lacks, so the advice is not taken.
-void AdviseLargePages(void* /*memory*/, size_t /*bytes*/) {}
-
 void PrefaultMemory(void* /*memory*/, size_t /*bytes*/) {
   // Windows commits pages on first touch with no call to populate them ahead; they fault as
   // they are filled.

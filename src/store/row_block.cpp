@@ -55,7 +55,6 @@ RowBlock* AllocateBlockSlab(uint32_t count) {
     delete slab;
     return nullptr;
   }
-  platform::AdviseLargePages(slab->memory, rounded);
   // A slab is taken to be filled at once (a load, a large insertion): its pages are mapped in
   // one sweep rather than one fault at a time.
   platform::PrefaultMemory(slab->memory, rounded);
@@ -85,30 +84,8 @@ void ReleaseBlock(RowBlock* block) {
   }
 }
 
-bool BlockPool::Grow() {
-  // A sheet that has grown past a slab's worth of blocks goes on growing a slab at a time, so
-  // that a large table built cell by cell sits on large pages as a loaded one does; small sheets
-  // keep taking single blocks and hold no more memory than they use.
-  if (grown_ >= kSlabBlocks) {
-    RowBlock* slab = AllocateBlockSlab(kSlabBlocks);
-    if (slab != nullptr) {
-      while (slab != nullptr) {
-        RowBlock* next = slab->next;
-        Give(slab, false);
-        slab = next;
-      }
-      return true;
-    }
-  }
-  RowBlock* block = AllocateBlock();
-  if (block == nullptr) return false;
-  ++grown_;
-  Give(block, false);
-  return true;
-}
-
 RowBlock* BlockPool::Take() {
-  if (list_ == nullptr && !Grow()) return nullptr;
+  if (list_ == nullptr) return AllocateBlock();
   RowBlock* block = list_;
   list_ = block->next;
   --count_;
@@ -139,7 +116,9 @@ void BlockPool::GiveChain(RowBlock* head, bool toHeap) {
 
 bool BlockPool::Reserve(uint32_t count) {
   while (count_ < count) {
-    if (!Grow()) return false;
+    RowBlock* block = AllocateBlock();
+    if (block == nullptr) return false;
+    Give(block, false);
   }
   return true;
 }

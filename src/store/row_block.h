@@ -55,15 +55,8 @@ class BlockPool {
   uint32_t count() const { return count_; }
 
  private:
-  // Adds one new block to the spares, or a slab of them; false when memory is exhausted.
-  bool Grow();
-
-  // Blocks in one large page, the slab a growing sheet takes at once.
-  static constexpr uint32_t kSlabBlocks = (2u << 20) / sizeof(RowBlock);
-
   RowBlock* list_ = nullptr;
   uint32_t count_ = 0;
-  uint32_t grown_ = 0;  // blocks this pool took from the heap one at a time
 };
 
 // Fault injection for tests: after `count` more successful allocations every allocation fails,
