@@ -20,6 +20,9 @@ class TextWriter {
       : out_(out), options_(options), formatter_(NumberStyle()) {
     while (widthCount_ < options.widths.size() && options.widths[widthCount_] != 0) ++widthCount_;
     line_.reserve(1 << 16);
+    // A line break inside a cell is quoted too: a reader would otherwise take it for a new record.
+    for (char c : {options.separator, options.quote, '\r', '\n'})
+      quotes_[static_cast<uint8_t>(c)] = true;
   }
 
   // One cell at `column` of the line being made; columns rise within a line.
@@ -50,7 +53,8 @@ class TextWriter {
   size_t widthCount_ = 0;
   std::string line_;
   std::string converted_;
-  uint16_t column_ = 0;  // the column the next cell would take without a gap
+  uint16_t column_ = 0;    // the column the next cell would take without a gap
+  bool quotes_[256] = {};  // the bytes that put a cell in quotes
   char scratch_[kDisplayTextMax];
 };
 
@@ -64,9 +68,9 @@ void TextWriter::Cell(uint16_t column, std::string_view text) {
   column_ = static_cast<uint16_t>(column + 1);
   switch (options_.encoding) {
     case TextEncoding::kUtf8: {
-      bool plain = true;
-      for (char c : text) plain = plain && static_cast<uint8_t>(c) < 0x80;
-      if (!plain) {
+      uint8_t bits = 0;  // or-ed over the text, in a loop the compiler can widen
+      for (char c : text) bits |= static_cast<uint8_t>(c);
+      if (bits >= 0x80) {
         converted_ = text::Cp1252ToUtf8(text);
         text = converted_;
       }
@@ -93,9 +97,13 @@ void TextWriter::Cell(uint16_t column, std::string_view text) {
     return;
   }
   const char quote = options_.quote;
-  // A line break inside a cell is quoted too: a reader would otherwise take it for a new record.
-  bool quoted = text.find_first_of(std::string{options_.separator, quote, '\r', '\n'}) !=
-                std::string_view::npos;
+  bool quoted = false;
+  for (char c : text) {
+    if (quotes_[static_cast<uint8_t>(c)]) {
+      quoted = true;
+      break;
+    }
+  }
   if (!quoted) {
     line_ += text;
     return;

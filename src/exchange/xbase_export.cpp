@@ -1,5 +1,7 @@
+#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <system_error>
 #include <vector>
 
 #include "core/progress.h"
@@ -18,6 +20,13 @@
 namespace kelpdex {
 
 namespace {
+
+// `value` in fixed notation with `decimals` digits after the point, as "%.*f" writes it, without
+// the cost of printf's general machinery; 0 when it does not fit in `room`.
+size_t FormatFixed(char* out, size_t room, double value, int decimals) {
+  auto [end, ec] = std::to_chars(out, out + room, value, std::chars_format::fixed, decimals);
+  return ec == std::errc() ? static_cast<size_t>(end - out) : 0;
+}
 
 constexpr uint32_t kRed = 255;
 constexpr uint32_t kMaxRecordSize = 65534;
@@ -96,24 +105,18 @@ void XbaseWriter::Number(const XbaseField& field, const CellRecord* cell, char* 
   } else if (!cell::IsText(cell) || !TextToNumber(cell::Text(cell), '.', value)) {
     return;
   }
+  // "I" and "N" without decimals are whole numbers; "F" without decimals keeps six, as "%f" does.
+  int decimals = field.decimals != 0 ? field.decimals : (field.type == 'F' ? 6 : 0);
+  if (field.type == 'I') decimals = 0;
   char buffer[400];
-  int n;
-  if (field.type == 'I') {
-    n = std::snprintf(buffer, sizeof buffer, "%*.0f", width, value);
-  } else if (field.decimals != 0) {
-    n = std::snprintf(buffer, sizeof buffer, "%*.*f", width, field.decimals, value);
-  } else if (field.type == 'N') {
-    n = std::snprintf(buffer, sizeof buffer, "%*.0f", width, value);
-  } else {
-    n = std::snprintf(buffer, sizeof buffer, "%*f", width, value);
-  }
+  size_t n = FormatFixed(buffer, sizeof buffer, value, decimals);
   // A number too wide for its field is shown as stars, as dBase does, rather than cut into
   // another number.
-  if (n < 0 || n > width) {
+  if (n == 0 || n > static_cast<size_t>(width)) {
     std::memset(out, '*', field.length);
     return;
   }
-  std::memcpy(out, buffer, static_cast<size_t>(n));
+  std::memcpy(out + (width - n), buffer, n);  // right-aligned in the blanks
 }
 
 bool XbaseWriter::Record(uint32_t row, std::string& out, ErrorCode& error) {
@@ -127,14 +130,18 @@ bool XbaseWriter::Record(uint32_t row, std::string& out, ErrorCode& error) {
     const CellRecord* cell = data_.cells.GetCellFast(row, item.column);
     switch (field.type) {
       case 'C': {
-        std::string_view text;
         if (cell != nullptr && !cell::IsText(cell) && cell::IsNumber(cell)) {
-          int n = std::snprintf(scratch_, sizeof scratch_, "%*.*f", static_cast<int>(field.length),
-                                field.decimals, cell::Number(cell));
-          text = std::string_view(scratch_, n < 0 ? 0 : static_cast<size_t>(n));
-        } else {
-          text = CellText(cell);
+          // Right-aligned in the field's blanks, as "%*.*f" pads; a longer one is cut.
+          size_t n = FormatFixed(scratch_, sizeof scratch_, cell::Number(cell), field.decimals);
+          size_t width = field.length;
+          if (n <= width) {
+            std::memcpy(at + (width - n), scratch_, n);
+          } else {
+            std::memcpy(at, scratch_, width);
+          }
+          break;
         }
+        std::string_view text = CellText(cell);
         size_t n = text.size() < field.length ? text.size() : field.length;
         if (n > 0) std::memcpy(at, text.data(), n);
         if (options_.oem) text::CharToOemInPlace(at, n);
@@ -209,7 +216,8 @@ bool BuildXbaseHeader(const Workbook& book, XbaseHeader& header, XbaseDialect di
     std::snprintf(name, sizeof name, "field_%d", i + 1);
     field.name = name;
     FieldSpec fieldRow;
-    if (ReadField(table, i, fieldRow) && !fieldRow.name.empty()) field.name = fieldRow.name.substr(0, 10);
+    if (ReadField(table, i, fieldRow) && !fieldRow.name.empty())
+      field.name = fieldRow.name.substr(0, 10);
     switch (fieldRow.type) {
       case FieldType::kNumber:
         field.type = wideNumbers ? 'F' : 'N';
