@@ -249,8 +249,13 @@ bool FileStream::Drain(bool last) {
       if (!gzipOut_->Put(buffer_, capacity_, position_, last)) SetError(err::kFileWrite);
       gzipOpen_ = !last;
     }
-  } else if (ok() && position_ > 0 && !WriteRaw(fd_, buffer_.get(), position_)) {
-    SetError(err::kFileWrite);
+  } else if (ok() && position_ > 0) {
+    if (!WriteRaw(fd_, buffer_.get(), position_)) {
+      SetError(err::kFileWrite);
+    } else if ((unsynced_ += position_) >= kWritebackStep) {
+      StartWriteback(fd_);
+      unsynced_ = 0;
+    }
   }
   moved_ += position_;
   if (position_ > 0) ReportProgress(moved_, 0);

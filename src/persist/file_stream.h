@@ -124,6 +124,9 @@ class FileStream {
   std::string path_;
   // For progress: the bytes read or written so far, and the size of a file read.
   uint64_t moved_ = 0;
+  // Plain bytes written since the disk was last set to work on them (see StartWriteback).
+  static constexpr uint64_t kWritebackStep = 8u << 20;
+  uint64_t unsynced_ = 0;
   uint64_t fileSize_ = 0;
   int fd_ = -1;
   DeflateFor gzipContent_ = DeflateFor::kText;

@@ -8,6 +8,7 @@
 #define KELPDEX_READ ::_read
 #define KELPDEX_WRITE ::_write
 #else
+#include <fcntl.h>
 #include <unistd.h>
 #define KELPDEX_READ ::read
 #define KELPDEX_WRITE ::write
@@ -38,6 +39,15 @@ bool WriteRaw(int fd, const uint8_t* data, size_t size) {
     size -= static_cast<size_t>(n);
   }
   return true;
+}
+
+void StartWriteback(int fd) {
+#if defined(__linux__)
+  // Only a start: the final sync still waits for every byte.
+  ::sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE);
+#else
+  (void)fd;
+#endif
 }
 
 }  // namespace kelpdex

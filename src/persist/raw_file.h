@@ -35,5 +35,8 @@ constexpr int kBinaryFlag = 0;
 long ReadRaw(int fd, uint8_t* out, size_t size);
 // All `size` bytes, going on after a partial write or an interrupted call. False on an error.
 bool WriteRaw(int fd, const uint8_t* data, size_t size);
+// Sets the disk to work on what has been written so far, without waiting, so that the sync at
+// the end of a large file finds little left to do. Nothing where the system has no such call.
+void StartWriteback(int fd);
 
 }  // namespace kelpdex
