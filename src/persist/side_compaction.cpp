@@ -98,7 +98,13 @@ bool CopyLiveRecords(const std::vector<SideField>& fields, const std::string& si
         if (found != copied.end()) {
           to = found->second;
         } else if (fields[f].type == FieldType::kLongText) {
-          ok = reader.ReadLongText(offset, text, error) && writer.AppendLongText(text, to, error);
+          // The characters move as they are; a record they do not pass goes through the decoder,
+          // which copies what it can read and names the fault of what it cannot.
+          if (reader.ReadLongTextBase64(offset, text)) {
+            ok = writer.AppendLongTextBase64(text, to, error);
+          } else {
+            ok = reader.ReadLongText(offset, text, error) && writer.AppendLongText(text, to, error);
+          }
         } else {
           ok = reader.ReadObjects(offset, list, error) &&
                writer.AppendObjects(list.first(), to, error);

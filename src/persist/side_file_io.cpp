@@ -159,8 +159,10 @@ SideFileReader::Line SideFileReader::ReadLine(char* out, size_t max, size_t& len
     // Scan the buffer for the line's end in one go: this runs for every byte of a value.
     const uint8_t* start = buffer_.get() + position_;
     size_t room = std::min(fill_ - position_, max - length);
-    size_t n = 0;
-    while (n < room && start[n] != '\r' && start[n] != '\n') ++n;
+    size_t n = room;
+    if (const void* cr = std::memchr(start, '\r', room))
+      n = static_cast<const uint8_t*>(cr) - start;
+    if (const void* lf = std::memchr(start, '\n', n)) n = static_cast<const uint8_t*>(lf) - start;
     std::memcpy(out + length, start, n);
     length += n;
     position_ += n;
@@ -253,6 +255,31 @@ bool SideFileReader::ReadLongText(uint32_t offset, std::string& text, ErrorCode&
   std::unique_ptr<uint8_t[]> owned(data);
   text.assign(reinterpret_cast<const char*>(data), size);
   return true;
+}
+
+bool SideFileReader::ReadLongTextBase64(uint32_t offset, std::string& characters) {
+  characters.clear();
+  if (!ReadHeader(offset, SideFile::kLongTextRecord)) return false;
+  char line[kPiece];
+  size_t length = 0;
+  for (;;) {
+    if (ReadLine(line, kPiece, length) != Line::kRead) return false;
+    if (length == 0) break;
+    for (size_t i = 0; i < length; ++i) {
+      char c = line[i];
+      bool base64 = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+                    c == '+' || c == '/' || c == '=';
+      if (!base64) return false;
+    }
+    characters.append(line, length);
+  }
+  // Padding may stand only in the last two places; anything else is the decoder's to judge.
+  size_t size = characters.size();
+  if (size % 4 != 0) return false;
+  size_t padding = characters.find('=');
+  if (padding == std::string::npos) return true;
+  return padding >= size - 2 && characters[size - 1] == '=' &&
+         characters.find_first_not_of('=', padding) == std::string::npos;
 }
 
 bool SideFileReader::ReadObjects(uint32_t offset, BinaryObjectList& list, ErrorCode& error) {
@@ -375,6 +402,11 @@ bool SideFileWriter::Open(const std::string& path, ErrorCode& error) {
 
 bool SideFileWriter::Drain() {
   if (used_ > 0 && !failed_ && !WriteRaw(fd_, buffer_.get(), used_)) failed_ = true;
+  // A compaction writes the whole file and syncs it: the disk starts on it as it is written.
+  if (!failed_ && (unsynced_ += used_) >= kWritebackStep) {
+    StartWriteback(fd_);
+    unsynced_ = 0;
+  }
   used_ = 0;
   return !failed_;
 }
@@ -417,6 +449,20 @@ bool SideFileWriter::StartRecord(uint8_t kind, uint32_t& offset, ErrorCode& erro
 bool SideFileWriter::AppendLongText(std::string_view text, uint32_t& offset, ErrorCode& error) {
   if (!StartRecord(SideFile::kLongTextRecord, offset, error)) return false;
   PutBase64(text);
+  Put("\r\n");
+  if (failed_) error = err::kFileWrite;
+  return !failed_;
+}
+
+bool SideFileWriter::AppendLongTextBase64(std::string_view characters, uint32_t& offset,
+                                          ErrorCode& error) {
+  if (!StartRecord(SideFile::kLongTextRecord, offset, error)) return false;
+  // 76 characters a line, as 57 bytes encode to.
+  constexpr size_t kLine = 76;
+  for (size_t at = 0; at < characters.size(); at += kLine) {
+    Put(characters.substr(at, kLine));
+    Put("\r\n");
+  }
   Put("\r\n");
   if (failed_) error = err::kFileWrite;
   return !failed_;

@@ -35,6 +35,10 @@ class SideFileReader {
 
   bool ReadLongText(uint32_t offset, std::string& text, ErrorCode& error);
   bool ReadObjects(uint32_t offset, BinaryObjectList& list, ErrorCode& error);
+  // The Base64 characters of the Long Text record at `offset`, joined without their line ends
+  // and checked to decode, so that a copy need not decode and encode them again. False for
+  // anything ReadLongText might refuse or read otherwise; it then says why.
+  bool ReadLongTextBase64(uint32_t offset, std::string& characters);
   bool ListRecords(std::vector<uint32_t>& offsets, ErrorCode& error);
 
  private:
@@ -77,6 +81,8 @@ class SideFileWriter {
   // Each fails with 74 when the file has reached the limit, before writing anything.
   bool AppendLongText(std::string_view text, uint32_t& offset, ErrorCode& error);
   bool AppendObjects(const BinaryObjectItem* first, uint32_t& offset, ErrorCode& error);
+  // A Long Text record from characters that ReadLongTextBase64 gave.
+  bool AppendLongTextBase64(std::string_view characters, uint32_t& offset, ErrorCode& error);
   // Writes what is buffered and closes; on a failure the file is cut back to its size at Open
   // (or at the last Commit), so that no part of a record stays. 65 or 62.
   bool Close(ErrorCode& error);
@@ -99,6 +105,8 @@ class SideFileWriter {
   uint64_t size_ = 0;       // including what is buffered
   std::unique_ptr<uint8_t[]> buffer_;
   size_t used_ = 0;
+  static constexpr uint64_t kWritebackStep = 4u << 20;
+  uint64_t unsynced_ = 0;  // written since the disk was last set to work on it
   std::string scratch_;
   bool failed_ = false;
 };

@@ -1,5 +1,6 @@
 #include "text/base64.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -30,24 +31,33 @@ constexpr std::array<int8_t, 256> MakeDecodeTable() {
 
 constexpr std::array<int8_t, 256> kDecodeTable = MakeDecodeTable();
 
-void AppendBase64(std::string& out, std::string_view bytes) {
-  const auto* p = reinterpret_cast<const uint8_t*>(bytes.data());
-  const size_t n = bytes.size();
+// Writes the encoding of `bytes` at `w`, which has room for it; returns the end.
+char* EncodeBase64(char* w, const uint8_t* p, size_t n) {
   size_t i = 0;
   for (; i + 3 <= n; i += 3) {
     const uint32_t v = (p[i] << 16) | (p[i + 1] << 8) | p[i + 2];
-    out.push_back(kAlphabet[v >> 18]);
-    out.push_back(kAlphabet[(v >> 12) & 0x3F]);
-    out.push_back(kAlphabet[(v >> 6) & 0x3F]);
-    out.push_back(kAlphabet[v & 0x3F]);
+    w[0] = kAlphabet[v >> 18];
+    w[1] = kAlphabet[(v >> 12) & 0x3F];
+    w[2] = kAlphabet[(v >> 6) & 0x3F];
+    w[3] = kAlphabet[v & 0x3F];
+    w += 4;
   }
-  if (i == n) return;
+  if (i == n) return w;
   const bool two = n - i == 2;
   const uint32_t v = (p[i] << 16) | (two ? p[i + 1] << 8 : 0);
-  out.push_back(kAlphabet[v >> 18]);
-  out.push_back(kAlphabet[(v >> 12) & 0x3F]);
-  out.push_back(two ? kAlphabet[(v >> 6) & 0x3F] : '=');
-  out.push_back('=');
+  w[0] = kAlphabet[v >> 18];
+  w[1] = kAlphabet[(v >> 12) & 0x3F];
+  w[2] = two ? kAlphabet[(v >> 6) & 0x3F] : '=';
+  w[3] = '=';
+  return w + 4;
+}
+
+// The string grows once and is written through a pointer: a push per character costs several
+// times the encoding itself.
+void AppendBase64(std::string& out, std::string_view bytes) {
+  size_t start = out.size();
+  out.resize(start + (bytes.size() + 2) / 3 * 4);
+  EncodeBase64(out.data() + start, reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
 }
 
 }  // namespace
@@ -67,10 +77,14 @@ std::string Base64EncodeLines(std::string_view bytes) {
 
 void AppendBase64Lines(std::string& out, std::string_view bytes) {
   const size_t lines = (bytes.size() + kBytesPerLine - 1) / kBytesPerLine;
-  out.reserve(out.size() + (bytes.size() + 2) / 3 * 4 + 2 * lines);
+  size_t start = out.size();
+  out.resize(start + (bytes.size() + 2) / 3 * 4 + 2 * lines);
+  char* w = out.data() + start;
+  const auto* p = reinterpret_cast<const uint8_t*>(bytes.data());
   for (size_t pos = 0; pos < bytes.size(); pos += kBytesPerLine) {
-    AppendBase64(out, bytes.substr(pos, kBytesPerLine));
-    out += "\r\n";
+    w = EncodeBase64(w, p + pos, std::min(kBytesPerLine, bytes.size() - pos));
+    *w++ = '\r';
+    *w++ = '\n';
   }
 }
 

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <set>
 #include <string>
 #include <vector>
@@ -164,6 +165,44 @@ TEST_F(CompactDatabaseTest, CompactionDropsDeadRecordsAndKeepsEveryValue) {
   EXPECT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kCompacted);
   EXPECT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kNotNeeded);
   EXPECT_EQ(LastBox(), LoadStringText(str::kNoCompactingNeeded));
+}
+
+// Records another writer laid out otherwise (short lines, padding on a line of its own) move as
+// they read; one with padding inside the value stops the compaction with the reader's code.
+TEST_F(CompactDatabaseTest, ForeignLayoutsReadTheSameAfterCompactionAndBrokenOnesStopIt) {
+  MakeDocument();
+  auto append = [&](const std::string& body) {
+    uint64_t size = 0;
+    EXPECT_TRUE(platform::GetFileSize(side, size));
+    char header[32];
+    std::snprintf(header, sizeof header, "--%010u 1\r\n\r\n", static_cast<unsigned>(size));
+    FILE* f = std::fopen(side.c_str(), "ab");
+    std::fputs(header, f);
+    std::fputs(body.c_str(), f);
+    std::fclose(f);
+    uint8_t record[cell::kNumberSize];
+    static uint32_t row = 30;
+    cell::EncodeNumber(record, row++, kNotes, static_cast<double>(size));
+    EXPECT_TRUE(Data().cells.PutCell(record));
+  };
+  // "abcdefghijkl" in lines of 8 characters, and "aaaa" with its padding on a line of its own.
+  append("YWJjZGVm\r\nZ2hpamts\r\n\r\n");
+  append("YWFh\r\nYQ==\r\n\r\n");
+  ASSERT_TRUE(session.SaveDocument());
+  ASSERT_EQ(NoteOf(30), "abcdefghijkl");
+  ASSERT_EQ(NoteOf(31), "aaaa");
+  ASSERT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kCompacted);
+  EXPECT_EQ(NoteOf(30), "abcdefghijkl");
+  EXPECT_EQ(NoteOf(31), "aaaa");
+  EXPECT_EQ(FileRecords(), CellOffsets());
+
+  append("YQ==YWFh\r\n\r\n");
+  ASSERT_TRUE(session.SaveDocument());
+  const std::string before = ReadFileBytes(side);
+  EXPECT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kFailed);
+  EXPECT_EQ(LastBox(), ErrorText(err::kBinaryFields));
+  EXPECT_EQ(ReadFileBytes(side), before);
+  ExpectNoLeftovers();
 }
 
 TEST_F(CompactDatabaseTest, ATableWithoutLongFieldsNeedsNoCompacting) {
