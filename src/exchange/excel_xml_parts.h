@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "persist/xml_scanner.h"
@@ -43,9 +44,12 @@ inline const char* SsAttr(const XmlScanner& x, std::string_view name) {
 // Writes the Styles element: "Default" for style 0, then "s%d" for each further style.
 void WriteStyles(XmlWriter& w, const StyleTable& table);
 
-// What a file's style ids stand for: the slot of the style table each id was read into.
+// What a file's style ids stand for: the slot of the style table each id was read into. Ids of
+// the form "s%d" are numbers; other spreadsheets also name styles ("ce1", "Heading"), and those
+// are looked up by their text.
 struct StyleIds {
   std::array<int16_t, kMaxStyleId + 1> slot;  // -1 for an id not defined
+  std::unordered_map<std::string, uint16_t> named;
   StyleIds() { slot.fill(-1); }
 };
 
@@ -54,8 +58,7 @@ struct StyleIds {
 bool ReadStyles(XmlScanner& x, std::vector<StyleRecord>& styles, std::vector<FontRecord>& fonts,
                 StyleIds& ids);
 
-// The slot of a "ss:StyleID" value; 92 for a value that is not "Default" or "s1".."s512", or an
-// id no style had.
+// The slot of a "ss:StyleID" value; 92 for an "s%d" outside "s1".."s512", or an id no style had.
 bool StyleSlot(XmlScanner& x, const char* value, const StyleIds& ids, uint16_t& slot);
 
 // What one pass over a file gathers: the sheets in file order, not yet in a tree, and what the

@@ -424,20 +424,37 @@ void WriteStyles(XmlWriter& w, const StyleTable& table) {
   w.Tag("Styles", TagMode::kClose, 1, 1);
 }
 
+// "s" and digits only: a numbered id.
+bool IsNumberedId(std::string_view id) {
+  if (id.size() < 2 || id[0] != 's') return false;
+  for (size_t i = 1; i < id.size(); ++i) {
+    if (id[i] < '0' || id[i] > '9') return false;
+  }
+  return true;
+}
+
+// The number of a numbered id, 0 when it lies outside 1..512.
+int IdNumber(std::string_view id) {
+  int number = 0;
+  auto [end, ec] = std::from_chars(id.data() + 1, id.data() + id.size(), number);
+  return ec == std::errc() && number >= 1 && number <= kMaxStyleId ? number : 0;
+}
+
 bool StyleSlot(XmlScanner& x, const char* value, const StyleIds& ids, uint16_t& slot) {
   std::string_view v(value);
   if (v == "Default") {
     slot = 0;
     return true;
   }
-  int id = 0;
-  if (v.size() < 2 || v[0] != 's') return x.Fail(err::kXmlInvalidAttribute);
-  auto [end, ec] = std::from_chars(v.data() + 1, v.data() + v.size(), id);
-  if (ec != std::errc() || end != v.data() + v.size() || id < 1 || id > kMaxStyleId ||
-      ids.slot[id] < 0) {
-    return x.Fail(err::kXmlInvalidAttribute);
+  if (IsNumberedId(v)) {
+    const int id = IdNumber(v);
+    if (id == 0 || ids.slot[id] < 0) return x.Fail(err::kXmlInvalidAttribute);
+    slot = static_cast<uint16_t>(ids.slot[id]);
+    return true;
   }
-  slot = static_cast<uint16_t>(ids.slot[id]);
+  auto named = ids.named.find(std::string(v));
+  if (named == ids.named.end()) return x.Fail(err::kXmlInvalidAttribute);
+  slot = named->second;
   return true;
 }
 
@@ -460,18 +477,22 @@ bool ReadStyles(XmlScanner& x, std::vector<StyleRecord>& styles, std::vector<Fon
       haveDefault = true;
       slot = 0;
     } else {
-      int number = 0;
-      auto [end, ec] = std::from_chars(text.data() + 1, text.data() + text.size(), number);
-      // Another spreadsheet's own ids ("s21", "s62") keep their numbers in the file only.
-      if (text.size() < 2 || text[0] != 's' || ec != std::errc() ||
-          end != text.data() + text.size() || number < 1 || number > kMaxStyleId ||
-          ids.slot[number] >= 0) {
+      // Another spreadsheet's own ids ("s21", "ce1") keep their names in the file only: the
+      // styles take the slots in the order they come.
+      const bool numbered = IsNumberedId(text);
+      const int number = numbered ? IdNumber(text) : 0;
+      if (numbered ? number == 0 || ids.slot[number] >= 0
+                   : ids.named.count(std::string(text)) != 0) {
         return x.Fail(err::kXmlInvalidAttribute);
       }
       if (styles.size() == kMaxStyles) return x.Fail(err::kXmlUnexpectedElement);
       slot = styles.size();
       styles.push_back(StyleTable().Style(0));
-      ids.slot[number] = static_cast<int16_t>(slot);
+      if (numbered) {
+        ids.slot[number] = static_cast<int16_t>(slot);
+      } else {
+        ids.named.emplace(text, static_cast<uint16_t>(slot));
+      }
     }
     if (x.isClose()) continue;
     if (!ReadStyle(x, styles[slot], fonts, slot == 0)) return false;
