@@ -48,7 +48,7 @@ FileKind KindOfPath(const std::string& path, bool reading) {
     return FileKind{DocumentKind::kText};
   }
   if (extension == ".dbf") return FileKind{DocumentKind::kDbase3};
-  if (extension == ".xml" && (!reading || IsSpreadsheetMl(path))) {
+  if (extension == ".xml" && (!reading || SniffXmlRoot(path) != XmlRoot::kNative)) {
     return FileKind{DocumentKind::kExcelXml};
   }
   return FileKind{};

@@ -1,14 +1,13 @@
 #include "document/document_session.h"
 
-
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_status.h"
 #include "document/exchange_files.h"
-#include "exchange/excel_xml.h"
-#include "exchange/import_table.h"
 #include "document/protection_rules.h"
 #include "document/recent_files.h"
+#include "exchange/excel_xml.h"
+#include "exchange/import_table.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
 #include "persist/side_values.h"
@@ -170,7 +169,7 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
   ErrorCode error = err::kNone;
   NativeFormat format = NativeFormat::kDefault;
   // An .xml file may be a native document as well as a spreadsheet's: its root element tells.
-  if (openKind == DocumentKind::kExcelXml && !IsSpreadsheetMl(path)) {
+  if (openKind == DocumentKind::kExcelXml && SniffXmlRoot(path) == XmlRoot::kNative) {
     openKind = DocumentKind::kNative;
   }
   if (openKind == DocumentKind::kNative) {

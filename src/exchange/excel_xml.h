@@ -34,8 +34,10 @@ bool ReadExcelXml(FileStream& stream, Workbook& book, ExcelXmlMode mode, int* li
 bool ImportExcelXml(Workbook& book, const std::string& path, ExcelXmlMode mode,
                     int* line = nullptr);
 
-// True when the file's root element is SpreadsheetML's Workbook (by its namespace, or the
-// processing instruction spreadsheets put in front of it); a native XML document is not.
-bool IsSpreadsheetMl(const std::string& path);
+// What an XML file's root element says it is: SpreadsheetML's Workbook (by its namespace, or the
+// processing instruction spreadsheets put in front of it), the native document's Workbook, or
+// neither (not XML, unreadable, another root).
+enum class XmlRoot : uint8_t { kOther, kNative, kSpreadsheet };
+XmlRoot SniffXmlRoot(const std::string& path);
 
 }  // namespace kelpdex

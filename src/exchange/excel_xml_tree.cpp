@@ -231,9 +231,9 @@ bool ImportExcelXml(Workbook& book, const std::string& path, ExcelXmlMode mode, 
   return ok;
 }
 
-bool IsSpreadsheetMl(const std::string& path) {
+XmlRoot SniffXmlRoot(const std::string& path) {
   FileStream in;
-  if (!in.Open(path, StreamMode::kRead, true)) return false;
+  if (!in.Open(path, StreamMode::kRead, true)) return XmlRoot::kOther;
   // The root element's opening tag lies within the first few kilobytes.
   std::string head;
   char buffer[4096];
@@ -241,22 +241,32 @@ bool IsSpreadsheetMl(const std::string& path) {
     size_t n = in.ReadSome(buffer, sizeof buffer);
     if (n == 0) break;
     head.append(buffer, n);
-    if (head.find("<Workbook") != std::string::npos &&
-        head.find('>', head.find("<Workbook")) != std::string::npos) {
-      break;
-    }
+    const size_t root = head.find("Workbook");
+    if (root != std::string::npos && head.find('>', root) != std::string::npos) break;
   }
   in.Close();
-  if (head.find("progid=\"Excel.Sheet\"") != std::string::npos) return true;
-  size_t root = head.find("Workbook");
-  while (root != std::string::npos && root > 0 && head[root - 1] != '<' && head[root - 1] != ':') {
-    root = head.find("Workbook", root + 1);
+  size_t start = head.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+  while (start < head.size() && (head[start] == ' ' || head[start] == '\r' || head[start] == '\n' ||
+                                 head[start] == '\t')) {
+    ++start;
   }
-  if (root == std::string::npos) return false;
-  size_t end = head.find('>', root);
+  if (head.compare(start, 5, "<?xml") != 0) return XmlRoot::kOther;
+  if (head.find("progid=\"Excel.Sheet\"") != std::string::npos) return XmlRoot::kSpreadsheet;
+  // The first element that is no declaration, instruction or comment.
+  size_t at = head.find('<', start + 5);
+  while (at != std::string::npos && at + 1 < head.size() &&
+         (head[at + 1] == '?' || head[at + 1] == '!')) {
+    at = head.find('<', at + 1);
+  }
+  if (at == std::string::npos) return XmlRoot::kOther;
+  const size_t end = head.find('>', at);
   std::string_view tag =
-      std::string_view(head).substr(root, end == std::string::npos ? head.npos : end - root);
-  return tag.find(kSpreadsheetNs) != std::string_view::npos;
+      std::string_view(head).substr(at, end == std::string::npos ? head.npos : end - at);
+  if (tag.find(kSpreadsheetNs) != std::string_view::npos) return XmlRoot::kSpreadsheet;
+  const bool workbook = tag.size() >= 9 && tag.substr(1, 8) == "Workbook" &&
+                        (tag.size() == 9 || tag[9] == ' ' || tag[9] == '\r' || tag[9] == '\n' ||
+                         tag[9] == '\t' || tag[9] == '/');
+  return workbook ? XmlRoot::kNative : XmlRoot::kOther;
 }
 
 }  // namespace kelpdex

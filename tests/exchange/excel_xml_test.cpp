@@ -289,10 +289,19 @@ TEST_F(ExcelXmlTest, SniffTellsSpreadsheetsFromNativeDocumentsAndFailedExportKee
   ErrorCode error = err::kNone;
   ASSERT_TRUE(ExportExcelXml(source, dir.Path("excel.xml"), error));
   ASSERT_TRUE(WriteDocumentFile(dir.Path("native.xml"), source, NativeFormat::kXml, error));
-  EXPECT_TRUE(IsSpreadsheetMl(dir.Path("excel.xml")));
-  EXPECT_FALSE(IsSpreadsheetMl(dir.Path("native.xml")));
-  EXPECT_TRUE(IsSpreadsheetMl(dir.Write("pi.xml", Spreadsheet(""))));
-  EXPECT_FALSE(IsSpreadsheetMl(dir.Path("missing.xml")));
+  EXPECT_EQ(SniffXmlRoot(dir.Path("excel.xml")), XmlRoot::kSpreadsheet);
+  EXPECT_EQ(SniffXmlRoot(dir.Path("native.xml")), XmlRoot::kNative);
+  EXPECT_EQ(SniffXmlRoot(dir.Write("pi.xml", Spreadsheet(""))), XmlRoot::kSpreadsheet);
+  // A prefixed root, as some writers put it, with its namespace on it.
+  EXPECT_EQ(SniffXmlRoot(dir.Write("ss.xml",
+                                   "<?xml version=\"1.0\"?>\n<!-- made by hand -->\n"
+                                   "<ss:Workbook xmlns:ss=\"urn:schemas-microsoft-com:"
+                                   "office:spreadsheet\"/>")),
+            XmlRoot::kSpreadsheet);
+  EXPECT_EQ(SniffXmlRoot(dir.Write("other.xml", "<?xml version=\"1.0\"?><Workbooks/>")),
+            XmlRoot::kOther);
+  EXPECT_EQ(SniffXmlRoot(dir.Write("text.xml", "a,b\n")), XmlRoot::kOther);
+  EXPECT_EQ(SniffXmlRoot(dir.Path("missing.xml")), XmlRoot::kOther);
 
   // A value too long for the form fails the export with 94, and the earlier file stays.
   uint8_t record[8192];
