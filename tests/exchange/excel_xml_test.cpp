@@ -5,6 +5,7 @@
 
 #include "exchange/excel_xml.h"
 #include "exchange_test_util.h"
+#include "format/number_style.h"
 #include "persist/document_file.h"
 #include "store/bytes.h"
 #include "support/file_bytes.h"
@@ -146,6 +147,66 @@ TEST_F(ExcelXmlTest, TwoTablesRoundTripToTheSameTreeCellsAndFormats) {
   const FontRecord& font = book.styles.Font(book.styles.Style(styled).bytes[style::kFontIndexAt]);
   EXPECT_STREQ(reinterpret_cast<const char*>(font.bytes), "Sans");
   EXPECT_EQ(font.bytes[font::kSizeAt], 12);
+}
+
+TEST_F(ExcelXmlTest, StyleAttributesMapBothWays) {
+  Workbook source;
+  ASSERT_TRUE(CreateTable(source, "T"));
+  StyleRecord record = source.styles.Style(0);
+  uint8_t* b = record.bytes;
+  b[style::kHorizontalAt] = 2;  // Center
+  b[style::kVerticalAt] = 4;    // Top
+  b[style::kWrapAt] = 1;
+  StoreU16(b + style::kRotationAt, static_cast<uint16_t>(-45));
+  b[style::kBordersAt] = 4 | 1;  // left and top
+  b[style::kBorderLineAt] = 7;   // two pixels wide
+  b[style::kBorderColourSetAt] = 1;
+  StoreU32(b + style::kBorderColourAt, 0x0000FF);  // red
+  b[style::kFillAt] = 11;                          // DiagCross
+  b[style::kFillColourFlagsAt] = 3;
+  StoreU32(b + style::kFillColourAt, 0x00FF00);
+  StoreU32(b + style::kFillBackgroundAt, 0xFF0000);
+  b[style::kProtectedAt] = 1;
+  NumberStyle percent;
+  percent.kind = format_kind::kPercentage;
+  percent.decimalDigits = 2;
+  WriteNumberStyle(percent, record);
+  uint16_t id = 0;
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(source.styles.FindOrAddStyle(record, id, error));
+  Worksheet& data = *source.FindTable("T");
+  uint8_t cellRecord[64];
+  cell::EncodeNumber(cellRecord, 0, 0, 0.5);
+  ASSERT_TRUE(data.cells.PutCell(cellRecord));
+  ASSERT_TRUE(data.formats.ApplyStyleRun(StyleRun{0, 0, 0, id}));
+  const std::string path = dir.Path("styles.xml");
+  ASSERT_TRUE(ExportExcelXml(source, path, error));
+  const std::string file = ReadFileBytes(path);
+  const std::string sid = "s" + std::to_string(id);
+  for (const std::string& part :
+       {"<Cell ss:StyleID=\"" + sid + "\">",
+        std::string("<Alignment ss:Horizontal=\"Center\" ss:Vertical=\"Top\" ss:WrapText=\"1\" "
+                    "ss:Rotate=\"-45\"/>"),
+        std::string("<Border ss:Position=\"Left\" ss:LineStyle=\"Continuous\" ss:Weight=\"2\" "
+                    "ss:Color=\"#ff0000\"/>"),
+        std::string("<Interior ss:Color=\"#0000FF\" ss:Pattern=\"DiagCross\" "
+                    "ss:PatternColor=\"#00FF00\"/>"),
+        std::string("<NumberFormat ss:Format=\"#,##0.00\\%\"/>"),
+        std::string("<Protection ss:Protected=\"1\"/>")}) {
+    EXPECT_NE(file.find(part), std::string::npos) << part;
+  }
+  ASSERT_TRUE(ImportExcelXml(book, path, ExcelXmlMode::kDatabase, &line)) << int(book.errorCode);
+  const uint8_t* back = book.styles.Style(book.FindTable("T")->formats.StyleAt(0, 0)).bytes;
+  for (uint32_t at : {style::kHorizontalAt, style::kVerticalAt, style::kWrapAt, style::kRotationAt,
+                      style::kBordersAt, style::kBorderLineAt, style::kFillAt,
+                      style::kFillColourFlagsAt, style::kProtectedAt}) {
+    EXPECT_EQ(back[at], b[at]) << at;
+  }
+  EXPECT_EQ(LoadU32(back + style::kBorderColourAt), 0x0000FFu);
+  EXPECT_EQ(LoadU32(back + style::kFillColourAt), 0x00FF00u);
+  EXPECT_EQ(LoadU32(back + style::kFillBackgroundAt), 0xFF0000u);
+  EXPECT_EQ(ReadNumberStyle(book.styles.Style(book.FindTable("T")->formats.StyleAt(0, 0))).kind,
+            format_kind::kUserDefined);
 }
 
 TEST_F(ExcelXmlTest, BadInputFailsWithItsCodeAndLine) {
