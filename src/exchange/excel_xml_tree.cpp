@@ -118,6 +118,9 @@ std::string TableNameOf(const Workbook& book, std::string_view sheet) {
 bool AddSheetAsTable(Workbook& book, const Worksheet& sheet) {
   ImportedTable table;
   if (!table.Begin(book, TableNameOf(book, sheet.Name()))) return false;
+  // The fields go into the current table: this one, not the first.
+  book.currentSheet = table.table().data;
+  if (!RefreshCurrentTable(book)) return false;
   std::vector<std::string> names;
   std::vector<uint8_t> kinds;  // bit 0 text seen, bit 1 number seen
   CellFormatter formatter{NumberStyle()};

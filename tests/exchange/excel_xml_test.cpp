@@ -322,7 +322,10 @@ TEST_F(ExcelXmlTest, WorksheetsAsTablesNameFieldsFromTheFirstRow) {
       "ss:Type=\"Number\">2</Data></Cell></Row>\n";
   // Without catalogues the documented import refuses; as tables, each sheet is one.
   const std::string file =
-      Spreadsheet(Sheet("People", first) + Sheet("system", "<Row/>") + Sheet("People", ""));
+      Spreadsheet(Sheet("People", first) + Sheet("system", "<Row/>") +
+                  Sheet("People",
+                        "<Row><Cell><Data ss:Type=\"String\">Item</Data></Cell></Row><Row><Cell>"
+                        "<Data ss:Type=\"Number\">4</Data></Cell></Row>"));
   EXPECT_EQ(Refused(file), err::kInvalidExcelDatabase);
   ASSERT_TRUE(Import(file, ExcelXmlMode::kWorksheetsAsTables)) << int(book.errorCode);
   EXPECT_EQ(book.TableCount(), 3u);
@@ -342,6 +345,13 @@ TEST_F(ExcelXmlTest, WorksheetsAsTablesNameFieldsFromTheFirstRow) {
   EXPECT_EQ(CellAt(book, 0, 1), "#1.5");
   EXPECT_EQ(CellAt(book, 2, 1), "#2");  // a formula leaves its value
   EXPECT_EQ(book.records.count(), 3u);
+  // Each sheet's fields went into its own table.
+  book.currentSheet = book.FindTable("People_2");
+  ASSERT_TRUE(RefreshCurrentTable(book));
+  ASSERT_EQ(testing::FieldCountOf(book), 1);
+  EXPECT_EQ(FieldAt(book, 0).name, "Item");
+  EXPECT_EQ(FieldAt(book, 0).type, FieldType::kNumber);
+  EXPECT_EQ(CellAt(book, 0, 0), "#4");
 }
 
 TEST_F(ExcelXmlTest, SniffTellsSpreadsheetsFromNativeDocumentsAndFailedExportKeepsTheFile) {
