@@ -340,6 +340,9 @@ void ExcelWriter::WriteOptions(const Worksheet& sheet, bool selected) {
   w_.Tag("PageSetup", TagMode::kOpen, 3, 1);
   XmlAttributes layout;
   if (p[kOrientationAt] == 2) layout.Text("x:Orientation", "Landscape");
+  // The page alignment counts in the order of its words, so 1 is "Center" on both axes.
+  if (p[kHorizontalAlignmentAt] == 1) layout.Text("x:CenterHorizontal", "1");
+  if (p[kVerticalAlignmentAt] == 1) layout.Text("x:CenterVertical", "1");
   layout.Int("x:StartPageNumber", LoadU16(p + kFirstPageNumberAt));
   w_.Tag("Layout", layout, TagMode::kEmpty, 4, 1);
   auto text = [&](uint32_t at) {

@@ -487,6 +487,12 @@ bool ExcelReader::ReadPageSetup(Worksheet& sheet) {
       if (const char* orientation = x_.Attr("Orientation", "x")) {
         p[kOrientationAt] = std::strcmp(orientation, "Landscape") == 0 ? 2 : 1;
       }
+      for (const auto& [word, offset] :
+           {std::pair<const char*, uint32_t>{"CenterHorizontal", kHorizontalAlignmentAt},
+            std::pair<const char*, uint32_t>{"CenterVertical", kVerticalAlignmentAt}}) {
+        const char* centre = x_.Attr(word, "x");
+        if (centre != nullptr && std::strcmp(centre, "1") == 0) p[offset] = 1;
+      }
       if (const char* first = x_.Attr("StartPageNumber", "x")) {
         int64_t value = 0;
         if (!ParseWhole(first, 1, 65534, value)) return Fail(err::kXmlInvalidAttribute);

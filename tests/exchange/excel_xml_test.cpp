@@ -7,6 +7,7 @@
 #include "exchange_test_util.h"
 #include "format/number_style.h"
 #include "persist/document_file.h"
+#include "persist/native_xml.h"
 #include "store/bytes.h"
 #include "support/file_bytes.h"
 #include "support/temp_dir.h"
@@ -281,7 +282,8 @@ TEST_F(ExcelXmlTest, ReaderTakesGapsDatesErrorsFormulasAndSkipsUnknownOptions) {
   const std::string options =
       "<WorksheetOptions xmlns=\"urn:schemas-microsoft-com:office:excel\">"
       "<Unknown a=\"1\"><Deeper>text <b>bold</b></Deeper></Unknown>"
-      "<PageSetup><Layout x:Orientation=\"Landscape\"/><Header x:Data=\"Head\"/></PageSetup>"
+      "<PageSetup><Layout x:Orientation=\"Landscape\" x:CenterVertical=\"1\"/><Header "
+      "x:Data=\"Head\"/></PageSetup>"
       "<Print><Scale>80</Scale><ValidPrinterInfo/></Print><DoNotDisplayGridlines/>"
       "<Selected/></WorksheetOptions>";
   ASSERT_TRUE(Import(Spreadsheet(Catalogue("T") + Sheet("T", data, options))))
@@ -304,6 +306,8 @@ TEST_F(ExcelXmlTest, ReaderTakesGapsDatesErrorsFormulasAndSkipsUnknownOptions) {
   EXPECT_EQ(cell::ArrayColumns(array), 2);
   EXPECT_EQ(cell::ArrayRows(array), 1u);
   EXPECT_EQ(t.pageSettings[page_settings::kOrientationAt], 2);
+  EXPECT_EQ(t.pageSettings[page_settings::kVerticalAlignmentAt], 1);
+  EXPECT_EQ(t.pageSettings[page_settings::kHorizontalAlignmentAt], 0);
   EXPECT_STREQ(reinterpret_cast<const char*>(t.pageSettings.data() + page_settings::kHeaderTextAt),
                "Head");
   EXPECT_EQ(t.sheetSettings[sheet_settings::kShowGridAt], 0);
