@@ -30,6 +30,7 @@
 #include "bench/bench_util.h"
 #include "bench/standard_table.h"
 #include "core/prompter.h"
+#include "exchange/excel_xml.h"
 #include "exchange/text_exchange.h"
 #include "exchange/xbase.h"
 #include "format/cell_text.h"
@@ -93,7 +94,9 @@ constexpr const char* kOtherJobs[] = {"build",
                                       "export_xbase",
                                       "import_xbase",
                                       "undo_remove",
-                                      "undo_delete_table"};
+                                      "undo_delete_table",
+                                      "export_excel_xml",
+                                      "import_excel_xml"};
 
 struct Options {
   long records = 1000000;
@@ -268,14 +271,18 @@ TextFileOptions BenchTextOptions() {
 // A text or xBase file imported as Open does it, measured as LoadOnly measures a load.
 int ImportOnly(const char* path, const char* op, long records) {
   bool text = std::strcmp(op, "import_text") == 0;
-  Check(text || std::strcmp(op, "import_xbase") == 0, "--op naming a load job");
+  bool excel = std::strcmp(op, "import_excel_xml") == 0;
+  Check(text || excel || std::strcmp(op, "import_xbase") == 0, "--op naming a load job");
   long baseRss = CurrentRssKb();
   long long baseHeap = HeapInUse();
   ResetPeak();
   auto book = std::make_unique<Workbook>();
   Stopwatch watch;
   XbaseImportOptions xbase;
-  Check(text ? ImportText(*book, path, BenchTextOptions()) : ImportXbase(*book, path, xbase), op);
+  Check(text    ? ImportText(*book, path, BenchTextOptions())
+        : excel ? ImportExcelXml(*book, path, ExcelXmlMode::kDatabase)
+                : ImportXbase(*book, path, xbase),
+        op);
   Check(RefreshCurrentTable(*book), op);
   double seconds = watch.Seconds();
   long long held = (HeapInUse() - baseHeap) / 1024;
@@ -295,6 +302,8 @@ void ExportJob(Workbook& book, const char* op, const std::string& path, long rec
   bool ok;
   if (std::strcmp(op, "export_text") == 0) {
     ok = ExportText(book, path, BenchTextOptions(), error);
+  } else if (std::strcmp(op, "export_excel_xml") == 0) {
+    ok = ExportExcelXml(book, path, error);
   } else {
     XbaseExportOptions options;
     ok = ExportXbase(book, path, options, error);
@@ -629,6 +638,14 @@ void RunJobs(const Options& options) {
     ExportJob(*book, "export_xbase", xbasePath, options.records);
   }
   if (Chosen(options, "import_xbase")) LoadInChild("import_xbase", xbasePath, options.records);
+  // Excel 2003 XML: the whole workbook, against save_xml and load_xml of the same table.
+  std::string excelPath = options.dir + "/export_excel.xml";
+  if (Chosen(options, "export_excel_xml") || Chosen(options, "import_excel_xml")) {
+    ExportJob(*book, "export_excel_xml", excelPath, options.records);
+  }
+  if (Chosen(options, "import_excel_xml")) {
+    LoadInChild("import_excel_xml", excelPath, options.records);
+  }
   if (Chosen(options, "filter_eval")) FilterEval(*book, options.records);
   // Fields: Id, LastName, FirstName, City, Birth, Salary, Quantity, Note.
   if (Chosen(options, "run_filters")) {

@@ -1,8 +1,9 @@
 // kpx convert: a document or a foreign file read and written under another name, in a native form
-// or as a text or xBase file, the side file going with it.
+// or as a text, xBase or Excel 2003 XML file, the side file going with it.
 #include <string>
 
 #include "document/exchange_files.h"
+#include "exchange/excel_xml.h"
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
@@ -38,14 +39,18 @@ std::string Extension(const std::string& path) {
   return text::Lower(path.substr(dot));
 }
 
-// By the extension: text and xBase files are foreign; anything else is native, told by its bytes
-// on reading.
-FileKind KindOfPath(const std::string& path) {
+// By the extension: text, xBase and Excel 2003 XML files are foreign; anything else is native,
+// told by its bytes on reading. An .xml file to read is SpreadsheetML or a native document by its
+// root element; one to write is SpreadsheetML.
+FileKind KindOfPath(const std::string& path, bool reading) {
   std::string extension = Extension(path);
   if (extension == ".csv" || extension == ".txt" || extension == ".tsv") {
     return FileKind{DocumentKind::kText};
   }
   if (extension == ".dbf") return FileKind{DocumentKind::kDbase3};
+  if (extension == ".xml" && (!reading || SniffXmlRoot(path) != XmlRoot::kNative)) {
+    return FileKind{DocumentKind::kExcelXml};
+  }
   return FileKind{};
 }
 
@@ -110,12 +115,12 @@ int RunConvert(CommandContext& context) {
   const CommandInfo& self = *FindCommand("convert");
   Args args(context.words,
             {"format", "from", "to", "table", "separator", "quote", "encoding", "widths"},
-            {"numbers", "header", "oem"});
+            {"numbers", "header", "oem", "as-tables"});
   if (!args.ok()) return UsageError(context, self, args.error());
   if (args.positionals().size() != 2) return UsageError(context, self, "IN and OUT are needed");
   const std::string& in = args.positionals()[0];
   const std::string& out = args.positionals()[1];
-  FileKind from = KindOfPath(in);
+  FileKind from = KindOfPath(in, true);
   if (std::optional<std::string> name = args.Value("from")) {
     std::optional<FileKind> kind = ParseKind(*name);
     if (!kind) return UsageError(context, self, "unknown kind '" + *name + "'");
@@ -131,12 +136,14 @@ int RunConvert(CommandContext& context) {
     to = ParseKind(*name);
     if (!to) return UsageError(context, self, "unknown kind '" + *name + "'");
   }
-  if (!to) to = KindOfPath(out);
-  if (from.kind == DocumentKind::kExcelXml || to->kind == DocumentKind::kExcelXml) {
-    return Fail(context, "Excel 2003 XML files are not read or written yet");
+  if (!to) to = KindOfPath(out, false);
+  if (args.Flag("as-tables") && from.kind != DocumentKind::kExcelXml) {
+    return UsageError(context, self, "--as-tables reads an Excel 2003 XML file");
   }
   CommandDocument document(context);
   ExchangeFiles& exchange = document.session.exchangeFiles();
+  exchange.excelMode =
+      args.Flag("as-tables") ? ExcelXmlMode::kWorksheetsAsTables : ExcelXmlMode::kDatabase;
   std::string why;
   if (!ReadTextOptions(args, in, exchange.textOptions, why)) return UsageError(context, self, why);
   exchange.xbaseImport.oem = args.Flag("oem");

@@ -32,9 +32,10 @@ const std::vector<CommandInfo>& Commands() {
       {"convert",
        "IN OUT [--from KIND] [--to KIND] [--table NAME] [--format xml|xml.gz|binary|binary.gz] "
        "[--separator comma|tab|semicolon|space|point|C] [--quote C] [--encoding utf8|ansi|oem] "
-       "[--numbers] [--widths W1,W2,...] [--header] [--oem]",
-       "read a document or a text or xBase file and write it under another name and kind "
-       "(KIND: xml, xml.gz, binary, binary.gz, text, dbase3, dbase4, foxpro, clipper)",
+       "[--numbers] [--widths W1,W2,...] [--header] [--oem] [--as-tables]",
+       "read a document or a text, xBase or Excel 2003 XML file and write it under another name "
+       "and kind (KIND: xml, xml.gz, binary, binary.gz, text, dbase3, dbase4, foxpro, clipper, "
+       "excel-xml; --as-tables reads each worksheet of a spreadsheet as a table)",
        RunConvert},
       {"filter",
        "FILE --table NAME (--field NAME (--op OP --value TEXT | --expr FORMULA | --clear) | "

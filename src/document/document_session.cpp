@@ -1,13 +1,13 @@
 #include "document/document_session.h"
 
-
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_status.h"
 #include "document/exchange_files.h"
-#include "exchange/import_table.h"
 #include "document/protection_rules.h"
 #include "document/recent_files.h"
+#include "exchange/excel_xml.h"
+#include "exchange/import_table.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
 #include "persist/side_values.h"
@@ -168,6 +168,10 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
   int line = 0;
   ErrorCode error = err::kNone;
   NativeFormat format = NativeFormat::kDefault;
+  // An .xml file may be a native document as well as a spreadsheet's: its root element tells.
+  if (openKind == DocumentKind::kExcelXml && SniffXmlRoot(path) == XmlRoot::kNative) {
+    openKind = DocumentKind::kNative;
+  }
   if (openKind == DocumentKind::kNative) {
     NativeFileKind kind = NativeFileKind::kNone;
     Password password;
@@ -193,6 +197,7 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
     // A cancelled import dialog fails without a code: nothing is shown, and no document stays.
     ok = foreign_->Read(openKind, path, book_, reuseOptions);
     error = book_.errorCode;
+    line = foreign_->ErrorLine();
   } else {
     // No reader for this kind is linked into the program.
     error = err::kFileOpenRead;

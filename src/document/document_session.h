@@ -38,6 +38,8 @@ class ForeignFiles {
   virtual bool Read(DocumentKind openKind, const std::string& path, Workbook& book,
                     bool reuseOptions) = 0;
   virtual bool Write(DocumentKind openKind, const std::string& path, const Workbook& book) = 0;
+  // The line of the file a failed Read stopped at, for the XML codes; 0 when none.
+  virtual int ErrorLine() const { return 0; }
 };
 
 // Runs the field dialog's checks on a field given as the wizard's texts and inserts it at

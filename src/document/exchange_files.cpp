@@ -14,6 +14,7 @@ bool IsXbaseKind(DocumentKind kind) {
 
 bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workbook& book,
                          bool reuseOptions) {
+  errorLine_ = 0;
   if (openKind == DocumentKind::kText) {
     // A cancelled dialog fails with no code: the lifecycle shows nothing.
     if (!reuseOptions && !dialogs_->TextImport(path, textOptions)) return false;
@@ -28,7 +29,10 @@ bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workboo
     }
     return ImportXbase(book, path, options);
   }
-  book.errorCode = err::kFileOpenRead;  // no reader for Excel 2003 XML is linked in
+  if (openKind == DocumentKind::kExcelXml) {
+    return ImportExcelXml(book, path, excelMode, &errorLine_);
+  }
+  book.errorCode = err::kFileOpenRead;  // no reader for this kind is linked in
   return false;
 }
 
@@ -50,8 +54,10 @@ bool ExchangeFiles::Write(DocumentKind openKind, const std::string& path, const 
     }
     if (!dialogs_->XbaseExport(path, options)) return false;
     ok = ExportXbase(book, path, options, error);
+  } else if (openKind == DocumentKind::kExcelXml) {
+    ok = ExportExcelXml(book, path, error);
   } else {
-    error = err::kFileOpenWrite;  // no writer for Excel 2003 XML is linked in
+    error = err::kFileOpenWrite;  // no writer for this kind is linked in
   }
   // The lifecycle reads the outcome from the book, as it does for its own writers.
   if (!ok) const_cast<Workbook&>(book).errorCode = error;

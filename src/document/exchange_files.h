@@ -1,10 +1,12 @@
-// The foreign files the lifecycle opens and saves: text and xBase through src/exchange/. The
+// The foreign files the lifecycle opens and saves: text, xBase and Excel 2003 XML through
+// src/exchange/. The
 // options of the last import stay here, so that a Reload reads the file as it was read before.
 #pragma once
 
 #include <string>
 
 #include "document/document_session.h"
+#include "exchange/excel_xml.h"
 #include "exchange/text_options.h"
 #include "exchange/xbase.h"
 
@@ -37,6 +39,7 @@ class ExchangeFiles : public ForeignFiles {
   bool Read(DocumentKind openKind, const std::string& path, Workbook& book,
             bool reuseOptions) override;
   bool Write(DocumentKind openKind, const std::string& path, const Workbook& book) override;
+  int ErrorLine() const override { return errorLine_; }
 
   TextFileOptions textOptions;
   XbaseImportOptions xbaseImport;
@@ -44,10 +47,14 @@ class ExchangeFiles : public ForeignFiles {
   XbaseExportOptions xbaseExport;
   // What the last text import dropped for want of room.
   TextImportReport lastTextImport;
+  // How an Excel 2003 XML file is read: as a database with its catalogues, or each worksheet as
+  // a table of its own.
+  ExcelXmlMode excelMode = ExcelXmlMode::kDatabase;
 
  private:
   ExchangeDialogs defaultDialogs_;
   ExchangeDialogs* dialogs_ = &defaultDialogs_;
+  int errorLine_ = 0;
 };
 
 }  // namespace kelpdex

@@ -322,6 +322,21 @@ TEST_F(DocumentSessionTest, ForeignFilesTakeTheirOwnRouteByExtension) {
             "read 1 data.TXT;read 1 data.tsv;read 1 data.tsv again;write 1 data.tsv;");
 }
 
+TEST_F(DocumentSessionTest, AnXmlFileOpensAsNativeOrSpreadsheetByItsRootElement) {
+  // A native document under .xml, which the extension alone would send to the Excel reader.
+  std::string native = SavedSample("native.xml", NativeFormat::kXml);
+  ASSERT_TRUE(session.OpenFromCommandLine(native));
+  EXPECT_EQ(foreign.calls, "");
+  EXPECT_EQ(book.openKind, DocumentKind::kNative);
+  EXPECT_EQ(FirstRecordText(book), "person 0");
+  std::string sheet = dir.Write("sheet.xml",
+                                "<?xml version=\"1.0\"?>\n<Workbook "
+                                "xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\"/>");
+  ASSERT_TRUE(session.OpenFromCommandLine(sheet));
+  EXPECT_EQ(foreign.calls, "read 2 sheet.xml;");
+  EXPECT_EQ(book.openKind, DocumentKind::kExcelXml);
+}
+
 TEST_F(DocumentSessionTest, ReloadDiscardsChangesWithoutAsking) {
   std::string path = SavedSample("reload.kpx");
   ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
