@@ -196,6 +196,7 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
     book_.errorCode = err::kNone;
     // A cancelled import dialog fails without a code: nothing is shown, and no document stays.
     ok = foreign_->Read(openKind, path, book_, reuseOptions);
+    if (ok) openKind = foreign_->KindRead(openKind);
     error = book_.errorCode;
     line = foreign_->ErrorLine();
   } else {

@@ -40,6 +40,9 @@ class ForeignFiles {
   virtual bool Write(DocumentKind openKind, const std::string& path, const Workbook& book) = 0;
   // The line of the file a failed Read stopped at, for the XML codes; 0 when none.
   virtual int ErrorLine() const { return 0; }
+  // The kind a successful Read found the file to be, which a save then writes; `asked` unless
+  // the file said otherwise.
+  virtual DocumentKind KindRead(DocumentKind asked) const { return asked; }
 };
 
 // Runs the field dialog's checks on a field given as the wizard's texts and inserts it at

@@ -15,6 +15,7 @@ bool IsXbaseKind(DocumentKind kind) {
 bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workbook& book,
                          bool reuseOptions) {
   errorLine_ = 0;
+  kindRead_ = DocumentKind::kNative;
   if (openKind == DocumentKind::kText) {
     // A cancelled dialog fails with no code: the lifecycle shows nothing.
     if (!reuseOptions && !dialogs_->TextImport(path, textOptions)) return false;
@@ -27,7 +28,10 @@ bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workboo
       if (!dialogs_->XbaseImport(path, options)) return false;
       xbaseImport = options;
     }
-    return ImportXbase(book, path, options);
+    XbaseDialect read = options.dialect;
+    if (!ImportXbase(book, path, options, &read)) return false;
+    kindRead_ = static_cast<DocumentKind>(read);
+    return true;
   }
   if (openKind == DocumentKind::kExcelXml) {
     return ImportExcelXml(book, path, excelMode, &errorLine_);

@@ -40,6 +40,9 @@ class ExchangeFiles : public ForeignFiles {
             bool reuseOptions) override;
   bool Write(DocumentKind openKind, const std::string& path, const Workbook& book) override;
   int ErrorLine() const override { return errorLine_; }
+  DocumentKind KindRead(DocumentKind asked) const override {
+    return kindRead_ != DocumentKind::kNative ? kindRead_ : asked;
+  }
 
   TextFileOptions textOptions;
   XbaseImportOptions xbaseImport;
@@ -55,6 +58,7 @@ class ExchangeFiles : public ForeignFiles {
   ExchangeDialogs defaultDialogs_;
   ExchangeDialogs* dialogs_ = &defaultDialogs_;
   int errorLine_ = 0;
+  DocumentKind kindRead_ = DocumentKind::kNative;  // native: the kind asked for stands
 };
 
 }  // namespace kelpdex

@@ -66,7 +66,10 @@ struct XbaseImportOptions {
 // table named after the file. Memos go to the side file beside `path`. Deleted records are kept,
 // their cells red. False with the book's errorCode set and the book empty again; a cancel through
 // the progress sink fails with no code and leaves the side file as it was.
-bool ImportXbase(Workbook& book, const std::string& path, const XbaseImportOptions& options);
+// `dialectRead`, when given, receives the dialect the header named, which may differ from the one
+// asked for, so that a later save writes the file's own kind.
+bool ImportXbase(Workbook& book, const std::string& path, const XbaseImportOptions& options,
+                 XbaseDialect* dialectRead = nullptr);
 
 // One field of an export: the field list the export dialog edits.
 struct XbaseExportField {

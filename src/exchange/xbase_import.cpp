@@ -268,7 +268,8 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
 
 }  // namespace
 
-bool ImportXbase(Workbook& book, const std::string& path, const XbaseImportOptions& options) {
+bool ImportXbase(Workbook& book, const std::string& path, const XbaseImportOptions& options,
+                 XbaseDialect* dialectRead) {
   book.errorCode = err::kNone;
   FileStream in;
   if (!in.Open(path, StreamMode::kRead, false)) {
@@ -282,6 +283,7 @@ bool ImportXbase(Workbook& book, const std::string& path, const XbaseImportOptio
     return false;
   }
   XbaseDialect dialect = XbaseDialectOfVersion(header.version, options.dialect);
+  if (dialectRead != nullptr) *dialectRead = dialect;
   std::vector<FieldSpec> fields(header.fields.size());
   for (size_t i = 0; i < fields.size(); ++i) {
     fields[i].name = DefaultFieldName(static_cast<uint16_t>(i));
