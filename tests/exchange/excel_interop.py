@@ -9,40 +9,15 @@ Usage: excel_interop.py KPX
 import csv
 import glob
 import os
-import shutil
-import subprocess
 import sys
 import tempfile
 
-KPX = sys.argv[1]
-failures = []
+from office_peer import Peer, skip_without_soffice
 
-SOFFICE = shutil.which("soffice") or shutil.which("libreoffice")
-if SOFFICE is None:
-    print("excel_interop: soffice is not installed; LibreOffice test skipped")
-    sys.exit(0)
+peer = Peer(sys.argv[1])
+kpx, soffice, check = peer.kpx, peer.soffice, peer.check
 
-
-def kpx(*args):
-    done = subprocess.run([KPX, *args], capture_output=True, text=True)
-    if done.returncode != 0:
-        raise AssertionError(f"kpx {' '.join(args)}: {done.returncode} {done.stderr.strip()}")
-    return done.stdout
-
-
-def soffice(folder, target, source):
-    # A profile of its own, so that a desktop session of the user's is neither used nor disturbed.
-    profile = "file://" + os.path.join(folder, "profile")
-    done = subprocess.run([SOFFICE, f"-env:UserInstallation={profile}", "--headless",
-                           "--convert-to", target, "--outdir", folder, source],
-                          capture_output=True, text=True, timeout=300)
-    if done.returncode != 0:
-        raise AssertionError(f"soffice {target}: {done.returncode} {done.stderr.strip()}")
-
-
-def check(what, got, want):
-    if got != want:
-        failures.append(f"{what}:\n  got  {got!r}\n  want {want!r}")
+skip_without_soffice("excel_interop")
 
 
 def dump_rows(path, table):
@@ -104,10 +79,7 @@ def main():
         for table in ("People", "Orders"):
             check(f"{table} after LibreOffice", dump_rows(reread, table),
                   dump_rows(database, table))
-    if failures:
-        print("\n".join(failures))
-        sys.exit(1)
-    print("excel_interop: LibreOffice read our export and wrote a file we read back the same")
+    peer.finish("excel_interop: LibreOffice read our export and wrote a file we read back the same")
 
 
 main()

@@ -9,45 +9,18 @@ Usage: office_interop.py KPX
 """
 import csv
 import os
-import shutil
-import subprocess
 import sys
 import tempfile
 
-KPX = sys.argv[1]
-failures = []
+from office_peer import Peer, skip_without_soffice
 
-SOFFICE = shutil.which("soffice") or shutil.which("libreoffice")
-if SOFFICE is None:
-    print("office_interop: soffice is not installed; LibreOffice test skipped")
-    sys.exit(0)
+peer = Peer(sys.argv[1])
+kpx, soffice, check = peer.kpx, peer.soffice, peer.check
+
+skip_without_soffice("office_interop")
 
 # UTF-8 (76), comma (44), double quote (34), first line 1, every column as text.
 CSV_FILTER = "csv:Text - txt - csv (StarCalc):44,34,76,1,,0,false,true,false,false,false,-1"
-
-
-def kpx(*args):
-    done = subprocess.run([KPX, *args], capture_output=True, text=True)
-    if done.returncode != 0:
-        raise AssertionError(f"kpx {' '.join(args)}: {done.returncode} {done.stderr.strip()}")
-    return done.stdout
-
-
-def soffice(folder, target, source, infilter=None):
-    # A profile of its own, so that a desktop session of the user's is neither used nor disturbed.
-    profile = "file://" + os.path.join(folder, "profile")
-    command = [SOFFICE, f"-env:UserInstallation={profile}", "--headless"]
-    if infilter:
-        command.append(f"--infilter={infilter}")
-    done = subprocess.run(command + ["--convert-to", target, "--outdir", folder, source],
-                          capture_output=True, text=True, timeout=300)
-    if done.returncode != 0:
-        raise AssertionError(f"soffice {target}: {done.returncode} {done.stderr.strip()}")
-
-
-def check(what, got, want):
-    if got != want:
-        failures.append(f"{what}:\n  got  {got!r}\n  want {want!r}")
 
 
 def dump_rows(path):
@@ -96,10 +69,7 @@ def main():
               [line.strip() for line in kpx("info", reread).splitlines() if line.startswith("  ")],
               ["Name\tText / Link", "Age\tNumber", "Town\tText / Link"])
 
-    if failures:
-        print("\n".join(failures))
-        sys.exit(1)
-    print("office_interop: LibreOffice read our CSV, and we read its CSV the same")
+    peer.finish("office_interop: LibreOffice read our CSV, and we read its CSV the same")
 
 
 main()

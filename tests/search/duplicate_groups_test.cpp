@@ -9,35 +9,18 @@
 #include <vector>
 
 #include "search/record_sets.h"
-#include "table/table_fixture.h"
+#include "search/sort_fixture.h"
 
 namespace kelpdex {
 namespace {
 
 using testing::Field;
 
-class DuplicateGroupsTest : public testing::TableTest {
+class DuplicateGroupsTest : public testing::SortTest {
  protected:
   void SetUp() override {
     MakeTable({Field("A", FieldType::kText), Field("B", FieldType::kNumber),
                Field("C", FieldType::kText)});
-  }
-  SortKeys Keys(std::initializer_list<uint16_t> fields) {
-    SortKeys keys;
-    for (uint16_t f : fields) {
-      keys.fields[keys.count] = f;
-      keys.flags[keys.count++] = true;
-    }
-    return keys;
-  }
-  int Compare(const SortKeys& keys, uint32_t a, uint32_t b) {
-    const CellRecord* left[kMaxSortKeys];
-    const CellRecord* right[kMaxSortKeys];
-    for (uint16_t k = 0; k < keys.count; ++k) {
-      left[k] = Data().cells.GetCell(a, keys.fields[k]);
-      right[k] = Data().cells.GetCell(b, keys.fields[k]);
-    }
-    return CompareRows(left, right, keys.count, keys.flags);
   }
 };
 
@@ -77,7 +60,7 @@ TEST_F(DuplicateGroupsTest, GroupsAreTheSortedWalksResult) {
       keyOf[r] = key;
       ++groups[key];
     }
-    SortKeys keys = Keys({0, 1, 2});
+    SortKeys keys = Keys({{0, true}, {1, true}, {2, true}});
     std::vector<uint32_t> found(rows);
     uint32_t count = 0;
     ASSERT_TRUE(GroupDuplicates(Data(), keys, found.data(), rows, count)) << seed;
@@ -106,7 +89,7 @@ TEST_F(DuplicateGroupsTest, NumbersBesideTextsGoToTheSort) {
   PutText(0, 0, "5");
   PutNumber(1, 0, 5);
   PutText(2, 0, "x");
-  SortKeys keys = Keys({0});
+  SortKeys keys = Keys({{0, true}});
   std::vector<uint32_t> rows(3, 7);
   uint32_t count = 0;
   EXPECT_FALSE(GroupDuplicates(Data(), keys, rows.data(), 3, count));
@@ -121,7 +104,7 @@ TEST_F(DuplicateGroupsTest, RowsPastTheCountAndRecordsWithoutCells) {
   PutText(1, 2, "q");
   PutText(4, 0, "only");
   PutText(9, 0, "only");  // past the count below
-  SortKeys keys = Keys({0});
+  SortKeys keys = Keys({{0, true}});
   std::vector<uint32_t> rows(6);
   uint32_t count = 0;
   ASSERT_TRUE(GroupDuplicates(Data(), keys, rows.data(), 6, count));

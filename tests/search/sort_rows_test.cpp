@@ -8,26 +8,18 @@
 #include <vector>
 
 #include "search/run_filters.h"
+#include "search/sort_fixture.h"
 #include "search/sort_keys.h"
-#include "table/table_fixture.h"
 
 namespace kelpdex {
 namespace {
 
 using testing::Field;
 
-class SortRowsTest : public testing::TableTest {
+class SortRowsTest : public testing::SortTest {
  protected:
   void SetUp() override {
     MakeTable({Field("A", FieldType::kText), Field("B", FieldType::kNumber)});
-  }
-  SortKeys Keys(std::vector<std::pair<uint16_t, bool>> keys) {
-    SortKeys k;
-    for (auto [field, natural] : keys) {
-      k.fields[k.count] = field;
-      k.flags[k.count++] = natural;
-    }
-    return k;
   }
   std::vector<uint32_t> Sorted(const SortKeys& keys, uint32_t count) {
     std::vector<uint32_t> rows(count);
@@ -39,15 +31,6 @@ class SortRowsTest : public testing::TableTest {
     std::vector<std::string> shown;
     for (uint32_t row : rows) shown.push_back(At(row, column));
     return shown;
-  }
-  int Compare(const SortKeys& keys, uint32_t a, uint32_t b) {
-    const CellRecord* left[kMaxSortKeys];
-    const CellRecord* right[kMaxSortKeys];
-    for (uint16_t k = 0; k < keys.count; ++k) {
-      left[k] = Data().cells.GetCell(a, keys.fields[k]);
-      right[k] = Data().cells.GetCell(b, keys.fields[k]);
-    }
-    return CompareRows(left, right, keys.count, keys.flags);
   }
 };
 
