@@ -145,7 +145,9 @@ int RunConvert(CommandContext& context) {
   exchange.excelMode =
       args.Flag("as-tables") ? ExcelXmlMode::kWorksheetsAsTables : ExcelXmlMode::kDatabase;
   std::string why;
-  if (!ReadTextOptions(args, in, exchange.textOptions, why)) return UsageError(context, self, why);
+  if (!ReadTextOptions(args, in, exchange.importTextOptions, why)) {
+    return UsageError(context, self, why);
+  }
   exchange.xbaseImport.oem = args.Flag("oem");
   exchange.xbaseExport.oem = args.Flag("oem");
   // Reading a file another process has open is harmless; the copy is written elsewhere.
@@ -169,7 +171,8 @@ int RunConvert(CommandContext& context) {
     }
   }
   // The options given apply to both files; only the separator a name implies differs.
-  if (!ReadTextOptions(args, out, exchange.textOptions, why)) return UsageError(context, self, why);
+  TextFileOptions& outOptions = document.book.textOptions;
+  if (!ReadTextOptions(args, out, outOptions, why)) return UsageError(context, self, why);
   document.prompter.saveChoice = SaveFileChoice{out, SaveFilterOfKind(to->kind)};
   return document.session.SaveDocumentAs() ? kExitSuccess : kExitFailure;
 }

@@ -138,6 +138,7 @@ void DocumentSession::ResetDocument() {
   book_.fileName.clear();
   book_.openKind = DocumentKind::kNative;
   book_.fileFormat = NativeFormat::kDefault;
+  book_.textOptions = TextFileOptions();
   book_.protectionMode = 0;
   book_.password.Wipe();
   book_.modified = false;
@@ -275,7 +276,9 @@ bool DocumentSession::ReloadDocument() {
   if (!HasDocument() || book_.fileName.empty()) return false;
   std::string path = book_.fileName;
   DocumentKind kind = book_.openKind;
+  TextFileOptions textOptions = book_.textOptions;
   ResetDocument();
+  book_.textOptions = textOptions;
   // The user chose this file already: a file in use is read again read-only, without asking.
   if (!LockForOpen(path, false) || !LoadFile(path, kind, true)) {
     ResetDocument();

@@ -17,9 +17,16 @@ bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workboo
   errorLine_ = 0;
   kindRead_ = DocumentKind::kNative;
   if (openKind == DocumentKind::kText) {
-    // A cancelled dialog fails with no code: the lifecycle shows nothing.
-    if (!reuseOptions && !dialogs_->TextImport(path, textOptions)) return false;
-    return ImportText(book, path, textOptions, &lastTextImport);
+    TextFileOptions options = book.textOptions;
+    if (!reuseOptions) {
+      // A cancelled dialog fails with no code: the lifecycle shows nothing.
+      options = importTextOptions;
+      if (!dialogs_->TextImport(path, options)) return false;
+      importTextOptions = options;
+    }
+    if (!ImportText(book, path, options, &lastTextImport)) return false;
+    book.textOptions = options;
+    return true;
   }
   if (IsXbaseKind(openKind)) {
     XbaseImportOptions options = xbaseImport;
@@ -44,8 +51,11 @@ bool ExchangeFiles::Write(DocumentKind openKind, const std::string& path, const 
   ErrorCode error = err::kNone;
   bool ok = false;
   if (openKind == DocumentKind::kText) {
-    if (!dialogs_->TextExport(path, textOptions)) return false;
-    ok = ExportText(book, path, textOptions, error);
+    TextFileOptions options = book.textOptions;
+    if (!dialogs_->TextExport(path, options)) return false;
+    ok = ExportText(book, path, options, error);
+    // The document keeps what it was written with, for the next save.
+    if (ok) const_cast<Workbook&>(book).textOptions = options;
   } else if (IsXbaseKind(openKind)) {
     XbaseExportOptions options = xbaseExport;
     options.dialect = static_cast<XbaseDialect>(openKind);

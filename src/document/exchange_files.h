@@ -1,6 +1,6 @@
 // The foreign files the lifecycle opens and saves: text, xBase and Excel 2003 XML through
-// src/exchange/. The
-// options of the last import stay here, so that a Reload reads the file as it was read before.
+// src/exchange/. The options of the last xBase import stay here, so that a Reload reads the file
+// as it was read before; a text file's options stay in the document.
 #pragma once
 
 #include <string>
@@ -44,7 +44,9 @@ class ExchangeFiles : public ForeignFiles {
     return kindRead_ != DocumentKind::kNative ? kindRead_ : asked;
   }
 
-  TextFileOptions textOptions;
+  // What the text import dialog starts from: the user's last choice in this session. The
+  // options a document was read or written with stay in the document.
+  TextFileOptions importTextOptions;
   XbaseImportOptions xbaseImport;
   // Its dialect comes from the kind written; an empty field list is made from the table.
   XbaseExportOptions xbaseExport;

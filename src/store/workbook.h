@@ -18,6 +18,7 @@
 #include "store/record_set.h"
 #include "store/sheet_records.h"
 #include "store/style_table.h"
+#include "store/text_file_options.h"
 #include "store/undo_recorder.h"
 #include "store/undo_slot.h"
 
@@ -168,6 +169,8 @@ class Workbook {
   std::string fileName;  // the full path, empty for a new document
   DocumentKind openKind = DocumentKind::kNative;
   NativeFormat fileFormat = NativeFormat::kDefault;
+  // How its text file is read and written, when it came from one or went to one.
+  TextFileOptions textOptions;
   uint8_t protectionMode = 0;  // 0 none, 1 a read-only copy ahead of the cipher text, 2 enciphered
   // The password the next save derives its key from; empty when none was given. Wiped on reset.
   Password password;

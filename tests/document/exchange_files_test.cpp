@@ -5,8 +5,11 @@
 #include <string>
 
 #include "document/document_session.h"
+#include "store/field_row.h"
+#include "support/file_bytes.h"
 #include "support/recording_prompter.h"
 #include "support/temp_dir.h"
+#include "table/table_state.h"
 
 namespace kelpdex {
 namespace {
@@ -43,6 +46,44 @@ TEST(ExchangeFilesTest, AnXbaseFileKeepsTheDialectItsHeaderNames) {
   std::string plain = dir.Write("plain.dbf", OneRecordDbf(0x03));
   ASSERT_TRUE(session.OpenDocument(plain, DocumentKind::kFoxPro));
   EXPECT_EQ(book.openKind, DocumentKind::kFoxPro);
+}
+
+// The import dialog's choice stays with the document: a Reload reads with it without asking, and
+// a save writes the file back the same way.
+TEST(ExchangeFilesTest, ATextFileKeepsItsOptionsForReloadAndSave) {
+  struct SemicolonDialogs : ExchangeDialogs {
+    bool TextImport(const std::string&, TextFileOptions& options) override {
+      ++asked;
+      options.separator = ';';
+      return true;
+    }
+    int asked = 0;
+  } dialogs;
+  testing::TempDir dir;
+  testing::RecordingPrompter prompter;
+  testing::ScopedPrompter scope(prompter);
+  Workbook book;
+  SessionSettings settings;
+  DocumentSession session(book, settings);
+  session.exchangeFiles().SetDialogs(&dialogs);
+  std::string path = dir.Write("data.csv", "a;b;c,d\r\n");
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kText));
+  TableSpec table;
+  ASSERT_TRUE(CurrentTable(book, table));
+  EXPECT_EQ(FieldCount(table), 3);
+  ASSERT_TRUE(session.ReloadDocument());
+  EXPECT_EQ(dialogs.asked, 1);
+  ASSERT_TRUE(CurrentTable(book, table));
+  EXPECT_EQ(FieldCount(table), 3);
+  EXPECT_EQ(book.textOptions.separator, ';');
+  // The save writes the file anew with the semicolon; with a comma "c,d" would be quoted.
+  dir.Write("data.csv", "");
+  ASSERT_TRUE(session.SaveDocument());
+  EXPECT_EQ(testing::ReadFileBytes(path), "a;b;c,d\r\n");
+  // Another document starts from the defaults; the dialog from the last choice.
+  ASSERT_TRUE(session.CloseDocument());
+  EXPECT_EQ(book.textOptions.separator, ',');
+  EXPECT_EQ(session.exchangeFiles().importTextOptions.separator, ';');
 }
 
 }  // namespace
