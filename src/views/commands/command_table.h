@@ -88,6 +88,7 @@ constexpr uint16_t kSaveAs = 57604;
 constexpr uint16_t kReload = 32802;
 constexpr uint16_t kCompact = 33138;
 constexpr uint16_t kProtection = 32803;
+constexpr uint16_t kOptions = 32983;
 constexpr uint16_t kRecentFirst = 57616;
 constexpr uint16_t kRecentLast = 57631;  // the range ends here: 57632 is Delete
 constexpr uint16_t kExit = 57665;

@@ -6,11 +6,11 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QGridLayout>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <functional>
 
 #include "core/reporting.h"
 #include "core/strings.h"
@@ -26,6 +26,8 @@
 #include "text/utf8.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
+#include "views/dialogs/name_dialog.h"
+#include "views/dialogs/sort_order_dialog.h"
 #include "views/frame/main_frame.h"
 #include "views/frame/status_progress.h"
 #include "views/grid/grid_view.h"
@@ -92,35 +94,35 @@ bool FilterDialog(MainFrame& frame, const TableSpec& table, uint16_t field, std:
 
 bool SortDialog(MainFrame& frame, const TableSpec& table) {
   SortOrderDialogModel model(table);
-  QDialog dialog(&frame);
-  dialog.setWindowTitle("Sort");
-  auto* grid = new QGridLayout(&dialog);
-  QComboBox* fields[SortOrderDialogModel::kRows];
-  QComboBox* directions[SortOrderDialogModel::kRows];
-  for (int r = 0; r < SortOrderDialogModel::kRows; ++r) {
-    fields[r] = new QComboBox(&dialog);
-    for (const std::string& c : model.choices()) fields[r]->addItem(Utf8(c));
-    fields[r]->setCurrentIndex(model.row(r).field + 1);
-    directions[r] = new QComboBox(&dialog);
-    directions[r]->addItems({"Ascending", "Descending"});
-    directions[r]->setCurrentIndex(model.row(r).descending ? 1 : 0);
-    grid->addWidget(fields[r], r, 0);
-    grid->addWidget(directions[r], r, 1);
-  }
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  grid->addWidget(buttons, SortOrderDialogModel::kRows, 0, 1, 2);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  SortOrderDialog dialog(model, &frame);
   if (dialog.exec() != QDialog::Accepted) return false;
-  for (int r = 0; r < SortOrderDialogModel::kRows; ++r) {
-    model.row(r).field = fields[r]->currentIndex() - 1;
-    model.row(r).descending = directions[r]->currentIndex() == 1;
-  }
   if (!model.Apply(table)) {
     ShowError(frame.book().errorCode);
     return false;
   }
   return true;
+}
+
+// The key dialog runs the key command itself on OK: a name clash and an empty name keep it open.
+KeyResult KeyNameDialog(MainFrame& frame, const char* title, const std::string& name,
+                        const std::function<KeyResult(const std::string&)>& command) {
+  KeyResult result = KeyResult::kEmptyName;
+  NameDialog dialog(
+      title, name, 1024,
+      [&](const std::string& typed) {
+        result = command(typed);
+        if (result == KeyResult::kNameExists) {
+          AskText(FormatString(159), mb::kOk | mb::kIconExclamation);
+          return false;
+        }
+        if (result == KeyResult::kEmptyName) {
+          QApplication::beep();
+          return false;
+        }
+        return true;
+      },
+      &frame);
+  return dialog.exec() == QDialog::Accepted ? result : KeyResult::kEmptyName;
 }
 
 // After filters, keys or the sort changed: the search runs again and the grid follows.
@@ -194,10 +196,10 @@ void RunSearchCommand(MainFrame& frame, uint16_t id) {
       if (!RemoveSortKeys(table, s.firstField, s.lastField)) return ShowError(book.errorCode);
       return Research(frame);
     case 33077: {
-      bool ok = false;
-      QString name =
-          QInputDialog::getText(&frame, "Add Search Key", "&Name:", QLineEdit::Normal, {}, &ok);
-      if (ok) Key(frame, AddSearchKey(table, CodePage(name)));
+      KeyResult result = KeyNameDialog(frame, "Add New Search Key", {}, [&](const std::string& n) {
+        return AddSearchKey(table, n);
+      });
+      if (result != KeyResult::kEmptyName) Key(frame, result);
       return;
     }
     case 33078:
@@ -211,9 +213,11 @@ void RunSearchCommand(MainFrame& frame, uint16_t id) {
       if (!ok) return;
       int index = FindSearchKey(table, CodePage(chosen));
       if (id == 33078) return Key(frame, DeleteSearchKey(table, static_cast<uint16_t>(index)));
-      QString name = QInputDialog::getText(&frame, "Rename Search Key", "&Name:", QLineEdit::Normal,
-                                           chosen, &ok);
-      if (ok) Key(frame, RenameSearchKey(table, static_cast<uint16_t>(index), CodePage(name)));
+      KeyResult result =
+          KeyNameDialog(frame, "Rename Search Key", CodePage(chosen), [&](const std::string& n) {
+            return RenameSearchKey(table, static_cast<uint16_t>(index), n);
+          });
+      if (result != KeyResult::kEmptyName) Key(frame, result);
       return;
     }
     default:

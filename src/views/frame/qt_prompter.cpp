@@ -13,6 +13,7 @@
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "text/utf8.h"
+#include "views/dialogs/protection_dialog.h"
 
 namespace kelpdex::views {
 
@@ -175,35 +176,18 @@ bool QtPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {
 PasswordChoice QtPrompter::AskOpenPassword(std::string_view path, bool readOnlyOffered,
                                            Password& password) {
   if (script) return PasswordChoice::kCancel;
-  QDialog dialog(parent_);
-  dialog.setWindowTitle("Password");
-  auto* form = new QFormLayout(&dialog);
-  auto* edit = new QLineEdit(&dialog);
-  edit->setEchoMode(QLineEdit::Password);
-  form->addRow(Utf8(path), static_cast<QWidget*>(nullptr));
-  form->addRow("&Password:", edit);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  QPushButton* readOnly = nullptr;
-  if (readOnlyOffered)
-    readOnly = buttons->addButton("Open As &Read-Only", QDialogButtonBox::ActionRole);
-  form->addRow(buttons);
-  PasswordChoice choice = PasswordChoice::kCancel;
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
-    choice = PasswordChoice::kPassword;
-    dialog.accept();
-  });
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  if (readOnly != nullptr) {
-    QObject::connect(readOnly, &QPushButton::clicked, &dialog, [&] {
-      choice = PasswordChoice::kReadOnly;
-      dialog.accept();
-    });
-  }
+  OpenPasswordDialog dialog(Utf8(path), readOnlyOffered, parent_);
   dialog.exec();
-  if (choice == PasswordChoice::kPassword) {
-    password.Set(text::Utf8ToCp1252(edit->text().toStdString()));
+  if (dialog.choice() == PasswordChoice::kPassword) {
+    password.Set(text::Utf8ToCp1252(dialog.passwordBox()->text().toStdString()));
   }
-  return choice;
+  return dialog.choice();
+}
+
+bool QtPrompter::ProtectionDialog(ProtectionAnswers& answers) {
+  if (script) return false;
+  views::ProtectionDialog dialog(answers, parent_);
+  return dialog.exec() == QDialog::Accepted;
 }
 
 }  // namespace kelpdex::views
