@@ -13,7 +13,9 @@
 #include "frame_fixture.h"
 #include "search/search_keys.h"
 #include "views/dialogs/field_dialog.h"
+#include "views/dialogs/filter_dialog.h"
 #include "views/dialogs/name_dialog.h"
+#include "views/dialogs/new_database_wizard.h"
 #include "views/dialogs/options_dialog.h"
 #include "views/dialogs/protection_dialog.h"
 #include "views/dialogs/sort_order_dialog.h"
@@ -40,6 +42,9 @@ class Dialogs : public testing::FrameTest {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
     QDir().mkpath(KELPDEX_RENDER_DIR);
     EXPECT_TRUE(dialog.grab().save(QString(KELPDEX_RENDER_DIR) + "/" + png));
+  }
+  void Save(QWidget& widget, const char* png) {
+    EXPECT_TRUE(widget.grab().save(QString(KELPDEX_RENDER_DIR) + "/" + png));
   }
   QString LastAsked() const { return asked.empty() ? QString() : asked.back(); }
   TableSpec table;
@@ -228,6 +233,89 @@ TEST_F(Dialogs, OptionsStoreOnlyOnOk) {
   EXPECT_EQ(settings.defaultFileFormat, NativeFormat::kBinary);
   EXPECT_FALSE(settings.wrapTextInMemoFields);
   EXPECT_TRUE(settings.fontName.empty());
+}
+
+TEST_F(Dialogs, FilterDialogPreviewsItsFormulaAndAppliesAsItCloses) {
+  Put(0, 0, "Skiff");
+  Put(1, 0, "Sloop");
+  Put(2, 0, "Skiff");
+  Put(0, 1, "5");
+  ASSERT_TRUE(frame->SearchCurrentTable());
+  frame->RebuildForTable(false);
+  ASSERT_EQ(book.records.count(), 3u);
+  grid().MoveTo(0, 0);
+  ASSERT_TRUE(frame->Dispatch(33113));
+  auto* filter = qobject_cast<FilterDialog*>(frame->filterDialog.data());
+  ASSERT_NE(filter, nullptr);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(filter));
+  EXPECT_EQ(filter->searchRadio()->text(), "&Search 'Name' for:");
+  EXPECT_EQ(filter->operatorList()->currentText(), "Equal");
+  // Typing re-expands the filter into the Expression box as a preview.
+  QTest::keyClicks(filter->searchBox(), "Skiff");
+  EXPECT_TRUE(filter->expressionBox()->text().contains("Skiff"));
+  EXPECT_TRUE(filter->searchRadio()->isChecked());
+  QDir().mkpath(KELPDEX_RENDER_DIR);
+  EXPECT_TRUE(filter->grab().save(QString(KELPDEX_RENDER_DIR) + "/filter_dialog.png"));
+  // Enter closes and applies: the search runs again with the filter.
+  QTest::keyClick(filter->searchBox(), Qt::Key_Return);
+  QApplication::processEvents();
+  EXPECT_TRUE(frame->filterDialog.isNull());
+  EXPECT_EQ(book.records.count(), 2u);
+  EXPECT_FALSE(GetKeyFilterText(table, 0, 0).empty());
+
+  // Cancel keeps the filter it shows but leaves the records as they are.
+  grid().MoveTo(1, 0);
+  ASSERT_TRUE(frame->Dispatch(33113));
+  filter = qobject_cast<FilterDialog*>(frame->filterDialog.data());
+  ASSERT_NE(filter, nullptr);
+  QTest::keyClicks(filter->expressionBox(), "=Length>4");
+  EXPECT_TRUE(filter->expressionRadio()->isChecked());
+  QTest::keyClick(filter->expressionBox(), Qt::Key_Escape);
+  QApplication::processEvents();
+  EXPECT_EQ(GetKeyFilterText(table, 0, 1), "0:=Length>4");
+  EXPECT_EQ(book.records.count(), 2u);
+
+  // A Long Text field gets the one text box, with its options shown off.
+  FilterDialog text("Log", FieldType::kLongText, "", frame.get());
+  EXPECT_EQ(text.searchRadio(), nullptr);
+  QTest::keyClicks(text.searchBox(), "storm");
+  EXPECT_EQ(text.filterText(), "0:storm");
+}
+
+TEST_F(Dialogs, NewDatabaseWizardChecksEachPageBeforeItGoesOn) {
+  NewDatabaseAnswers answers;
+  NewDatabaseWizard wizard(answers, frame.get());
+  Open(wizard, "new_database_wizard.png");
+  EXPECT_EQ(wizard.windowTitle(), "New Database - Table");
+  wizard.tableBox()->setText("System");
+  wizard.next();
+  EXPECT_EQ(wizard.currentId(), 0);
+  EXPECT_FALSE(LastAsked().isEmpty());
+  wizard.tableBox()->setText("Fleet ");
+  wizard.next();
+  ASSERT_EQ(wizard.currentId(), 1);
+  EXPECT_EQ(wizard.windowTitle(), "New Database - Fields");
+  // Each field passes the field dialog's checks, among the fields listed before it too.
+  QTest::keyClicks(wizard.fieldNameBox(), "Hull");
+  QTest::keyClick(wizard.fieldNameBox(), Qt::Key_Return);
+  wizard.fieldNameBox()->setText("hull");
+  wizard.addFieldButton()->click();
+  EXPECT_EQ(LastAsked(),
+            "A field with that name already exists. Please enter a unique field name.");
+  wizard.fieldNameBox()->setText("Crew");
+  wizard.fieldTypeBox()->setCurrentIndex(1);
+  wizard.next();  // the name still typed is added on the way
+  ASSERT_EQ(wizard.currentId(), 2);
+  EXPECT_EQ(wizard.fieldList()->count(), 2);
+  EXPECT_EQ(wizard.fieldList()->item(1)->text(), "Crew (Number)");
+  Save(wizard, "new_database_wizard_file.png");
+  wizard.fileBox()->setText("/tmp/fleet.kpx");
+  wizard.accept();
+  EXPECT_EQ(answers.tableName, "Fleet");
+  ASSERT_EQ(answers.fields.size(), 2u);
+  EXPECT_EQ(answers.fields[0].name, "Hull");
+  EXPECT_EQ(answers.fields[1].type, FieldType::kNumber);
+  EXPECT_EQ(answers.path, "/tmp/fleet.kpx");
 }
 
 }  // namespace

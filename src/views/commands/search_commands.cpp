@@ -1,15 +1,9 @@
-// Tools menu's searching: the field filter (the plain form of the filter dialog), the search
-// keys, the sort order, and the record sets of Remove All Filters, Find Duplicates and Find
-// Complement.
+// Tools menu's searching: the field's floating filter dialog, the search keys, the sort order, and
+// the record sets of Remove All Filters, Find Duplicates and Find Complement.
 #include <QApplication>
-#include <QComboBox>
 #include <QDialog>
-#include <QDialogButtonBox>
-#include <QFormLayout>
 #include <QInputDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QRadioButton>
+#include <QPointer>
 #include <functional>
 
 #include "core/reporting.h"
@@ -26,6 +20,7 @@
 #include "text/utf8.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
+#include "views/dialogs/filter_dialog.h"
 #include "views/dialogs/name_dialog.h"
 #include "views/dialogs/sort_order_dialog.h"
 #include "views/frame/main_frame.h"
@@ -41,55 +36,6 @@ QString Utf8(std::string_view codePage) {
 }
 std::string CodePage(const QString& text) {
   return text::Utf8ToCp1252(text.toStdString());
-}
-
-// The filter dialog's widgets over its model; false on Cancel.
-bool FilterDialog(MainFrame& frame, const TableSpec& table, uint16_t field, std::string& filter) {
-  FieldSpec spec;
-  if (!ReadField(table, field, spec)) return false;
-  FilterDialogModel model(spec.name, spec.type, GetKeyFilterText(table, 0, field));
-  QDialog dialog(&frame);
-  dialog.setWindowTitle("Set Search Filter");
-  auto* form = new QFormLayout(&dialog);
-  auto* search = new QRadioButton(Utf8(model.Heading()), &dialog);
-  auto* op = new QComboBox(&dialog);
-  auto* text = new QLineEdit(Utf8(model.searchText()), &dialog);
-  auto* expressionSide = new QRadioButton("&Expression:", &dialog);
-  auto* expression = new QLineEdit(Utf8(model.expression()), &dialog);
-  if (!model.textOnly()) {
-    for (const char* name : kFilterOperatorNames) op->addItem(name);
-    if (model.operatorIndex() >= 0) op->setCurrentIndex(model.operatorIndex());
-    form->addRow(search);
-    form->addRow(op, text);
-    form->addRow(expressionSide, expression);
-    (model.side() == FilterDialogModel::Side::kSearch ? search : expressionSide)->setChecked(true);
-  } else {
-    form->addRow(new QLabel(Utf8(model.Heading()), &dialog));
-    form->addRow(text);
-  }
-  model.OnExpressionPreview([&](const std::string& shown) { expression->setText(Utf8(shown)); });
-  QObject::connect(text, &QLineEdit::textEdited, &dialog, [&](const QString& t) {
-    model.SetSearchText(CodePage(t));
-    search->setChecked(true);
-  });
-  QObject::connect(op, &QComboBox::activated, &dialog, [&](int i) {
-    model.SetOperator(i);
-    search->setChecked(true);
-  });
-  QObject::connect(expression, &QLineEdit::textEdited, &dialog, [&](const QString& t) {
-    model.SetExpressionText(CodePage(t));
-    expressionSide->setChecked(true);
-  });
-  QObject::connect(search, &QRadioButton::toggled, &dialog, [&](bool on) {
-    model.SetSide(on ? FilterDialogModel::Side::kSearch : FilterDialogModel::Side::kExpression);
-  });
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  form->addRow(buttons);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  if (dialog.exec() != QDialog::Accepted) return false;
-  filter = model.FilterText();
-  return true;
 }
 
 bool SortDialog(MainFrame& frame, const TableSpec& table) {
@@ -150,6 +96,34 @@ void Key(MainFrame& frame, KeyResult result) {
   }
 }
 
+// The filter dialog floats under the field's header cell and reports when it closes: the filter
+// it shows is stored either way, and the search runs again unless it was cancelled.
+void OpenFilterDialog(MainFrame& frame, const TableSpec& table, uint16_t field) {
+  if (frame.filterDialog) frame.filterDialog->close();
+  FieldSpec spec;
+  if (field >= frame.grid().fieldCount() || !ReadField(table, field, spec)) return;
+  auto* dialog = new FilterDialog(spec.name, spec.type, GetKeyFilterText(table, 0, field), &frame);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  GridView& grid = frame.grid();
+  int left = 0;
+  for (int i = 0; i < grid.columns().count; ++i) {
+    if (grid.columns().spans[i].field == field) left = grid.columns().spans[i].left;
+  }
+  dialog->move(grid.viewport()->mapToGlobal(QPoint(left, kHeaderHeight)));
+  QObject::connect(dialog, &FilterDialog::closedWith, &frame, [&frame, field, dialog](bool apply) {
+    Workbook& book = frame.book();
+    TableSpec current;
+    if (!CurrentTable(book, current)) return;
+    if (!SetFieldFilter(current, field, dialog->filterText())) return ShowError(book.errorCode);
+    if (apply) return Research(frame);
+    // Kept but not searched: the header shows the filter that waits.
+    frame.session().MarkModified(true);
+    frame.grid().Refresh();
+  });
+  frame.filterDialog = dialog;
+  dialog->show();
+}
+
 }  // namespace
 
 void RunSearchCommand(MainFrame& frame, uint16_t id) {
@@ -161,14 +135,8 @@ void RunSearchCommand(MainFrame& frame, uint16_t id) {
   const bool shift = QApplication::keyboardModifiers() & Qt::ShiftModifier;
   switch (id) {
     case cmd::kSetSearchFilter:
-    case cmd::kSearchToolbar: {
-      std::string filter;
-      if (!FilterDialog(frame, table, grid.activeField(), filter)) return;
-      if (!SetFieldFilter(table, grid.activeField(), filter)) {
-        return ShowError(book.errorCode);
-      }
-      return Research(frame);
-    }
+    case cmd::kSearchToolbar:
+      return OpenFilterDialog(frame, table, grid.activeField());
     case cmd::kRemoveAllFilters:
     case cmd::kFindDuplicates:
     case cmd::kFindComplement: {

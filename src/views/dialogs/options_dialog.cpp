@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "document/options_lists.h"
 #include "views/dialogs/dialog_text.h"

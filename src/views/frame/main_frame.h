@@ -86,6 +86,9 @@ class MainFrame : public QMainWindow, public DocumentView {
   QTabBar* tabStrip() const { return tabs_; }
   QLabel* foundPane() const { return foundPane_; }
 
+  // The floating filter dialog while one is open: a new one closes it first.
+  QPointer<QWidget> filterDialog;
+
   // DocumentView.
   void TitleChanged(const std::string& title) override;
   void StatusChanged(const std::string& status) override;

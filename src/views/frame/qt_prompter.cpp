@@ -7,12 +7,12 @@
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPlainTextEdit>
 #include <QPushButton>
 
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "text/utf8.h"
+#include "views/dialogs/new_database_wizard.h"
 #include "views/dialogs/protection_dialog.h"
 
 namespace kelpdex::views {
@@ -138,39 +138,8 @@ bool QtPrompter::ChooseSaveFile(SaveFileChoice& choice) {
 
 bool QtPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {
   if (script) return false;
-  // The plain form of the wizard's three pages: the table, its fields one per line as
-  // "name" or "name: Number", and an optional file.
-  QDialog dialog(parent_);
-  dialog.setWindowTitle("New Database");
-  auto* form = new QFormLayout(&dialog);
-  auto* table = new QLineEdit("Table1", &dialog);
-  auto* fields = new QPlainTextEdit("Name\nNumber: Number", &dialog);
-  auto* file = new QLineEdit(&dialog);
-  form->addRow("&Table name:", table);
-  form->addRow("&Fields:", fields);
-  form->addRow("F&ile (optional):", file);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  form->addRow(buttons);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  if (dialog.exec() != QDialog::Accepted) return false;
-  answers.tableName = text::Utf8ToCp1252(table->text().trimmed().toStdString());
-  answers.fields.clear();
-  for (const QString& line : fields->toPlainText().split('\n', Qt::SkipEmptyParts)) {
-    WizardField field;
-    QString name = line.section(':', 0, 0).trimmed();
-    QString type = line.section(':', 1).trimmed().toLower();
-    if (name.isEmpty()) continue;
-    field.name = text::Utf8ToCp1252(name.toStdString());
-    field.type = type == "number"      ? FieldType::kNumber
-                 : type == "long text" ? FieldType::kLongText
-                 : type == "files"     ? FieldType::kFiles
-                                       : FieldType::kText;
-    field.link = type == "link";
-    answers.fields.push_back(field);
-  }
-  answers.path = text::Utf8ToCp1252(file->text().trimmed().toStdString());
-  return true;
+  views::NewDatabaseWizard wizard(answers, parent_);
+  return wizard.exec() == QDialog::Accepted;
 }
 
 PasswordChoice QtPrompter::AskOpenPassword(std::string_view path, bool readOnlyOffered,
