@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "document/side_value_text.h"
 #include "format/cell_text.h"
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_commands.h"

@@ -1,5 +1,5 @@
 // What the Long Text and Images/Files commands share: the cell that --table, --record and
-// --field name, and the text dump shows for such a cell.
+// --field name.
 #pragma once
 
 #include <cstdint>
@@ -24,10 +24,5 @@ struct ValueCell {
 int OpenValueCell(CommandContext& context, const CommandInfo& self, Args& args,
                   CommandDocument& document, FieldType type, bool readOnly, bool newRecord,
                   ValueCell& cell);
-
-// A Long Text cell as the start of its plain text, an Images/Files cell as its object names
-// joined by "; ", in the document's code page. False with the error when the side file fails.
-bool SideValueText(Workbook& book, Worksheet& data, uint32_t row, uint16_t column, FieldType type,
-                   std::string& shown, ErrorCode& error);
 
 }  // namespace kelpdex::kpx

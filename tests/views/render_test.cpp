@@ -11,6 +11,7 @@
 #include <QToolBar>
 
 #include "frame_fixture.h"
+#include "persist/side_values.h"
 #include "search/search_keys.h"
 #include "store/column_style.h"
 #include "store/style_table.h"
@@ -60,6 +61,7 @@ TEST_F(Render, MainWindowWithASampleTable) {
   ASSERT_TRUE(SetColumnStyleAttribute(book, *table.data, 1, style::kFill, values, nullptr));
   ASSERT_TRUE(SetFieldFilter(table, 1, "2:Oslo"));
   ASSERT_TRUE(SetFieldFilter(table, 3, "4:3000"));
+  SetLongTextValue(book, *table.data, 0, 5, "Met at the harbour fair.\nCall back in May.");
   Show();
   grid().SetFrozenFields(1);
   grid().SetSelection({1, 1, 3, 2});
@@ -79,6 +81,15 @@ TEST_F(Render, MainWindowWithASampleTable) {
   EXPECT_EQ(grid().verticalScrollBar()->value(), static_cast<int>(grid().topPosition()));
   EXPECT_EQ(grid().horizontalScrollBar()->value(), 1);
   EXPECT_EQ(grid().horizontalScrollBar()->minimum(), 1);
+
+  // Split two by two, the lower panes scrolled on their own, with the binary pane beside them
+  // showing the Long Text of the current record.
+  ASSERT_TRUE(frame->Dispatch(32809));
+  ASSERT_TRUE(frame->Dispatch(32811));
+  grid().MoveTo(5, 0);
+  EXPECT_EQ(grid().DisplayText(5, 0), "Met at the harbour fair.");
+  Save(*frame, "split_panes.png");
+  ASSERT_TRUE(frame->Dispatch(32810));
 
   // The same document with a table of no fields.
   ASSERT_TRUE(CreateTable(book, "Bare"));

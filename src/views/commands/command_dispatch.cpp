@@ -1,10 +1,40 @@
 #include "views/commands/command_dispatch.h"
 
 #include "views/commands/command_table.h"
+#include "views/frame/binary_pane.h"
+#include "views/frame/grid_panes.h"
 #include "views/frame/main_frame.h"
 #include "views/grid/grid_view.h"
 
 namespace kelpdex::views {
+
+// Split Window: Horizontally and Vertically toggle their half of the layout, None removes both.
+void RunSplitCommand(MainFrame& frame, uint16_t id) {
+  GridPanes& panes = frame.panes();
+  const bool below = panes.splitHorizontally();
+  const bool right = panes.splitVertically();
+  const int binary = frame.binaryPanes().split();
+  switch (id) {
+    case cmd::kSplitTableHorizontal:
+      frame.SplitTable(!below, right);
+      break;
+    case cmd::kSplitTableVertical:
+      frame.SplitTable(below, !right);
+      break;
+    case cmd::kSplitTableNone:
+      frame.SplitTable(false, false);
+      break;
+    case cmd::kSplitBinaryHorizontal:
+      frame.SplitBinary(binary == 1 ? 0 : 1);
+      break;
+    case cmd::kSplitBinaryVertical:
+      frame.SplitBinary(binary == 2 ? 0 : 2);
+      break;
+    case cmd::kSplitBinaryNone:
+      frame.SplitBinary(0);
+      break;
+  }
+}
 
 bool DispatchCommand(MainFrame& frame, uint16_t id) {
   const Command* command = FindCommand(id);
@@ -46,8 +76,10 @@ bool DispatchCommand(MainFrame& frame, uint16_t id) {
     case Family::kHelp:
       RunSettingsCommand(frame, id);
       break;
-    case Family::kFormatSheet:
     case Family::kSplit:
+      RunSplitCommand(frame, id);
+      break;
+    case Family::kFormatSheet:
     case Family::kNotBuilt:
       return false;
   }

@@ -19,6 +19,7 @@ void RunTableCommand(MainFrame& frame, uint16_t id);   // tables and fields, cha
 void RunRecordCommand(MainFrame& frame, uint16_t id);  // records, stepping, Go To, find and replace
 void RunSearchCommand(MainFrame& frame, uint16_t id);  // filters, keys, sort, set operations
 void RunSettingsCommand(MainFrame& frame,
-                        uint16_t id);  // file format, locales, profiles, shell, help
+                        uint16_t id);                 // file format, locales, profiles, shell, help
+void RunSplitCommand(MainFrame& frame, uint16_t id);  // the table's and the binary pane's splits
 
 }  // namespace kelpdex::views

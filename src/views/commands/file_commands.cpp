@@ -1,5 +1,6 @@
-// File menu: New, Open, Reload, Close, Save, Save As, Compact, the recent files and Exit. The
-// session does the work and shows its own failures.
+// File menu: New, Open, Reload, Close, Save, Save As, Compact, Protection, the recent files
+// and Exit. The session does the work and shows its own failures.
+#include "document/protection_rules.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
 #include "views/frame/main_frame.h"
@@ -43,6 +44,9 @@ void RunFileCommand(MainFrame& frame, uint16_t id) {
       break;
     case cmd::kCompact:
       session.CompactDatabase();
+      break;
+    case cmd::kProtection:
+      ChangeProtection(session);
       break;
     case cmd::kExit:
       frame.close();

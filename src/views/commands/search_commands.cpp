@@ -1,16 +1,10 @@
-// Tools menu's searching: the field filter (the plain form of the filter dialog), the search
-// keys, the sort order, and the record sets of Remove All Filters, Find Duplicates and Find
-// Complement.
+// Tools menu's searching: the field's floating filter dialog, the search keys, the sort order, and
+// the record sets of Remove All Filters, Find Duplicates and Find Complement.
 #include <QApplication>
-#include <QComboBox>
 #include <QDialog>
-#include <QDialogButtonBox>
-#include <QFormLayout>
-#include <QGridLayout>
 #include <QInputDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QRadioButton>
+#include <QPointer>
+#include <functional>
 
 #include "core/reporting.h"
 #include "core/strings.h"
@@ -26,6 +20,9 @@
 #include "text/utf8.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
+#include "views/dialogs/filter_dialog.h"
+#include "views/dialogs/name_dialog.h"
+#include "views/dialogs/sort_order_dialog.h"
 #include "views/frame/main_frame.h"
 #include "views/frame/status_progress.h"
 #include "views/grid/grid_view.h"
@@ -41,86 +38,37 @@ std::string CodePage(const QString& text) {
   return text::Utf8ToCp1252(text.toStdString());
 }
 
-// The filter dialog's widgets over its model; false on Cancel.
-bool FilterDialog(MainFrame& frame, const TableSpec& table, uint16_t field, std::string& filter) {
-  FieldSpec spec;
-  if (!ReadField(table, field, spec)) return false;
-  FilterDialogModel model(spec.name, spec.type, GetKeyFilterText(table, 0, field));
-  QDialog dialog(&frame);
-  dialog.setWindowTitle("Set Search Filter");
-  auto* form = new QFormLayout(&dialog);
-  auto* search = new QRadioButton(Utf8(model.Heading()), &dialog);
-  auto* op = new QComboBox(&dialog);
-  auto* text = new QLineEdit(Utf8(model.searchText()), &dialog);
-  auto* expressionSide = new QRadioButton("&Expression:", &dialog);
-  auto* expression = new QLineEdit(Utf8(model.expression()), &dialog);
-  if (!model.textOnly()) {
-    for (const char* name : kFilterOperatorNames) op->addItem(name);
-    if (model.operatorIndex() >= 0) op->setCurrentIndex(model.operatorIndex());
-    form->addRow(search);
-    form->addRow(op, text);
-    form->addRow(expressionSide, expression);
-    (model.side() == FilterDialogModel::Side::kSearch ? search : expressionSide)->setChecked(true);
-  } else {
-    form->addRow(new QLabel(Utf8(model.Heading()), &dialog));
-    form->addRow(text);
-  }
-  model.OnExpressionPreview([&](const std::string& shown) { expression->setText(Utf8(shown)); });
-  QObject::connect(text, &QLineEdit::textEdited, &dialog, [&](const QString& t) {
-    model.SetSearchText(CodePage(t));
-    search->setChecked(true);
-  });
-  QObject::connect(op, &QComboBox::activated, &dialog, [&](int i) {
-    model.SetOperator(i);
-    search->setChecked(true);
-  });
-  QObject::connect(expression, &QLineEdit::textEdited, &dialog, [&](const QString& t) {
-    model.SetExpressionText(CodePage(t));
-    expressionSide->setChecked(true);
-  });
-  QObject::connect(search, &QRadioButton::toggled, &dialog, [&](bool on) {
-    model.SetSide(on ? FilterDialogModel::Side::kSearch : FilterDialogModel::Side::kExpression);
-  });
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  form->addRow(buttons);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  if (dialog.exec() != QDialog::Accepted) return false;
-  filter = model.FilterText();
-  return true;
-}
-
 bool SortDialog(MainFrame& frame, const TableSpec& table) {
   SortOrderDialogModel model(table);
-  QDialog dialog(&frame);
-  dialog.setWindowTitle("Sort");
-  auto* grid = new QGridLayout(&dialog);
-  QComboBox* fields[SortOrderDialogModel::kRows];
-  QComboBox* directions[SortOrderDialogModel::kRows];
-  for (int r = 0; r < SortOrderDialogModel::kRows; ++r) {
-    fields[r] = new QComboBox(&dialog);
-    for (const std::string& c : model.choices()) fields[r]->addItem(Utf8(c));
-    fields[r]->setCurrentIndex(model.row(r).field + 1);
-    directions[r] = new QComboBox(&dialog);
-    directions[r]->addItems({"Ascending", "Descending"});
-    directions[r]->setCurrentIndex(model.row(r).descending ? 1 : 0);
-    grid->addWidget(fields[r], r, 0);
-    grid->addWidget(directions[r], r, 1);
-  }
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  grid->addWidget(buttons, SortOrderDialogModel::kRows, 0, 1, 2);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  SortOrderDialog dialog(model, &frame);
   if (dialog.exec() != QDialog::Accepted) return false;
-  for (int r = 0; r < SortOrderDialogModel::kRows; ++r) {
-    model.row(r).field = fields[r]->currentIndex() - 1;
-    model.row(r).descending = directions[r]->currentIndex() == 1;
-  }
   if (!model.Apply(table)) {
     ShowError(frame.book().errorCode);
     return false;
   }
   return true;
+}
+
+// The key dialog runs the key command itself on OK: a name clash and an empty name keep it open.
+KeyResult KeyNameDialog(MainFrame& frame, const char* title, const std::string& name,
+                        const std::function<KeyResult(const std::string&)>& command) {
+  KeyResult result = KeyResult::kEmptyName;
+  NameDialog dialog(
+      title, name, 1024,
+      [&](const std::string& typed) {
+        result = command(typed);
+        if (result == KeyResult::kNameExists) {
+          AskText(FormatString(159), mb::kOk | mb::kIconExclamation);
+          return false;
+        }
+        if (result == KeyResult::kEmptyName) {
+          QApplication::beep();
+          return false;
+        }
+        return true;
+      },
+      &frame);
+  return dialog.exec() == QDialog::Accepted ? result : KeyResult::kEmptyName;
 }
 
 // After filters, keys or the sort changed: the search runs again and the grid follows.
@@ -148,6 +96,34 @@ void Key(MainFrame& frame, KeyResult result) {
   }
 }
 
+// The filter dialog floats under the field's header cell and reports when it closes: the filter
+// it shows is stored either way, and the search runs again unless it was cancelled.
+void OpenFilterDialog(MainFrame& frame, const TableSpec& table, uint16_t field) {
+  if (frame.filterDialog) frame.filterDialog->close();
+  FieldSpec spec;
+  if (field >= frame.grid().fieldCount() || !ReadField(table, field, spec)) return;
+  auto* dialog = new FilterDialog(spec.name, spec.type, GetKeyFilterText(table, 0, field), &frame);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  GridView& grid = frame.grid();
+  int left = 0;
+  for (int i = 0; i < grid.columns().count; ++i) {
+    if (grid.columns().spans[i].field == field) left = grid.columns().spans[i].left;
+  }
+  dialog->move(grid.viewport()->mapToGlobal(QPoint(left, kHeaderHeight)));
+  QObject::connect(dialog, &FilterDialog::closedWith, &frame, [&frame, field, dialog](bool apply) {
+    Workbook& book = frame.book();
+    TableSpec current;
+    if (!CurrentTable(book, current)) return;
+    if (!SetFieldFilter(current, field, dialog->filterText())) return ShowError(book.errorCode);
+    if (apply) return Research(frame);
+    // Kept but not searched: the header shows the filter that waits.
+    frame.session().MarkModified(true);
+    frame.grid().Refresh();
+  });
+  frame.filterDialog = dialog;
+  dialog->show();
+}
+
 }  // namespace
 
 void RunSearchCommand(MainFrame& frame, uint16_t id) {
@@ -159,14 +135,8 @@ void RunSearchCommand(MainFrame& frame, uint16_t id) {
   const bool shift = QApplication::keyboardModifiers() & Qt::ShiftModifier;
   switch (id) {
     case cmd::kSetSearchFilter:
-    case cmd::kSearchToolbar: {
-      std::string filter;
-      if (!FilterDialog(frame, table, grid.activeField(), filter)) return;
-      if (!SetFieldFilter(table, grid.activeField(), filter)) {
-        return ShowError(book.errorCode);
-      }
-      return Research(frame);
-    }
+    case cmd::kSearchToolbar:
+      return OpenFilterDialog(frame, table, grid.activeField());
     case cmd::kRemoveAllFilters:
     case cmd::kFindDuplicates:
     case cmd::kFindComplement: {
@@ -194,10 +164,10 @@ void RunSearchCommand(MainFrame& frame, uint16_t id) {
       if (!RemoveSortKeys(table, s.firstField, s.lastField)) return ShowError(book.errorCode);
       return Research(frame);
     case 33077: {
-      bool ok = false;
-      QString name =
-          QInputDialog::getText(&frame, "Add Search Key", "&Name:", QLineEdit::Normal, {}, &ok);
-      if (ok) Key(frame, AddSearchKey(table, CodePage(name)));
+      KeyResult result = KeyNameDialog(frame, "Add New Search Key", {}, [&](const std::string& n) {
+        return AddSearchKey(table, n);
+      });
+      if (result != KeyResult::kEmptyName) Key(frame, result);
       return;
     }
     case 33078:
@@ -211,9 +181,11 @@ void RunSearchCommand(MainFrame& frame, uint16_t id) {
       if (!ok) return;
       int index = FindSearchKey(table, CodePage(chosen));
       if (id == 33078) return Key(frame, DeleteSearchKey(table, static_cast<uint16_t>(index)));
-      QString name = QInputDialog::getText(&frame, "Rename Search Key", "&Name:", QLineEdit::Normal,
-                                           chosen, &ok);
-      if (ok) Key(frame, RenameSearchKey(table, static_cast<uint16_t>(index), CodePage(name)));
+      KeyResult result =
+          KeyNameDialog(frame, "Rename Search Key", CodePage(chosen), [&](const std::string& n) {
+            return RenameSearchKey(table, static_cast<uint16_t>(index), n);
+          });
+      if (result != KeyResult::kEmptyName) Key(frame, result);
       return;
     }
     default:

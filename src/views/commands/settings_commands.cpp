@@ -1,4 +1,4 @@
-// File Format, Locales, profiles, shell registration and Help.
+// File Format, Locales, Options, profiles, shell registration and Help.
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
@@ -15,6 +15,7 @@
 #include "text/utf8.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
+#include "views/dialogs/options_dialog.h"
 #include "views/frame/main_frame.h"
 #include "views/frame/qt_locale_provider.h"
 #include "views/grid/grid_view.h"
@@ -53,16 +54,23 @@ void RunSettingsCommand(MainFrame& frame, uint16_t id) {
       if (frame.HasDocument()) frame.session().UpdateDocumentStatus();
       return;
     }
+    case cmd::kOptions: {
+      OptionsDialog dialog(settings, &frame);
+      if (dialog.exec() != QDialog::Accepted) return;
+      frame.book().undoLevel = settings.undoLevel;
+      frame.setWindowOpacity(settings.opacity / 100.0);
+      frame.grid().InvalidateLooks();
+      return;
+    }
     case 33000: {
-      QString path = QFileDialog::getOpenFileName(&frame, "Load Profile", {}, "Settings (*.xml)");
+      QString path = QFileDialog::getOpenFileName(&frame, "Load Profile", {}, "Profile (*.xml)");
       if (path.isEmpty()) return;
       LoadProfileFile(text::Utf8ToCp1252(path.toStdString()), settings, UserNumberFormats(), false);
       frame.RecentFilesChanged();
       return;
     }
     case 33001: {
-      QString path =
-          QFileDialog::getSaveFileName(&frame, "Save Profile As", {}, "Settings (*.xml)");
+      QString path = QFileDialog::getSaveFileName(&frame, "Save Profile As", {}, "Profile (*.xml)");
       if (path.isEmpty()) return;
       SaveProfileFile(text::Utf8ToCp1252(path.toStdString()), settings, UserNumberFormats(), true);
       return;

@@ -257,7 +257,7 @@ void MainFrame::FillSearchKeys() {
 void MainFrame::OnSearchKeyChosen(int index) {
   TableSpec table;
   if (!HasDocument() || !CurrentTable(book_, table) || index < 0) return;
-  grid_->CommitEdit(0);
+  grid().CommitEdit(0);
   KeyResult result = SelectSearchKey(table, static_cast<uint16_t>(index));
   if (result == KeyResult::kFailed) {
     ShowError(book_.errorCode);
@@ -271,17 +271,17 @@ void MainFrame::OnSearchKeyChosen(int index) {
 
 void MainFrame::OnRecordBoxEntered() {
   if (!HasDocument()) return;
-  grid_->CommitEdit(0);
+  grid().CommitEdit(0);
   uint32_t record = 0;
-  GridSelection selection = grid_->selection();
+  GridSelection selection = grid().selection();
   if (!ParseGoTo(recordBox_->text().toStdString(), record) ||
       !GoToRecord(book_.records, record, selection)) {
     QApplication::beep();
     return;
   }
-  selection.firstField = selection.lastField = grid_->activeField();
-  grid_->SetSelection(selection);
-  grid_->setFocus();
+  selection.firstField = selection.lastField = grid().activeField();
+  grid().SetSelection(selection);
+  grid().setFocus();
   UpdateUi();
 }
 

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QScreen>
+#include <QSplitter>
 #include <QTabBar>
 #include <QTimer>
 #include <QToolBar>
@@ -22,6 +23,8 @@
 #include "text/utf8.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
+#include "views/frame/binary_pane.h"
+#include "views/frame/grid_panes.h"
 #include "views/frame/qt_prompter.h"
 #include "views/frame/status_progress.h"
 #include "views/grid/grid_view.h"
@@ -46,9 +49,17 @@ MainFrame::MainFrame(Workbook& book, SessionSettings& settings, QWidget* parent)
   tabs_->setShape(QTabBar::RoundedSouth);
   tabs_->setExpanding(false);
   tabs_->setFocusPolicy(Qt::NoFocus);
-  grid_ = new GridView(central);
-  grid_->setObjectName("Grid");
-  layout->addWidget(grid_, 1);
+  // The grid's panes and the binary-field pane share the space the user gives each.
+  paneSplitter_ = new QSplitter(Qt::Horizontal, central);
+  paneSplitter_->setChildrenCollapsible(false);
+  panes_ = new GridPanes(paneSplitter_);
+  binary_ = new BinaryPanes(paneSplitter_);
+  paneSplitter_->addWidget(panes_);
+  paneSplitter_->addWidget(binary_);
+  paneSplitter_->setStretchFactor(0, 3);
+  paneSplitter_->setStretchFactor(1, 1);
+  binary_->hide();
+  layout->addWidget(paneSplitter_, 1);
   layout->addWidget(tabs_);
   setCentralWidget(central);
 
@@ -58,13 +69,9 @@ MainFrame::MainFrame(Workbook& book, SessionSettings& settings, QWidget* parent)
   BuildStatusBar();
   progress_ = std::make_unique<StatusProgress>(statusBar());
 
-  grid_->commandHook = [this](int id) { Dispatch(id); };
-  connect(grid_, &GridView::documentChanged, this, [this] {
-    session_->MarkModified(true);
-    UpdateUi();
-  });
-  connect(grid_, &GridView::selectionChanged, this, [this] { UpdateUi(); });
-  connect(grid_, &GridView::filterRequested, this, [this](int) { Dispatch(33113); });
+  WireGrid(panes_->first());
+  panes_->paneCreated = [this](GridView& grid) { WireGrid(grid); };
+  connect(panes_, &GridPanes::activeChanged, this, [this] { UpdateUi(); });
   connect(tabs_, &QTabBar::currentChanged, this, [this](int index) {
     if (!rebuilding_ && index >= 0) SelectTable(index);
   });
@@ -81,7 +88,7 @@ MainFrame::MainFrame(Workbook& book, SessionSettings& settings, QWidget* parent)
   connect(autoSave_, &QTimer::timeout, this, &MainFrame::OnTimer);
   autoSave_->start();
 
-  grid_->SetDocument(&book_, &settings_);
+  panes_->first().SetDocument(&book_, &settings_);
   session_->UpdateTitle();
   UpdateUi();
 }
@@ -92,12 +99,47 @@ MainFrame::~MainFrame() {
   session_->ResetDocument();
 }
 
+GridView& MainFrame::grid() {
+  return panes_->active();
+}
+
+void MainFrame::WireGrid(GridView& grid) {
+  grid.commandHook = [this](int id) { Dispatch(id); };
+  connect(&grid, &GridView::documentChanged, this, [this] {
+    session_->MarkModified(true);
+    ShowBinaryPane();
+    UpdateUi();
+  });
+  connect(&grid, &GridView::selectionChanged, this, [this] {
+    ShowBinaryPane();
+    UpdateUi();
+  });
+  connect(&grid, &GridView::filterRequested, this, [this](int) { Dispatch(33113); });
+}
+
+void MainFrame::SplitTable(bool below, bool right) {
+  grid().CommitEdit(0);
+  panes_->SetSplit(below, right);
+}
+
+void MainFrame::SplitBinary(int mode) {
+  binary_->SetSplit(mode);
+}
+
+void MainFrame::ShowBinaryPane() {
+  bool shown = HasDocument() && binary_->ShowRecord(book_, grid());
+  binary_->setVisible(shown);
+}
+
 bool MainFrame::Dispatch(int id) {
   // Long work lets events through to repaint and to reach Cancel; no command may start then.
   if (busy_ || progress_->active()) return false;
   busy_ = true;
   bool ran = DispatchCommand(*this, static_cast<uint16_t>(id));
   busy_ = false;
+  // A command works on the pane in focus; the others show what it did.
+  panes_->SyncFromActive();
+  ShowBinaryPane();
   UpdateUi();
   return ran;
 }
@@ -109,7 +151,7 @@ bool MainFrame::IsEnabled(int id) {
     return static_cast<size_t>(id - cmd::kRecentFirst) < settings_.recentFiles.size();
   }
   bool document = HasDocument();
-  uint16_t fields = document ? grid_->fieldCount() : 0;
+  uint16_t fields = document ? grid().fieldCount() : 0;
   switch (command->rule) {
     case EnableRule::kAlways:
       return true;
@@ -146,7 +188,7 @@ void MainFrame::UpdateUi() {
     action->setEnabled(IsEnabled(id));
   }
   // Ctrl+Z belongs to the edit control while a cell is being edited.
-  if (grid_->editing()) actions_[cmd::kUndo]->setEnabled(false);
+  if (grid().editing()) actions_[cmd::kUndo]->setEnabled(false);
   if (!HasDocument()) {
     recordBox_->clear();
     foundPane_->clear();
@@ -160,8 +202,15 @@ void MainFrame::UpdateUi() {
   actions_[cmd::kLocaleGeneric]->setChecked(currentLocale.localeIndex == 0);
   actions_[cmd::kLocaleSystem]->setChecked(currentLocale.localeIndex == 1);
   actions_[cmd::kLocaleUser]->setChecked(currentLocale.localeIndex == 2);
-  actions_[cmd::kFreezeFields]->setChecked(grid_->frozenFields() > 0);
-  const GridSelection& s = grid_->selection();
+  actions_[cmd::kSplitTableHorizontal]->setChecked(panes_->splitHorizontally());
+  actions_[cmd::kSplitTableVertical]->setChecked(panes_->splitVertically());
+  actions_[cmd::kSplitTableNone]->setChecked(!panes_->splitHorizontally() &&
+                                             !panes_->splitVertically());
+  actions_[cmd::kSplitBinaryHorizontal]->setChecked(binary_->split() == 1);
+  actions_[cmd::kSplitBinaryVertical]->setChecked(binary_->split() == 2);
+  actions_[cmd::kSplitBinaryNone]->setChecked(binary_->split() == 0);
+  actions_[cmd::kFreezeFields]->setChecked(grid().frozenFields() > 0);
+  const GridSelection& s = grid().selection();
   if (!recordBox_->hasFocus()) {
     recordBox_->setText(s.firstPosition == s.lastPosition
                             ? QString::number(s.firstPosition + 1)
@@ -188,7 +237,9 @@ void MainFrame::RebuildForTable(bool full) {
   int current = TableIndexOf(book_, book_.currentSheet);
   tabs_->setCurrentIndex(current);
   tableCombo_->setCurrentIndex(current);
-  grid_->Rebuild();
+  grid().Rebuild();
+  panes_->SyncFromActive();
+  ShowBinaryPane();
   FillSearchKeys();
   rebuilding_ = false;
   session_->UpdateTitle();
@@ -197,10 +248,10 @@ void MainFrame::RebuildForTable(bool full) {
 
 void MainFrame::SelectTable(int index) {
   if (!HasDocument()) return;
-  grid_->CommitEdit(0);
+  grid().CommitEdit(0);
   Worksheet* sheet = book_.TableByIndex(static_cast<uint32_t>(index));
   if (sheet == nullptr || sheet == book_.currentSheet) return;
-  grid_->StoreState();
+  grid().StoreState();
   book_.currentSheet = sheet;
   SearchCurrentTable();
   RebuildForTable(false);
@@ -236,13 +287,15 @@ void MainFrame::DocumentCleared() {
   tableCombo_->clear();
   keyCombo_->clear();
   rebuilding_ = false;
-  grid_->Rebuild();
+  grid().Rebuild();
+  panes_->SyncFromActive();
+  ShowBinaryPane();
   formatPane_->clear();
   UpdateUi();
 }
 
 void MainFrame::closeEvent(QCloseEvent* event) {
-  grid_->CommitEdit(0);
+  grid().CommitEdit(0);
   if (HasDocument() && !session_->AskToSave()) {
     event->ignore();
     return;
@@ -272,7 +325,7 @@ void MainFrame::ScheduleIdle() {
 void MainFrame::OnTimer() {
   minutesIdle_ += 0.5;
   minutesSinceSave_ = book_.modified ? minutesSinceSave_ + 0.5 : 0;
-  if (busy_ || grid_->editing()) return;
+  if (busy_ || grid().editing()) return;
   session_->OnTimer(minutesSinceSave_, minutesIdle_);
 }
 

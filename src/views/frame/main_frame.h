@@ -20,12 +20,15 @@ class QLabel;
 class QLineEdit;
 class QMenu;
 class QSpinBox;
+class QSplitter;
 class QTabBar;
 class QTimer;
 class QToolBar;
 
 namespace kelpdex::views {
 
+class BinaryPanes;
+class GridPanes;
 class GridView;
 class QtPrompter;
 class StatusProgress;
@@ -41,7 +44,13 @@ class MainFrame : public QMainWindow, public DocumentView {
   DocumentSession& session() { return *session_; }
   SessionSettings& settings() { return settings_; }
   UndoStack& undo() { return *undo_; }
-  GridView& grid() { return *grid_; }
+  // The grid pane in focus; commands act on it.
+  GridView& grid();
+  GridPanes& panes() { return *panes_; }
+  BinaryPanes& binaryPanes() { return *binary_; }
+  // Split Window: the table's panes and the binary-field pane.
+  void SplitTable(bool below, bool right);
+  void SplitBinary(int mode);
   QtPrompter& prompter() { return *prompter_; }
   StatusProgress& progress() { return *progress_; }
   bool HasDocument() const { return book_.firstNode != nullptr; }
@@ -77,6 +86,9 @@ class MainFrame : public QMainWindow, public DocumentView {
   QTabBar* tabStrip() const { return tabs_; }
   QLabel* foundPane() const { return foundPane_; }
 
+  // The floating filter dialog while one is open: a new one closes it first.
+  QPointer<QWidget> filterDialog;
+
   // DocumentView.
   void TitleChanged(const std::string& title) override;
   void StatusChanged(const std::string& status) override;
@@ -102,6 +114,9 @@ class MainFrame : public QMainWindow, public DocumentView {
   void OnSearchKeyChosen(int index);
   void OnTimer();
   void ScheduleIdle();
+  void WireGrid(GridView& grid);
+  // The binary-field pane follows the current record; hidden for a table without such fields.
+  void ShowBinaryPane();
 
   Workbook& book_;
   SessionSettings& settings_;
@@ -109,7 +124,9 @@ class MainFrame : public QMainWindow, public DocumentView {
   std::unique_ptr<UndoStack> undo_;
   std::unique_ptr<QtPrompter> prompter_;
   std::unique_ptr<StatusProgress> progress_;
-  GridView* grid_ = nullptr;
+  GridPanes* panes_ = nullptr;
+  BinaryPanes* binary_ = nullptr;
+  QSplitter* paneSplitter_ = nullptr;
   QTabBar* tabs_ = nullptr;
   std::map<int, QAction*> actions_;
   QMenu* recentMenu_ = nullptr;

@@ -7,12 +7,13 @@
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPlainTextEdit>
 #include <QPushButton>
 
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "text/utf8.h"
+#include "views/dialogs/new_database_wizard.h"
+#include "views/dialogs/protection_dialog.h"
 
 namespace kelpdex::views {
 
@@ -137,73 +138,25 @@ bool QtPrompter::ChooseSaveFile(SaveFileChoice& choice) {
 
 bool QtPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {
   if (script) return false;
-  // The plain form of the wizard's three pages: the table, its fields one per line as
-  // "name" or "name: Number", and an optional file.
-  QDialog dialog(parent_);
-  dialog.setWindowTitle("New Database");
-  auto* form = new QFormLayout(&dialog);
-  auto* table = new QLineEdit("Table1", &dialog);
-  auto* fields = new QPlainTextEdit("Name\nNumber: Number", &dialog);
-  auto* file = new QLineEdit(&dialog);
-  form->addRow("&Table name:", table);
-  form->addRow("&Fields:", fields);
-  form->addRow("F&ile (optional):", file);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  form->addRow(buttons);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  if (dialog.exec() != QDialog::Accepted) return false;
-  answers.tableName = text::Utf8ToCp1252(table->text().trimmed().toStdString());
-  answers.fields.clear();
-  for (const QString& line : fields->toPlainText().split('\n', Qt::SkipEmptyParts)) {
-    WizardField field;
-    QString name = line.section(':', 0, 0).trimmed();
-    QString type = line.section(':', 1).trimmed().toLower();
-    if (name.isEmpty()) continue;
-    field.name = text::Utf8ToCp1252(name.toStdString());
-    field.type = type == "number"      ? FieldType::kNumber
-                 : type == "long text" ? FieldType::kLongText
-                 : type == "files"     ? FieldType::kFiles
-                                       : FieldType::kText;
-    field.link = type == "link";
-    answers.fields.push_back(field);
-  }
-  answers.path = text::Utf8ToCp1252(file->text().trimmed().toStdString());
-  return true;
+  views::NewDatabaseWizard wizard(answers, parent_);
+  return wizard.exec() == QDialog::Accepted;
 }
 
 PasswordChoice QtPrompter::AskOpenPassword(std::string_view path, bool readOnlyOffered,
                                            Password& password) {
   if (script) return PasswordChoice::kCancel;
-  QDialog dialog(parent_);
-  dialog.setWindowTitle("Password");
-  auto* form = new QFormLayout(&dialog);
-  auto* edit = new QLineEdit(&dialog);
-  edit->setEchoMode(QLineEdit::Password);
-  form->addRow(Utf8(path), static_cast<QWidget*>(nullptr));
-  form->addRow("&Password:", edit);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  QPushButton* readOnly = nullptr;
-  if (readOnlyOffered)
-    readOnly = buttons->addButton("Open As &Read-Only", QDialogButtonBox::ActionRole);
-  form->addRow(buttons);
-  PasswordChoice choice = PasswordChoice::kCancel;
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
-    choice = PasswordChoice::kPassword;
-    dialog.accept();
-  });
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  if (readOnly != nullptr) {
-    QObject::connect(readOnly, &QPushButton::clicked, &dialog, [&] {
-      choice = PasswordChoice::kReadOnly;
-      dialog.accept();
-    });
-  }
+  OpenPasswordDialog dialog(Utf8(path), readOnlyOffered, parent_);
   dialog.exec();
-  if (choice == PasswordChoice::kPassword) {
-    password.Set(text::Utf8ToCp1252(edit->text().toStdString()));
+  if (dialog.choice() == PasswordChoice::kPassword) {
+    password.Set(text::Utf8ToCp1252(dialog.passwordBox()->text().toStdString()));
   }
-  return choice;
+  return dialog.choice();
+}
+
+bool QtPrompter::ProtectionDialog(ProtectionAnswers& answers) {
+  if (script) return false;
+  views::ProtectionDialog dialog(answers, parent_);
+  return dialog.exec() == QDialog::Accepted;
 }
 
 }  // namespace kelpdex::views

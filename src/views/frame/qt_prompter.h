@@ -23,6 +23,7 @@ class QtPrompter : public Prompter {
   bool NewDatabaseWizard(NewDatabaseAnswers& answers) override;
   PasswordChoice AskOpenPassword(std::string_view path, bool readOnlyOffered,
                                  Password& password) override;
+  bool ProtectionDialog(ProtectionAnswers& answers) override;
 
   // Tests answer in place of the user: each box is handed to the script, which returns the
   // answer; the text of the last one shown is kept.

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "document/side_value_text.h"
 #include "store/bytes.h"
 #include "store/style_table.h"
 #include "text/utf8.h"
@@ -93,6 +94,13 @@ std::string GridView::DisplayText(uint16_t field, uint32_t position) {
   Worksheet* sheet = data();
   if (sheet == nullptr || field >= fieldCount_ || position >= RecordSet::kEntries) return {};
   uint32_t row = book_->records[position];
+  // A value typed since the last save waits in the pending list, with no cell yet.
+  FieldType type = fields_[field].type;
+  if (type == FieldType::kLongText || type == FieldType::kFiles) {
+    std::string value;
+    ErrorCode error = err::kNone;
+    return SideValueText(*book_, *sheet, row, field, type, value, error) ? value : std::string();
+  }
   const CellRecord* cell = sheet->cells.GetCellFast(row, field);
   if (cell == nullptr) return {};
   char shown[kDisplayTextMax];
@@ -230,19 +238,23 @@ void GridView::PaintCell(QPainter& painter, const QRect& cell, uint16_t field, u
     if (look.borders & 8) painter.drawLine(cell.topRight(), cell.bottomRight());
   }
   if (row >= kRowLimit) return;
-  const CellRecord* record = sheet.cells.GetCellFast(row, field);
-  if (record == nullptr) return;
   const FieldInfo& info = fields_[field];
-  QString text;
-  bool number = cell::IsNumber(record);
   if (info.type == FieldType::kLongText || info.type == FieldType::kFiles) {
-    // The value lives in the side file; the grid marks that one is there.
-    painter.setPen(QColor(120, 120, 120));
-    painter.drawText(cell.adjusted(4, 0, -4, 0), Qt::AlignVCenter | Qt::AlignLeft,
-                     info.type == FieldType::kLongText ? QStringLiteral("(Long Text)")
-                                                       : QStringLiteral("(Images/Files)"));
+    // The cell holds where the value stands in the side file, or the value waits in the pending
+    // list with no cell yet; the start of the value shows.
+    std::string value;
+    ErrorCode error = err::kNone;
+    if (!SideValueText(*book_, sheet, row, field, info.type, value, error)) return;
+    painter.setFont(look.font);
+    painter.setPen(look.text);
+    painter.drawText(cell.adjusted(4, 1, -4, -1), Qt::AlignVCenter | Qt::AlignLeft,
+                     FromCodePage(value));
     return;
   }
+  const CellRecord* record = sheet.cells.GetCellFast(row, field);
+  if (record == nullptr) return;
+  QString text;
+  bool number = cell::IsNumber(record);
   char shown[kDisplayTextMax];
   FormatColour colour{};
   size_t length = FormatterOf(styleId).Display(record, shown, &colour);

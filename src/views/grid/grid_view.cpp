@@ -36,6 +36,8 @@ T Clamp(int64_t value, T low, T high) {
 GridView::GridView(QWidget* parent) : QAbstractScrollArea(parent) {
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setMouseTracking(true);
+  setAcceptDrops(true);
+  viewport()->setAcceptDrops(true);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   verticalScrollBar()->setSingleStep(1);
   horizontalScrollBar()->setSingleStep(1);
@@ -157,6 +159,39 @@ void GridView::SetSelection(const GridSelection& s) {
   EnsureVisible(activeField_, activePosition_);
   viewport()->update();
   emit selectionChanged();
+}
+
+void GridView::FollowSelection(const GridView& other) {
+  if (&other == this || fieldCount_ != other.fieldCount_) return;
+  selection_ = other.selection_;
+  anchorField_ = other.anchorField_;
+  anchorPosition_ = other.anchorPosition_;
+  activeField_ = other.activeField_;
+  activePosition_ = other.activePosition_;
+  viewport()->update();
+}
+
+void GridView::FollowPane(const GridView& other) {
+  if (&other == this) return;
+  const bool fresh = book_ == nullptr;
+  const uint32_t top = topPosition_;
+  const uint16_t scrolled = firstScrolled_;
+  QSignalBlocker quiet(this);
+  book_ = other.book_;
+  settings_ = other.settings_;
+  Rebuild();
+  selection_ = other.selection_;
+  anchorField_ = other.anchorField_;
+  anchorPosition_ = other.anchorPosition_;
+  activeField_ = other.activeField_;
+  activePosition_ = other.activePosition_;
+  frozen_ = other.frozen_;
+  topPosition_ = fresh ? other.topPosition_ : std::min(top, kLastPosition);
+  firstScrolled_ =
+      fresh ? other.firstScrolled_
+            : Clamp<uint16_t>(scrolled, frozen_, std::max<int>(frozen_, fieldCount_ - 1));
+  UpdateScrollRanges();
+  Relayout();
 }
 
 void GridView::MoveTo(int field, int64_t position, bool extend) {
@@ -432,6 +467,11 @@ void GridView::mousePressEvent(QMouseEvent* event) {
   }
   int field = FieldAt(at.x());
   if (field < 0) return;
+  if (!shift && OnSelectionFrame(at)) {
+    dragPending_ = true;
+    dragOrigin_ = at;
+    return;
+  }
   MoveTo(field, position, shift);
   selecting_ = true;
   // A link follows on a click on its text.
@@ -453,6 +493,13 @@ void GridView::mouseMoveEvent(QMouseEvent* event) {
   }
   if (resizingRow_ >= 0) {
     viewport()->update();
+    return;
+  }
+  if (dragPending_ && (event->buttons() & Qt::LeftButton)) {
+    if ((at - dragOrigin_).manhattanLength() >= QApplication::startDragDistance()) {
+      dragPending_ = false;
+      StartRecordDrag();
+    }
     return;
   }
   if (selecting_ && (event->buttons() & Qt::LeftButton)) {
@@ -494,6 +541,13 @@ void GridView::mouseReleaseEvent(QMouseEvent* event) {
     resizingRow_ = -1;
     Relayout();
     return;
+  }
+  if (dragPending_) {
+    // A press on the frame that never became a drag is an ordinary click.
+    dragPending_ = false;
+    int field = FieldAt(at.x());
+    int64_t position = PositionAt(at.y());
+    if (field >= 0 && position >= 0) MoveTo(field, position);
   }
   selecting_ = false;
   QAbstractScrollArea::mouseReleaseEvent(event);

@@ -72,6 +72,8 @@ class GridView : public QAbstractScrollArea {
   void StoreState();
 
   uint16_t fieldCount() const { return fieldCount_; }
+  FieldType fieldType(uint16_t field) const { return fields_[field].type; }
+  const std::string& fieldName(uint16_t field) const { return fields_[field].name; }
   const GridSelection& selection() const { return selection_; }
   uint16_t activeField() const { return activeField_; }
   uint32_t activePosition() const { return activePosition_; }
@@ -101,6 +103,17 @@ class GridView : public QAbstractScrollArea {
   bool PasteClipboard();
   // Delete: the selection's cells emptied as one undo step.
   void ClearSelection();
+  // Drag and drop of records: the selected records go before position `target`, moved or
+  // copied; dropped cells from elsewhere come in as new records there.
+  bool MoveRecords(uint32_t target, bool copy);
+  bool DropCells(uint32_t position, const std::string& text, bool native);
+  // Split panes share one selection: takes over another pane's selection and current cell
+  // without scrolling this pane.
+  void FollowSelection(const GridView& other);
+  // Everything of another pane but its scroll place: document, fields, selection, frozen
+  // fields. A pane that showed nothing yet takes the scroll place too.
+  void FollowPane(const GridView& other);
+
   // The address a click on this cell follows; empty when it is no link.
   std::string LinkAt(uint16_t field, uint32_t position);
 
@@ -130,6 +143,9 @@ class GridView : public QAbstractScrollArea {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   bool viewportEvent(QEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   friend class GridEditor;
@@ -160,6 +176,9 @@ class GridView : public QAbstractScrollArea {
   void PaintCell(QPainter& painter, const QRect& cell, uint16_t field, uint32_t row, bool selected);
   bool PasteText(const std::string& text, bool native);
   QString CopyText(bool native);
+  bool OnSelectionFrame(const QPoint& at) const;
+  void StartRecordDrag();
+  bool OpenRecordsAt(uint32_t position, uint32_t count);
 
   Workbook* book_ = nullptr;
   const SessionSettings* settings_ = nullptr;
@@ -182,6 +201,9 @@ class GridView : public QAbstractScrollArea {
   int resizeOrigin_ = 0;
   int resizeStart_ = 0;
   bool selecting_ = false;
+  // A press on the selection's frame: the drag starts once the mouse has moved far enough.
+  bool dragPending_ = false;
+  QPoint dragOrigin_;
   // The edit.
   GridEditor* editor_ = nullptr;
   QListWidget* dropDown_ = nullptr;
