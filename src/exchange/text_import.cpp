@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <vector>
@@ -91,6 +92,15 @@ class TextReader {
     ++taken_;
     if (length_ < kTextCellMax) cell_[length_++] = static_cast<char>(c < 32 ? ' ' : c);
   }
+  // Add for a run of bytes, which the reader finds in one scan rather than byte by byte.
+  void AddRun(const uint8_t* bytes, size_t n) {
+    taken_ += static_cast<uint32_t>(n);
+    size_t kept = std::min(n, kTextCellMax - length_);
+    for (size_t k = 0; k < kept; ++k) {
+      cell_[length_ + k] = static_cast<char>(bytes[k] < 32 ? ' ' : bytes[k]);
+    }
+    length_ += kept;
+  }
   bool EndCell();
   void EndLine() {
     ++line_;
@@ -121,6 +131,9 @@ bool TextReader::Read(FileStream& in) {
   bool fixed = options_.fixedWidths;
   const uint8_t separator = static_cast<uint8_t>(options_.separator);
   const uint8_t quote = static_cast<uint8_t>(options_.quote);
+  // The bytes that end a bare run: the separator and the line ends.
+  bool stops[256] = {};
+  stops[separator] = stops['\r'] = stops['\n'] = true;
   bool first = true;
   for (;;) {
     size_t size = 0;
@@ -160,7 +173,10 @@ bool TextReader::Read(FileStream& in) {
           if (c == quote) {
             state = State::kQuoteInQuoted;
           } else {
-            Add(c);
+            size_t end = i + 1;
+            while (end < size && bytes[end] != quote) ++end;
+            AddRun(bytes + i, end - i);
+            i = end - 1;
           }
           continue;
         case State::kQuoteInQuoted:
@@ -190,7 +206,11 @@ bool TextReader::Read(FileStream& in) {
         afterCr = c == '\r';
         state = State::kCellStart;
       } else {
-        Add(c);
+        // The plain bytes up to the next separator or line end go in as one run.
+        size_t end = i + 1;
+        while (end < size && !stops[bytes[end]]) ++end;
+        AddRun(bytes + i, end - i);
+        i = end - 1;
         state = State::kBare;
       }
     }
@@ -225,11 +245,11 @@ bool TextReader::EndCell() {
   std::string_view text(cell_, length);
   switch (options_.encoding) {
     case TextEncoding::kUtf8: {
-      bool plain = true;
-      for (char c : text) plain = plain && static_cast<uint8_t>(c) < 0x80;
+      uint8_t bits = 0;  // or-ed over the text, in a loop the compiler can widen
+      for (char c : text) bits |= static_cast<uint8_t>(c);
       // Malformed sequences and characters the code page lacks become '?', as any text from
       // outside does.
-      if (!plain) {
+      if (bits >= 0x80) {
         converted_ = text::Utf8ToCp1252(text);
         text = converted_;
       }
