@@ -100,9 +100,10 @@ void Key(MainFrame& frame, KeyResult result) {
 // it shows is stored either way, and the search runs again unless it was cancelled.
 void OpenFilterDialog(MainFrame& frame, const TableSpec& table, uint16_t field) {
   if (frame.filterDialog) frame.filterDialog->close();
-  FieldSpec spec;
-  if (field >= frame.grid().fieldCount() || !ReadField(table, field, spec)) return;
-  auto* dialog = new FilterDialog(spec.name, spec.type, GetKeyFilterText(table, 0, field), &frame);
+  FieldSpec fieldRow;
+  if (field >= frame.grid().fieldCount() || !ReadField(table, field, fieldRow)) return;
+  auto* dialog =
+      new FilterDialog(fieldRow.name, fieldRow.type, GetKeyFilterText(table, 0, field), &frame);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   GridView& grid = frame.grid();
   int left = 0;

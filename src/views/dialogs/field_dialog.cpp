@@ -63,8 +63,8 @@ FieldDialog::FieldDialog(const TableSpec& table, FieldEdit& edit, QWidget* paren
   insertField_ = new QComboBox(content);
   insertField_->addItem(kInsertFieldEntry);
   for (uint16_t f = 0; f < FieldCount(table); ++f) {
-    FieldSpec spec;
-    if (ReadField(table, f, spec)) insertField_->addItem(FromCodePage(spec.name));
+    FieldSpec fieldRow;
+    if (ReadField(table, f, fieldRow)) insertField_->addItem(FromCodePage(fieldRow.name));
   }
   radios->addWidget(insertField_);
   contentLayout->addLayout(radios);

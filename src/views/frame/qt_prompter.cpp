@@ -106,11 +106,17 @@ bool QtPrompter::OfferReadOnly(std::string_view path) {
          answer::kYes;
 }
 
-bool QtPrompter::ChooseOpenFile(OpenFileChoice& choice) {
-  if (script) return false;
+namespace {
+
+// Runs the Open or Save As dialog from `path` and `filter`; false on Cancel. The filter the user
+// left selected comes back as its number.
+template <typename Choice>
+bool RunFileDialog(QWidget* parent, bool save, Choice& choice) {
   QString selected = kFilters[std::max(1, static_cast<int>(choice.filter))];
-  QString path = QFileDialog::getOpenFileName(parent_, "Open", Utf8(choice.path),
-                                              FileDialogFilters(), &selected);
+  QString path = save ? QFileDialog::getSaveFileName(parent, "Save As", Utf8(choice.path),
+                                                     FileDialogFilters(), &selected)
+                      : QFileDialog::getOpenFileName(parent, "Open", Utf8(choice.path),
+                                                     FileDialogFilters(), &selected);
   if (path.isEmpty()) return false;
   choice.path = text::Utf8ToCp1252(path.toStdString());
   int index = 1;
@@ -121,19 +127,14 @@ bool QtPrompter::ChooseOpenFile(OpenFileChoice& choice) {
   return true;
 }
 
+}  // namespace
+
+bool QtPrompter::ChooseOpenFile(OpenFileChoice& choice) {
+  return !script && RunFileDialog(parent_, false, choice);
+}
+
 bool QtPrompter::ChooseSaveFile(SaveFileChoice& choice) {
-  if (script) return false;
-  QString selected = kFilters[std::max(1, static_cast<int>(choice.filter))];
-  QString path = QFileDialog::getSaveFileName(parent_, "Save As", Utf8(choice.path),
-                                              FileDialogFilters(), &selected);
-  if (path.isEmpty()) return false;
-  choice.path = text::Utf8ToCp1252(path.toStdString());
-  int index = 1;
-  for (size_t i = 1; i < std::size(kFilters); ++i) {
-    if (selected == kFilters[i]) index = static_cast<int>(i);
-  }
-  choice.filter = static_cast<FileFilter>(index);
-  return true;
+  return !script && RunFileDialog(parent_, true, choice);
 }
 
 bool QtPrompter::NewDatabaseWizard(NewDatabaseAnswers& answers) {

@@ -71,16 +71,16 @@ void GridView::Rebuild() {
     fields_.resize(fieldCount_);
     char formula[kFilterFormulaRoom];
     for (uint16_t f = 0; f < fieldCount_; ++f) {
-      FieldSpec spec;
-      if (!ReadField(table, f, spec)) continue;
+      FieldSpec fieldRow;
+      if (!ReadField(table, f, fieldRow)) continue;
       FieldInfo& info = fields_[f];
-      info.name = spec.name;
-      info.type = spec.type;
-      info.link = spec.link;
+      info.name = fieldRow.name;
+      info.type = fieldRow.type;
+      info.link = fieldRow.link;
       info.calculated = f < book_->fieldDefaults.size() && book_->fieldDefaults[f].IsCalculated();
       std::string filter = GetKeyFilterText(table, 0, f);
       size_t length =
-          filter.empty() ? 0 : BuildFilterFormula(spec.name, spec.type, filter, formula);
+          filter.empty() ? 0 : BuildFilterFormula(fieldRow.name, fieldRow.type, filter, formula);
       std::string_view shown(formula, length);
       if (!shown.empty() && shown[0] == '=') shown.remove_prefix(1);
       info.filter = std::string(shown);
