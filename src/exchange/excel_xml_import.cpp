@@ -13,6 +13,7 @@
 #include "persist/native_xml.h"
 #include "store/block_chain.h"
 #include "store/bytes.h"
+#include "store/cell_appender.h"
 #include "store/cell_error.h"
 #include "text/code_page.h"
 
@@ -25,26 +26,6 @@ constexpr ScanFlags kAnyTag = scan::kOpen | scan::kClose | scan::kAttributes;
 constexpr size_t kFormulaTextMax = 1024;
 // The longest text a cell of the file may hold, as the scanner's buffer takes it.
 constexpr size_t kTextCellBytes = XmlScanner::kTextBufferSize;
-
-// Cells come in ascending order, so they are packed straight into fresh blocks; the sheet takes
-// the chain at the end, whatever happened, so that its blocks are freed with it.
-class CellChain {
- public:
-  explicit CellChain(CellStore& cells) : cells_(cells) {}
-  ~CellChain() {
-    if (chain_.head() != nullptr) cells_.AdoptChain(chain_.Release());
-  }
-  CellChain(const CellChain&) = delete;
-  CellChain& operator=(const CellChain&) = delete;
-  bool Append(const uint8_t* record) {
-    return chain_.AppendRecord(record, cell::Size(record),
-                               [this] { return cells_.TakeSpareBlock(); });
-  }
-
- private:
-  CellStore& cells_;
-  BlockChain chain_;
-};
 
 // A whole decimal number of `text` within min..max.
 bool ParseWhole(std::string_view text, int64_t min, int64_t max, int64_t& value) {
@@ -98,11 +79,11 @@ class ExcelReader {
   bool ReadWorksheet();
   bool ReadTable(Worksheet& sheet);
   bool ReadColumn(Worksheet& sheet, int64_t& column);
-  bool ReadRow(Worksheet& sheet, int64_t& row, CellChain& chain);
-  bool ReadCell(Worksheet& sheet, uint32_t row, int64_t& column, CellChain& chain);
+  bool ReadRow(Worksheet& sheet, int64_t& row, CellAppender& chain);
+  bool ReadCell(Worksheet& sheet, uint32_t row, int64_t& column, CellAppender& chain);
   // The common cell forms parsed in place: false when the next element is not one of them, with
   // nothing consumed, so that ReadCell() takes it.
-  bool FastCell(uint32_t row, int64_t& column, CellChain& chain, bool& failed);
+  bool FastCell(uint32_t row, int64_t& column, CellAppender& chain, bool& failed);
   bool ReadOptions(Worksheet& sheet);
   bool ReadPageSetup(Worksheet& sheet);
   // The index an "ss:Index" gives, or the one behind `current`; 94 when it is not ahead.
@@ -196,7 +177,7 @@ bool ExcelReader::ReadWorksheet() {
 }
 
 bool ExcelReader::ReadTable(Worksheet& sheet) {
-  CellChain chain(sheet.cells);
+  CellAppender chain(sheet.cells);
   int64_t column = -1, row = -1;
   for (;;) {
     if (!x_.Tag("", kAnyTag)) return false;
@@ -245,7 +226,7 @@ bool ExcelReader::ReadColumn(Worksheet& sheet, int64_t& column) {
   return x_.isClose() || SkipElement(x_);
 }
 
-bool ExcelReader::ReadRow(Worksheet& sheet, int64_t& row, CellChain& chain) {
+bool ExcelReader::ReadRow(Worksheet& sheet, int64_t& row, CellAppender& chain) {
   int64_t index = 0;
   if (!NextIndex(row, kRowLimit, index)) return false;
   row = index;
@@ -285,7 +266,7 @@ bool ExcelReader::ReadRow(Worksheet& sheet, int64_t& row, CellChain& chain) {
   }
 }
 
-bool ExcelReader::ReadCell(Worksheet& sheet, uint32_t row, int64_t& column, CellChain& chain) {
+bool ExcelReader::ReadCell(Worksheet& sheet, uint32_t row, int64_t& column, CellAppender& chain) {
   int64_t index = 0;
   if (!NextIndex(column, kColumnLimit, index)) return false;
   column = index;
@@ -414,7 +395,7 @@ bool SameBytes(const uint8_t* p, std::string_view text) {
   return std::memcmp(p, text.data(), text.size()) == 0;
 }
 
-bool ExcelReader::FastCell(uint32_t row, int64_t& column, CellChain& chain, bool& failed) {
+bool ExcelReader::FastCell(uint32_t row, int64_t& column, CellAppender& chain, bool& failed) {
   size_t size = 0;
   const uint8_t* p = x_.PeekRaw(size);
   constexpr std::string_view kCell = "<Cell", kIndex = " ss:Index=\"", kData = "><Data ss:Type=\"",

@@ -8,6 +8,7 @@
 
 #include "persist/xml_sections.h"
 #include "store/block_chain.h"
+#include "store/cell_appender.h"
 #include "store/cell_error.h"
 #include "text/code_page.h"
 
@@ -79,25 +80,6 @@ bool PlainValue(const uint8_t* p, size_t size) {
   }
   return true;
 }
-
-// Cells come in strictly ascending order, so they are packed straight into fresh blocks, as a
-// binary load does, and the store takes the chain once at the end, whatever happened.
-class CellAppender {
- public:
-  explicit CellAppender(CellStore& cells) : cells_(cells) {}
-  ~CellAppender() { cells_.AdoptChain(chain_.Release()); }
-  CellAppender(const CellAppender&) = delete;
-  CellAppender& operator=(const CellAppender&) = delete;
-
-  bool Append(const uint8_t* record) {
-    return chain_.AppendRecord(record, cell::Size(record),
-                               [this] { return cells_.TakeSpareBlock(); });
-  }
-
- private:
-  CellStore& cells_;
-  BlockChain chain_;
-};
 
 class CellReader {
  public:
