@@ -215,9 +215,7 @@ bool ReadExcelXml(FileStream& stream, Workbook& book, ExcelXmlMode mode, int* li
     book.errorCode = fresh->errorCode != err::kNone ? fresh->errorCode : err::kInvalidDatabase;
     return false;
   }
-  UndoRecorder* undo = book.undo;
   book.SwapContents(*fresh);
-  book.undo = undo;
   book.errorCode = err::kNone;
   return true;
 }

@@ -513,9 +513,7 @@ bool ReadBinaryDocument(FileStream& stream, Workbook& book, const char* password
   if (version < 3 && !documentPath.empty()) ReadOldDropDownFile(documentPath, *fresh);
   if (!CheckTables(*fresh)) return fail(fresh->errorCode);
   fresh->readOnly = readOnlyCopy && !withKey;
-  UndoRecorder* undo = book.undo;
   book.SwapContents(*fresh);
-  book.undo = undo;
   book.protectionMode = keyed ? (readOnlyCopy ? 1 : 2) : 0;
   // The next save derives its key from the password that opened the file.
   if (!withKey || !book.password.Set(password)) book.password.Wipe();

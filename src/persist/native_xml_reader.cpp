@@ -243,9 +243,7 @@ bool ReadXmlDocument(FileStream& stream, Workbook& book, int* line) {
     book.errorCode = fresh->errorCode;
     return false;
   }
-  UndoRecorder* undo = book.undo;
   book.SwapContents(*fresh);
-  book.undo = undo;
   book.errorCode = err::kNone;
   return true;
 }

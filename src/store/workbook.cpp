@@ -149,8 +149,8 @@ void Workbook::SwapContents(Workbook& other) {
   std::swap(firstNode, other.firstNode);
   std::swap(records, other.records);
   std::swap(fieldDefaults, other.fieldDefaults);
-  std::swap(undo, other.undo);
-  // The old document's undo steps leave with it; the levels in force are a setting and stay.
+  // The recorder belongs to whoever edits this workbook and stays. The old document's undo steps
+  // leave with it; the levels in force are a setting and stay too.
   std::swap(undoSlots, other.undoSlots);
   std::swap(undoTop, other.undoTop);
   std::swap(lastSavedBy, other.lastSavedBy);

@@ -108,7 +108,7 @@ class Workbook {
   // Deletes every node and returns the tables to their state in a new document.
   void Clear();
   // Exchanges the whole document with another workbook, as a load does once it has read a file
-  // completely.
+  // completely. The undo recorder stays with this workbook.
   void SwapContents(Workbook& other);
 
   // The node whose path ("\folder\sheet") matches, compared without regard to case, starting at
