@@ -31,14 +31,20 @@ std::string OneRecordDbf(uint8_t version) {
   return bytes + field + "\r" + " Ann  " + "\x1a";
 }
 
-// The file's own header decides the dialect a later save writes, whatever filter opened it.
-TEST(ExchangeFilesTest, AnXbaseFileKeepsTheDialectItsHeaderNames) {
+class ExchangeFilesTest : public ::testing::Test {
+ protected:
+  ExchangeFilesTest() : scope(prompter), session(book, settings) {}
+
   testing::TempDir dir;
   testing::RecordingPrompter prompter;
-  testing::ScopedPrompter scope(prompter);
+  testing::ScopedPrompter scope;
   Workbook book;
   SessionSettings settings;
-  DocumentSession session(book, settings);
+  DocumentSession session;
+};
+
+// The file's own header decides the dialect a later save writes, whatever filter opened it.
+TEST_F(ExchangeFilesTest, AnXbaseFileKeepsTheDialectItsHeaderNames) {
   std::string dbase4 = dir.Write("four.dbf", OneRecordDbf(0x8B));
   ASSERT_TRUE(session.OpenDocument(dbase4, DocumentKind::kDbase3));
   EXPECT_EQ(book.openKind, DocumentKind::kDbase4);
@@ -50,7 +56,7 @@ TEST(ExchangeFilesTest, AnXbaseFileKeepsTheDialectItsHeaderNames) {
 
 // The import dialog's choice stays with the document: a Reload reads with it without asking, and
 // a save writes the file back the same way.
-TEST(ExchangeFilesTest, ATextFileKeepsItsOptionsForReloadAndSave) {
+TEST_F(ExchangeFilesTest, ATextFileKeepsItsOptionsForReloadAndSave) {
   struct SemicolonDialogs : ExchangeDialogs {
     bool TextImport(const std::string&, TextFileOptions& options) override {
       ++asked;
@@ -59,12 +65,6 @@ TEST(ExchangeFilesTest, ATextFileKeepsItsOptionsForReloadAndSave) {
     }
     int asked = 0;
   } dialogs;
-  testing::TempDir dir;
-  testing::RecordingPrompter prompter;
-  testing::ScopedPrompter scope(prompter);
-  Workbook book;
-  SessionSettings settings;
-  DocumentSession session(book, settings);
   session.exchangeFiles().SetDialogs(&dialogs);
   std::string path = dir.Write("data.csv", "a;b;c,d\r\n");
   ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kText));
