@@ -68,9 +68,7 @@ void TextWriter::Cell(uint16_t column, std::string_view text) {
   column_ = static_cast<uint16_t>(column + 1);
   switch (options_.encoding) {
     case TextEncoding::kUtf8: {
-      uint8_t bits = 0;  // or-ed over the text, in a loop the compiler can widen
-      for (char c : text) bits |= static_cast<uint8_t>(c);
-      if (bits >= 0x80) {
+      if (!text::IsAscii(text)) {
         converted_ = text::Cp1252ToUtf8(text);
         text = converted_;
       }

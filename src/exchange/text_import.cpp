@@ -245,11 +245,9 @@ bool TextReader::EndCell() {
   std::string_view text(cell_, length);
   switch (options_.encoding) {
     case TextEncoding::kUtf8: {
-      uint8_t bits = 0;  // or-ed over the text, in a loop the compiler can widen
-      for (char c : text) bits |= static_cast<uint8_t>(c);
       // Malformed sequences and characters the code page lacks become '?', as any text from
       // outside does.
-      if (bits >= 0x80) {
+      if (!text::IsAscii(text)) {
         converted_ = text::Utf8ToCp1252(text);
         text = converted_;
       }

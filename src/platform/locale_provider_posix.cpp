@@ -16,6 +16,7 @@
 #include "platform/locale_provider.h"
 #include "platform/locale_table.h"
 #include "platform/locale_value.h"
+#include "text/utf8.h"
 
 namespace kelpdex::platform {
 
@@ -126,9 +127,8 @@ bool IsUtf8Compatible(std::string_view codeset) {
 // Locales in a legacy codeset ("de_DE" as ISO-8859-1) give their texts in that codeset.
 std::string ToUtf8(const char* s, const char* codeset) {
   std::string_view text(s);
-  bool ascii = true;
-  for (char c : text) ascii = ascii && static_cast<unsigned char>(c) < 0x80;
-  if (ascii || codeset == nullptr || IsUtf8Compatible(codeset)) return std::string(text);
+  if (text::IsAscii(text) || codeset == nullptr || IsUtf8Compatible(codeset))
+    return std::string(text);
   iconv_t cd = iconv_open("UTF-8", codeset);
   if (cd == reinterpret_cast<iconv_t>(-1)) return std::string(text);
   std::string out(text.size() * 4 + 4, '\0');

@@ -16,6 +16,14 @@ uint32_t Cp1252ToUnicode(uint8_t c);
 int UnicodeToCp1252(uint32_t codePoint);
 
 std::string Cp1252ToUtf8(std::string_view s);
+
+// Whether every byte is below 0x80, so that the text reads the same in UTF-8 and the code page.
+// The bytes are or-ed in a loop the compiler can widen: it runs for every cell of an exchange.
+inline bool IsAscii(std::string_view s) {
+  uint8_t bits = 0;
+  for (char c : s) bits |= static_cast<uint8_t>(c);
+  return bits < 0x80;
+}
 void AppendCp1252AsUtf8(std::string& out, std::string_view s);
 
 // Lenient decoding for text arriving from outside: every malformed sequence, and every code
