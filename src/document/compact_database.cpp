@@ -4,6 +4,7 @@
 #include "core/reporting.h"
 #include "core/strings.h"
 #include "document/document_session.h"
+#include "document/document_status.h"
 #include "persist/document_file.h"
 #include "persist/side_compaction.h"
 #include "table/table_state.h"
@@ -50,22 +51,46 @@ DocumentSession::Compaction DocumentSession::CompactDatabase() {
         std::snprintf(text, sizeof text, "Compacting %s : %d%%", table.c_str(), percent);
         if (view_ != nullptr) view_->StatusChanged(text);
       });
-  std::string backup;
-  if (!copied || !SwapInCompactedFile(side, temporary, backup, error)) {
+  if (!copied) {
     UpdateDocumentStatus();
     ShowError(error);
     return Compaction::kFailed;
   }
-  // Only now, with the new file in place, do the cells take its offsets; the document is saved
-  // with them before the old file goes, which a failed save puts back.
+  // The cells take the new offsets, and the document is written with them and made durable
+  // before either file moves: then only the two renames stand between the old pair of files and
+  // the new one, where a save after the swap would leave the whole write in between.
   ApplyOffsetMoves(moves, false);
-  if (!SaveDocument()) {
+  SafeFileWriter document;
+  std::string backup;
+  bool native = book_.openKind == DocumentKind::kNative;
+  if (native && !PrepareDocumentFile(book_.fileName, book_,
+                                     EffectiveFormat(book_.fileFormat, settings_.defaultFileFormat),
+                                     document, error)) {
     ApplyOffsetMoves(moves, true);
-    RestoreBackup(side, backup);
+    platform::DeleteFile(temporary);
+    UpdateDocumentStatus();
+    ShowError(error);
     return Compaction::kFailed;
   }
+  if (!SwapInCompactedFile(side, temporary, backup, error)) {
+    ApplyOffsetMoves(moves, true);
+    UpdateDocumentStatus();
+    ShowError(error);
+    return Compaction::kFailed;
+  }
+  bool saved = native ? document.Commit(error) : SaveDocument();
+  if (!saved) {
+    ApplyOffsetMoves(moves, true);
+    RestoreBackup(side, backup);
+    if (native) ShowError(error);
+    return Compaction::kFailed;
+  }
+  if (native && !book_.readOnly) lock_.Acquire(book_.fileName);
   DropBackup(backup);
   book_.sideValuesReplaced = false;
+  // The undo steps hold offsets into the old file, and the records of replaced values they would
+  // put back are gone with it: an undo would now point a cell at someone else's bytes.
+  book_.ClearUndoSlots();
   RefreshCurrentTable(book_);
   UpdateDocumentStatus();
   Ask(str::kCompacted, mb::kOk | mb::kIconInformation);

@@ -52,6 +52,7 @@ bool SafeFileWriter::Open(const std::string& path, bool compress, ErrorCode& err
     return false;
   }
   temporary_ = temporary;
+  finished_ = false;
   if (!stream_.Open(temporary_, StreamMode::kWrite, compress)) {
     error = stream_.error();
     Abandon();
@@ -60,11 +61,12 @@ bool SafeFileWriter::Open(const std::string& path, bool compress, ErrorCode& err
   return true;
 }
 
-bool SafeFileWriter::Commit(ErrorCode& error) {
+bool SafeFileWriter::Finish(ErrorCode& error) {
   if (temporary_.empty()) {
     error = err::kFileWrite;
     return false;
   }
+  if (finished_) return true;
   // Everything must be on the disk before the old file goes.
   bool ok = stream_.ok() && stream_.Sync();
   bool closed = stream_.Close();
@@ -76,12 +78,19 @@ bool SafeFileWriter::Commit(ErrorCode& error) {
     Abandon();
     return false;
   }
+  finished_ = true;
+  return true;
+}
+
+bool SafeFileWriter::Commit(ErrorCode& error) {
+  if (!Finish(error)) return false;
   if (!platform::ReplaceFile(temporary_, target_)) {
     Abandon();
     error = err::kFileWrite;
     return false;
   }
   temporary_.clear();
+  finished_ = false;
   // The rename itself is made durable by syncing the folder that holds it.
   std::string folder = platform::FolderOf(target_);
   platform::SyncFile(folder.empty() ? "." : folder);
@@ -93,21 +102,28 @@ void SafeFileWriter::Abandon() {
   if (stream_.isOpen()) stream_.Close();
   if (!temporary_.empty()) platform::DeleteFile(temporary_);
   temporary_.clear();
+  finished_ = false;
 }
 
-bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
-                       ErrorCode& error, std::string* place) {
+bool PrepareDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
+                         SafeFileWriter& writer, ErrorCode& error, std::string* place) {
   format = WritableFormat(format);
-  SafeFileWriter writer;
   if (!writer.Open(path, IsCompressedFormat(format), error)) return false;
   FileStream& stream = writer.stream();
   bool ok = IsXmlFormat(format) ? WriteXmlDocument(stream, book, place)
                                 : WriteBinaryDocument(stream, book);
   if (!ok) {
     error = stream.error() != err::kNone ? stream.error() : err::kFileWrite;
+    writer.Abandon();
     return false;
   }
-  return writer.Commit(error);
+  return writer.Finish(error);
+}
+
+bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
+                       ErrorCode& error, std::string* place) {
+  SafeFileWriter writer;
+  return PrepareDocumentFile(path, book, format, writer, error, place) && writer.Commit(error);
 }
 
 bool ReadDocumentFile(const std::string& path, Workbook& book, NativeFileKind& kind,

@@ -33,11 +33,15 @@ class SafeFileWriter {
   // made.
   bool Open(const std::string& path, bool compress, ErrorCode& error);
   FileStream& stream() { return stream_; }
-  // Syncs, closes and renames; false with `error` set, the target untouched.
+  // Syncs and closes the temporary file, which keeps the old file's permissions; the target is
+  // not touched yet. False with `error` set and the temporary file gone.
+  bool Finish(ErrorCode& error);
+  // Finishes if that is not done, then renames; false with `error` set, the target untouched.
   bool Commit(ErrorCode& error);
   void Abandon();
 
  private:
+  bool finished_ = false;
   FileStream stream_;
   std::string target_;
   std::string temporary_;
@@ -53,6 +57,11 @@ class SafeFileWriter {
 // is refused with 61, as is anything but a plain file; a folder gives 73.
 bool WriteDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
                        ErrorCode& error, std::string* place = nullptr);
+// WriteDocumentFile up to the rename: the new file is whole and on the disk beside `path`, and
+// `writer.Commit` puts it in place. For a caller that must replace another file in the same
+// moment, so that the two renames are all that stands between the old pair and the new one.
+bool PrepareDocumentFile(const std::string& path, const Workbook& book, NativeFormat format,
+                         SafeFileWriter& writer, ErrorCode& error, std::string* place = nullptr);
 
 // Reads a native file into `book` by its kind. An empty file gives kind kEmpty and leaves the
 // workbook alone: the caller makes a new database in it. `line` is set for XML failures.

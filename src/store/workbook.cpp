@@ -118,6 +118,11 @@ void Workbook::DeleteNodes(WorkbookNode* run) {
   }
 }
 
+void Workbook::ClearUndoSlots() {
+  for (UndoSlot& slot : undoSlots) slot.Clear();
+  undoTop = -1;
+}
+
 void Workbook::Clear() {
   DeleteNodes(firstNode);
   firstNode = nullptr;
@@ -129,8 +134,7 @@ void Workbook::Clear() {
   records.SetCount(0);
   records.SetOrdered(true);
   fieldDefaults.clear();
-  for (UndoSlot& slot : undoSlots) slot.Clear();
-  undoTop = -1;
+  ClearUndoSlots();
   lastSavedBy.clear();
   lastSavedAt.clear();
   treePaneVisible = 1;

@@ -110,6 +110,8 @@ class Workbook {
   // Exchanges the whole document with another workbook, as a load does once it has read a file
   // completely. The undo recorder stays with this workbook.
   void SwapContents(Workbook& other);
+  // Empties every undo and redo step.
+  void ClearUndoSlots();
 
   // The node whose path ("\folder\sheet") matches, compared without regard to case, starting at
   // `start` or the first node; nullptr if none.

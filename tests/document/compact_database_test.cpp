@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,6 +21,7 @@
 #include "support/temp_dir.h"
 #include "table/schema.h"
 #include "table/table_state.h"
+#include "undo/undo_stack.h"
 
 namespace kelpdex {
 namespace {
@@ -41,6 +43,21 @@ class KillingView : public DocumentView {
   void StatusChanged(const std::string& status) override {
     if (status == "Compacting T : 50%") raise(SIGKILL);
   }
+};
+
+// Puts a folder where the document stands once the live records are copied, so that writing the
+// document again fails at the last step of a compaction.
+class BlockingView : public DocumentView {
+ public:
+  explicit BlockingView(std::string path) : path_(std::move(path)) {}
+  void StatusChanged(const std::string& status) override {
+    if (status != "Compacting T : 100%") return;
+    EXPECT_EQ(std::rename(path_.c_str(), (path_ + ".away").c_str()), 0);
+    EXPECT_EQ(mkdir(path_.c_str(), 0700), 0);
+  }
+
+ private:
+  std::string path_;
 };
 
 class CompactDatabaseTest : public ::testing::Test {
@@ -248,6 +265,88 @@ TEST_F(CompactDatabaseTest, ACompactionKilledHalfWayLeavesBothFilesUsable) {
   EXPECT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kCompacted);
   ExpectNoLeftovers();
   ExpectValues();
+}
+
+TEST_F(CompactDatabaseTest, ADocumentThatCannotBeWrittenStopsTheCompactionWithNothingChanged) {
+  MakeDocument();
+  const std::string sideBytes = ReadFileBytes(side);
+  const std::set<uint32_t> offsets = CellOffsets();
+  BlockingView view(path);
+  session.SetView(&view);
+  EXPECT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kFailed);
+  session.SetView(nullptr);
+  EXPECT_EQ(LastBox(), ErrorText(err::kFolderPath));
+  EXPECT_EQ(ReadFileBytes(side), sideBytes);
+  EXPECT_EQ(CellOffsets(), offsets);
+  ExpectValues();
+  ASSERT_EQ(rmdir(path.c_str()), 0);
+  ASSERT_EQ(std::rename((path + ".away").c_str(), path.c_str()), 0);
+  ExpectNoLeftovers();
+  EXPECT_FALSE(platform::FileExists(dir.Path(".data.kpx.saving")));
+}
+
+// Once the live records are copied, no file may grow past the old side file's size: the process
+// dies while writing the document, which is larger. The new document must not be half in place
+// with the compacted side file already swapped in.
+class FileSizeLimitView : public DocumentView {
+ public:
+  explicit FileSizeLimitView(rlim_t limit) : limit_(limit) {}
+  void StatusChanged(const std::string& status) override {
+    if (status != "Compacting T : 100%") return;
+    rlimit limit{limit_, limit_};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+
+ private:
+  rlim_t limit_;
+};
+
+TEST_F(CompactDatabaseTest, ACompactionKilledWhileWritingTheDocumentLeavesBothFilesUsable) {
+  MakeDocument();
+  // Names long enough that the document outgrows the side file.
+  for (uint32_t row = 0; row < kRecords; ++row) {
+    uint8_t record[1100];
+    cell::EncodeText(record, row, 0, std::string(1000, static_cast<char>('A' + row % 26)));
+    ASSERT_TRUE(Data().cells.PutCell(record));
+  }
+  ASSERT_TRUE(session.SaveDocument());
+  const std::string sideBytes = ReadFileBytes(side);
+  ASSERT_GT(ReadFileBytes(path).size(), sideBytes.size() + 4096);
+  session.ResetDocument();
+  pid_t child = fork();
+  if (child == 0) {
+    FileSizeLimitView view(sideBytes.size() + 1);
+    session.SetView(&view);
+    session.OpenDocument(path, DocumentKind::kNative);
+    session.CompactDatabase();
+    _exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGXFSZ);
+  EXPECT_EQ(ReadFileBytes(side), sideBytes);
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kNative));
+  ExpectValues();
+  EXPECT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kCompacted);
+  ExpectNoLeftovers();
+  ExpectValues();
+}
+
+// Undo steps taken before a compaction point into the old file, whose dead records are gone.
+TEST_F(CompactDatabaseTest, CompactionEndsTheUndoSteps) {
+  MakeDocument();
+  UndoStack undo(book);
+  UndoContext context;
+  context.firstColumn = context.lastColumn = context.activeColumn = kNotes;
+  ASSERT_TRUE(undo.RecordCell(context, 1, kNotes));
+  SetLongTextValue(book, Data(), 1, kNotes, "replaced again");
+  ASSERT_TRUE(undo.CanUndo());
+  ASSERT_EQ(session.CompactDatabase(), DocumentSession::Compaction::kCompacted);
+  EXPECT_FALSE(undo.CanUndo());
+  EXPECT_FALSE(undo.CanRedo());
+  EXPECT_EQ(NoteOf(1), "replaced again");
+  EXPECT_EQ(FileRecords(), CellOffsets());
 }
 
 TEST_F(CompactDatabaseTest, SaveAsCarriesTheSideFileAndAMissingOneFailsOnRead) {
