@@ -62,6 +62,28 @@ class UndoRecorder {
   // Kind 12: the table definition (every catalogue row, the key in force) and the record set,
   // before filters, keys or the sort change.
   virtual bool RecordFieldList(const UndoContext& context) = 0;
+
+  // The steps recorded between the two, nested or not, undo and redo as one: a command built
+  // from other commands (a drag that inserts, pastes and removes records) is one step to the
+  // user.
+  virtual void BeginGroup() {}
+  virtual void EndGroup() {}
+};
+
+// Holds a group open for its lifetime; a null recorder records nothing.
+class UndoGroup {
+ public:
+  explicit UndoGroup(UndoRecorder* recorder) : recorder_(recorder) {
+    if (recorder_ != nullptr) recorder_->BeginGroup();
+  }
+  ~UndoGroup() {
+    if (recorder_ != nullptr) recorder_->EndGroup();
+  }
+  UndoGroup(const UndoGroup&) = delete;
+  UndoGroup& operator=(const UndoGroup&) = delete;
+
+ private:
+  UndoRecorder* recorder_;
 };
 
 }  // namespace kelpdex

@@ -49,6 +49,8 @@ struct UndoSlot {
   size_t HeldBytes() const;
 
   uint8_t kind = undo_kind::kNone;
+  // Recorded inside a group after its first step: undone together with the slot below it.
+  bool joinsPrevious = false;
   char sheetPath[kUndoPathSize] = {};
   int32_t sheetIndex = -1;  // the table's place among the tables
   UndoContext context;

@@ -65,6 +65,8 @@ UndoSlot* UndoStack::BeginSlot(const UndoContext& context, uint8_t kind) {
   }
   UndoSlot& slot = slots[book_.undoTop];
   slot.kind = kind;
+  slot.joinsPrevious = groupDepth_ > 0 && groupHasStep_;
+  if (groupDepth_ > 0) groupHasStep_ = true;
   slot.context = context;
   slot.sheetIndex = TableIndexOf(book_, table.data);
   std::string path;
@@ -75,6 +77,7 @@ UndoSlot* UndoStack::BeginSlot(const UndoContext& context, uint8_t kind) {
 }
 
 bool UndoStack::Refuse(UndoSlot& slot) {
+  if (groupDepth_ > 0 && !slot.joinsPrevious) groupHasStep_ = false;
   slot.Clear();
   --book_.undoTop;
   book_.errorCode = err::kOutOfMemory;
@@ -385,12 +388,35 @@ UndoOutcome UndoStack::Step(int32_t slot, int32_t delta) {
 
 UndoOutcome UndoStack::Undo() {
   if (!CanUndo()) return {};
-  return Step(book_.undoTop, -1);
+  UndoOutcome outcome = Step(book_.undoTop, -1);
+  // The rest of a group goes back too, and the selection is the one its first step saw.
+  while (book_.undoSlots[book_.undoTop + 1].joinsPrevious && CanUndo()) {
+    UndoOutcome earlier = Step(book_.undoTop, -1);
+    outcome.applied = outcome.applied && earlier.applied;
+    outcome.refreshFrame = outcome.refreshFrame || earlier.refreshFrame;
+    outcome.selection = earlier.selection;
+  }
+  return outcome;
 }
 
 UndoOutcome UndoStack::Redo() {
   if (!CanRedo()) return {};
-  return Step(book_.undoTop + 1, +1);
+  UndoOutcome outcome = Step(book_.undoTop + 1, +1);
+  while (CanRedo() && book_.undoSlots[book_.undoTop + 1].joinsPrevious) {
+    UndoOutcome later = Step(book_.undoTop + 1, +1);
+    outcome.applied = outcome.applied && later.applied;
+    outcome.refreshFrame = outcome.refreshFrame || later.refreshFrame;
+    outcome.selection = later.selection;
+  }
+  return outcome;
+}
+
+void UndoStack::BeginGroup() {
+  if (groupDepth_++ == 0) groupHasStep_ = false;
+}
+
+void UndoStack::EndGroup() {
+  if (groupDepth_ > 0) --groupDepth_;
 }
 
 size_t UndoStack::HeldBytes() const {

@@ -51,6 +51,8 @@ class UndoStack : public UndoRecorder {
   bool RecordTableDeleted(const UndoContext& context, std::string_view name, Worksheet* catalogue,
                           Worksheet* data) override;
   bool RecordFieldList(const UndoContext& context) override;
+  void BeginGroup() override;
+  void EndGroup() override;
 
   // Puts slot `slot` back, in whichever direction it stands. False with the workbook's code.
   bool ApplyUndo(int32_t slot);
@@ -76,6 +78,9 @@ class UndoStack : public UndoRecorder {
   // Kind 7: the field's catalogue row, and with `withCells` its column's cells.
   bool RecordFieldRow(const UndoContext& context, uint16_t column, bool withCells);
   UndoOutcome Step(int32_t slot, int32_t delta);
+
+  int groupDepth_ = 0;
+  bool groupHasStep_ = false;  // the open group's first step is recorded
 
   // The appliers, one per kind; the table of the slot is current.
   bool ApplyCell(UndoSlot& slot);

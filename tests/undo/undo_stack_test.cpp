@@ -125,6 +125,41 @@ TEST_F(UndoStackTest, RedoNeverReachesTheLastTwoSlots) {
   EXPECT_EQ(At(0, 2), "'98'");
 }
 
+// A record moved by hand: opened, filled, the original removed, in a nested group, between two
+// ordinary edits that stay steps of their own.
+TEST_F(UndoStackTest, AGroupUndoesAndRedoesAsOneStep) {
+  ASSERT_EQ(CommitText(book, 0, 0, "before", Cell(0, 0)), EntryResult::kWritten);
+  const std::string start = Bytes();
+  {
+    UndoGroup outer(book.undo);
+    ASSERT_TRUE(InsertRecords(book, 1, 1, nullptr, Cell(1, 0)));
+    {
+      UndoGroup inner(book.undo);
+      ASSERT_EQ(CommitText(book, 1, 0, "moved", Cell(1, 0)), EntryResult::kWritten);
+      ASSERT_EQ(CommitText(book, 1, 1, "7", Cell(1, 1)), EntryResult::kWritten);
+    }
+    ASSERT_TRUE(RemoveRecords(book, 6, 6, Cell(6, 0)));
+  }
+  const std::string moved = Bytes();
+  ASSERT_EQ(CommitText(book, 2, 0, "after", Cell(2, 0)), EntryResult::kWritten);
+
+  ASSERT_TRUE(stack->Undo().applied);  // "after"
+  EXPECT_TRUE(Bytes() == moved);
+  UndoOutcome undone = stack->Undo();
+  ASSERT_TRUE(undone.applied);
+  EXPECT_TRUE(Bytes() == start);
+  EXPECT_EQ(undone.selection.activeRecord, 1u);
+  EXPECT_EQ(At(0, 0), "'before'");
+  ASSERT_TRUE(stack->CanUndo());
+  ASSERT_TRUE(stack->Redo().applied);
+  EXPECT_TRUE(Bytes() == moved);
+  EXPECT_EQ(At(1, 0), "'moved'");
+  // The edit after the group is still there to redo, alone.
+  ASSERT_TRUE(stack->Redo().applied);
+  EXPECT_EQ(At(2, 0), "'after'");
+  EXPECT_FALSE(stack->CanRedo());
+}
+
 TEST_F(UndoStackTest, RemovedRecordsGoBackToTheirPlacesInASortedSet) {
   ASSERT_EQ(SortByFields(Table(), 1, 1, false, false), 0);
   ASSERT_TRUE(RunSearch(book));

@@ -43,6 +43,7 @@ TEST_F(GridMouseAndClipboard, CopyQuotesAndPasteRestoresTabsAndQuotes) {
   ASSERT_TRUE(frame->Dispatch(57643));
   EXPECT_EQ(Shown(0, 3), "");
   EXPECT_EQ(Shown(0, 4), "");
+  EXPECT_EQ(book.records.count(), 2u);
 }
 
 TEST_F(GridMouseAndClipboard, PlainTextPastePassesOverCalculatedFields) {

@@ -88,6 +88,15 @@ TEST_F(GridPanesTest, DraggedRecordsMoveOrCopyBeforeTheRowDroppedOn) {
   grid().SetSelection({0, 0, 0, 0});
   ASSERT_TRUE(grid().MoveRecords(6, false));
   EXPECT_EQ(Names(), "ray gar cod eel koi koi ");
+  // Each move and copy is one Undo.
+  ASSERT_TRUE(frame->Dispatch(57643));
+  EXPECT_EQ(Names(), "koi ray gar cod eel koi ");
+  ASSERT_TRUE(frame->Dispatch(57643));
+  EXPECT_EQ(Names(), "ray gar cod eel koi ");
+  ASSERT_TRUE(frame->Dispatch(57643));
+  EXPECT_EQ(Names(), "cod eel ray gar koi ");
+  ASSERT_TRUE(frame->Dispatch(57644));
+  EXPECT_EQ(Names(), "ray gar cod eel koi ");
 }
 
 TEST_F(GridPanesTest, CellsDroppedFromElsewhereBecomeNewRecords) {
@@ -103,6 +112,8 @@ TEST_F(GridPanesTest, CellsDroppedFromElsewhereBecomeNewRecords) {
   EXPECT_TRUE(drop.isAccepted());
   EXPECT_EQ(Names(), "cod pike bass eel ray gar koi ");
   EXPECT_EQ(Shown(2, 1), "18");
+  ASSERT_TRUE(frame->Dispatch(57643));
+  EXPECT_EQ(Names(), "cod eel ray gar koi ");
   delete mime;
 }
 

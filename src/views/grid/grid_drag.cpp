@@ -110,6 +110,7 @@ bool GridView::DropCells(uint32_t position, const std::string& text, bool native
   std::vector<std::vector<std::string>> lines = ParseClipboardText(text, kEditTextMax);
   size_t count = lines.size() - (native && lines.size() >= 2 ? 2 : 0);
   if (count == 0) return false;
+  UndoGroup group(book_->undo);
   if (!OpenRecordsAt(position, static_cast<uint32_t>(count))) return false;
   selection_ = {0, position, 0, position};
   anchorField_ = activeField_ = 0;
@@ -137,6 +138,8 @@ bool GridView::MoveRecords(uint32_t target, bool copy) {
   selection_.firstField = 0;
   selection_.lastField = static_cast<uint16_t>(fieldCount_ - 1);
   selection_.lastPosition = last;
+  // Opening, filling and removing records is one move to the user, and one Undo.
+  UndoGroup group(book_->undo);
   std::string text = text::Utf8ToCp1252(CopyText(true).toStdString());
   const uint32_t n = last - first + 1;
   if (!DropCells(target, text, true)) return false;
