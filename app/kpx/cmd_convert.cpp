@@ -4,6 +4,7 @@
 
 #include "document/exchange_files.h"
 #include "exchange/excel_xml.h"
+#include "exchange/text_separators.h"
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
@@ -60,20 +61,7 @@ bool ReadTextOptions(const Args& args, const std::string& path, TextFileOptions&
   // A tab-separated file says so by its name.
   options.separator = Extension(path) == ".tsv" ? '\t' : ',';
   if (std::optional<std::string> separator = args.Value("separator")) {
-    static const std::pair<const char*, char> kNames[] = {
-        {"comma", ','}, {"tab", '\t'}, {"point", '.'}, {"semicolon", ';'}, {"space", ' '}};
-    bool found = false;
-    for (const auto& [name, c] : kNames) {
-      if (*separator == name) {
-        options.separator = c;
-        found = true;
-      }
-    }
-    if (!found && separator->size() == 1) {
-      options.separator = (*separator)[0];
-      found = true;
-    }
-    if (!found) {
+    if (!SeparatorOfName(*separator, options.separator)) {
       why = "the separator is comma, tab, point, semicolon, space or one character";
       return false;
     }

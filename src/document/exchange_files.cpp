@@ -41,7 +41,18 @@ bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workboo
     return true;
   }
   if (openKind == DocumentKind::kExcelXml) {
-    return ImportExcelXml(book, path, excelMode, &errorLine_);
+    ExcelXmlMode mode = reuseOptions ? excelModeRead_ : excelMode;
+    excelModeRead_ = mode;
+    if (ImportExcelXml(book, path, mode, &errorLine_)) return true;
+    if (mode != ExcelXmlMode::kDatabase || book.errorCode != err::kInvalidExcelDatabase ||
+        !dialogs_->ExcelXmlAsTables(path)) {
+      return false;
+    }
+    errorLine_ = 0;
+    book.errorCode = err::kNone;
+    if (!ImportExcelXml(book, path, ExcelXmlMode::kWorksheetsAsTables, &errorLine_)) return false;
+    excelModeRead_ = ExcelXmlMode::kWorksheetsAsTables;
+    return true;
   }
   book.errorCode = err::kFileOpenRead;  // no reader for this kind is linked in
   return false;

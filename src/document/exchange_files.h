@@ -30,6 +30,9 @@ class ExchangeDialogs {
   virtual bool XbaseExport(const std::string& /*path*/, XbaseExportOptions& /*options*/) {
     return true;
   }
+  // A SpreadsheetML file without catalogues failed to open as a database (45): true reads each
+  // worksheet as a table instead. The default keeps the failure.
+  virtual bool ExcelXmlAsTables(const std::string& /*path*/) { return false; }
 };
 
 class ExchangeFiles : public ForeignFiles {
@@ -61,6 +64,8 @@ class ExchangeFiles : public ForeignFiles {
   ExchangeDialogs* dialogs_ = &defaultDialogs_;
   int errorLine_ = 0;
   DocumentKind kindRead_ = DocumentKind::kNative;  // native: the kind asked for stands
+  // How the last Excel XML file was read after the question, so that a Reload reads it so again.
+  ExcelXmlMode excelModeRead_ = ExcelXmlMode::kDatabase;
 };
 
 }  // namespace kelpdex

@@ -86,5 +86,42 @@ TEST_F(ExchangeFilesTest, ATextFileKeepsItsOptionsForReloadAndSave) {
   EXPECT_EQ(session.exchangeFiles().importTextOptions.separator, ';');
 }
 
+// A spreadsheet's own file has no catalogues: the question turns it into tables, a Reload reads it
+// so again without asking, and a No keeps the documented failure.
+TEST_F(ExchangeFilesTest, ASpreadsheetWithoutCataloguesOpensAsTablesWhenTheUserAgrees) {
+  struct AskingDialogs : ExchangeDialogs {
+    bool ExcelXmlAsTables(const std::string&) override {
+      ++asked;
+      return agree;
+    }
+    int asked = 0;
+    bool agree = false;
+  } dialogs;
+  session.exchangeFiles().SetDialogs(&dialogs);
+  std::string path = dir.Write(
+      "sheet.xml",
+      "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+      "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\">\n<Worksheet ss:Name=\"Crew\">"
+      "<Table><Row><Cell><Data ss:Type=\"String\">Name</Data></Cell></Row><Row><Cell><Data "
+      "ss:Type=\"String\">Ann</Data></Cell></Row></Table></Worksheet>\n</Workbook>\n");
+  EXPECT_FALSE(session.OpenDocument(path, DocumentKind::kExcelXml));
+  EXPECT_EQ(dialogs.asked, 1);
+  EXPECT_FALSE(session.HasDocument());
+  ASSERT_FALSE(prompter.boxes.empty());
+  EXPECT_NE(prompter.boxes.back().text.find(ErrorText(err::kInvalidExcelDatabase)),
+            std::string::npos);
+
+  dialogs.agree = true;
+  ASSERT_TRUE(session.OpenDocument(path, DocumentKind::kExcelXml));
+  EXPECT_EQ(dialogs.asked, 2);
+  ASSERT_NE(book.FindTable("Crew"), nullptr);
+  TableSpec table;
+  ASSERT_TRUE(CurrentTable(book, table));
+  EXPECT_EQ(FieldCount(table), 1);
+  ASSERT_TRUE(session.ReloadDocument());
+  EXPECT_EQ(dialogs.asked, 2);
+  EXPECT_NE(book.FindTable("Crew"), nullptr);
+}
+
 }  // namespace
 }  // namespace kelpdex
