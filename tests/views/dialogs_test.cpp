@@ -10,8 +10,11 @@
 #include <QSpinBox>
 #include <QTimer>
 
+#include "exchange/xbase_field_lines.h"
 #include "frame_fixture.h"
 #include "search/search_keys.h"
+#include "support/file_bytes.h"
+#include "support/temp_dir.h"
 #include "views/dialogs/field_dialog.h"
 #include "views/dialogs/filter_dialog.h"
 #include "views/dialogs/name_dialog.h"
@@ -19,6 +22,8 @@
 #include "views/dialogs/options_dialog.h"
 #include "views/dialogs/protection_dialog.h"
 #include "views/dialogs/sort_order_dialog.h"
+#include "views/dialogs/text_file_dialog.h"
+#include "views/dialogs/xbase_field_dialog.h"
 
 namespace kelpdex::views {
 namespace {
@@ -316,6 +321,164 @@ TEST_F(Dialogs, NewDatabaseWizardChecksEachPageBeforeItGoesOn) {
   EXPECT_EQ(answers.fields[0].name, "Hull");
   EXPECT_EQ(answers.fields[1].type, FieldType::kNumber);
   EXPECT_EQ(answers.path, "/tmp/fleet.kpx");
+}
+
+TEST_F(Dialogs, TextFileDialogNamesTheWrongChoiceAndKeepsTheOptionsUntilAllHold) {
+  TextFileOptions options;
+  {
+    TextFileDialog save(TextFileDialog::Direction::kExport, options, frame.get());
+    Open(save, "text_export_dialog.png");
+    EXPECT_EQ(save.windowTitle(), "Save Text File");
+    EXPECT_EQ(save.conversionList(), nullptr);
+  }
+  TextFileDialog dialog(TextFileDialog::Direction::kImport, options, frame.get());
+  Open(dialog, "text_import_dialog.png");
+  EXPECT_EQ(dialog.windowTitle(), "Open Text File");
+  EXPECT_EQ(dialog.focusWidget(), dialog.separatorList());
+  EXPECT_EQ(dialog.separatorList()->currentText(), "comma");
+  EXPECT_FALSE(dialog.otherSeparator()->isEnabled());
+  EXPECT_FALSE(dialog.widthsBox()->isEnabled());
+
+  dialog.separatorList()->setCurrentIndex(5);  // other
+  EXPECT_TRUE(dialog.otherSeparator()->isEnabled());
+  dialog.accept();
+  EXPECT_EQ(LastAsked(), "Type the separator character in the box beside the list.");
+  EXPECT_EQ(dialog.focusWidget(), dialog.otherSeparator());
+  EXPECT_TRUE(dialog.isVisible());
+
+  dialog.widthsChoice()->setChecked(true);
+  EXPECT_FALSE(dialog.separatorList()->isEnabled());
+  dialog.widthsBox()->setText("10,x,4");
+  dialog.accept();
+  EXPECT_EQ(LastAsked(),
+            "The field widths are whole numbers from 1 to 65535, separated by commas.");
+  EXPECT_EQ(dialog.focusWidget(), dialog.widthsBox());
+  dialog.widthsBox()->setText("10,6,4");
+  dialog.quoteBox()->setText("*");
+  dialog.accept();
+  EXPECT_EQ(LastAsked(), "The quote is \" or '.");
+  EXPECT_EQ(dialog.focusWidget(), dialog.quoteBox());
+  EXPECT_EQ(options.quote, '"');  // nothing taken while a choice is wrong
+  EXPECT_FALSE(options.fixedWidths);
+
+  dialog.quoteBox()->setText("'");
+  dialog.encodingList()->setCurrentIndex(2);
+  dialog.conversionList()->setCurrentIndex(1);
+  dialog.headerBox()->setChecked(true);
+  dialog.accept();
+  EXPECT_FALSE(dialog.isVisible());
+  EXPECT_TRUE(options.fixedWidths);
+  EXPECT_EQ(options.widths[1], 6);
+  EXPECT_EQ(options.widths[3], 0);
+  EXPECT_EQ(options.quote, '\'');
+  EXPECT_EQ(options.encoding, TextEncoding::kOem);
+  EXPECT_TRUE(options.numbers);
+  EXPECT_TRUE(options.headerLine);
+  // The next dialog starts from them.
+  TextFileDialog again(TextFileDialog::Direction::kImport, options, frame.get());
+  EXPECT_TRUE(again.widthsChoice()->isChecked());
+  EXPECT_EQ(again.widthsBox()->text(), "10,6,4");
+  EXPECT_EQ(again.focusWidget(), again.widthsBox());
+}
+
+TEST_F(Dialogs, XbaseFieldDialogEditsTheExportFieldsAndShowsAnImportsSummary) {
+  XbaseHeader header;
+  std::vector<XbaseExportField> fields;
+  ErrorCode error = err::kNone;
+  ASSERT_TRUE(BuildXbaseHeader(book, header, XbaseDialect::kDbase4, &fields, error));
+  ASSERT_EQ(fields.size(), 3u);
+  XbaseFieldDialog dialog(fields, false, frame.get());
+  Open(dialog, "xbase_export_dialog.png");
+  EXPECT_EQ(dialog.windowTitle(), "xBase Field Definition");
+  EXPECT_EQ(dialog.fieldList()->item(1)->text(), "2.  Length [Float: 20]");
+  EXPECT_EQ(dialog.focusWidget(), dialog.fieldList());
+  dialog.fieldList()->setCurrentRow(1);
+  EXPECT_EQ(dialog.nameBox()->text(), "Length");
+  dialog.typeList()->setCurrentIndex(1);  // Numeric
+  dialog.lengthBox()->setValue(9);
+  dialog.decimalsBox()->setValue(2);
+  EXPECT_EQ(dialog.fieldList()->item(1)->text(), "2.  Length [Numeric: 9/2]");
+  dialog.fieldList()->setCurrentRow(0);
+  dialog.typeList()->setCurrentIndex(4);  // Date takes its own length
+  EXPECT_EQ(dialog.lengthBox()->value(), 8);
+  EXPECT_FALSE(dialog.lengthBox()->isEnabled());
+  dialog.nameBox()->setText("LENGTH");
+  dialog.accept();
+  EXPECT_EQ(LastAsked(), "Two fields have the name Length.");
+  EXPECT_TRUE(dialog.isVisible());
+  dialog.nameBox()->setText("");
+  QTest::keyClicks(dialog.nameBox(), "Length");
+  dialog.accept();
+  EXPECT_EQ(LastAsked(), "Two fields have the name Length.");
+  EXPECT_EQ(dialog.fieldList()->currentRow(), 1);
+  EXPECT_EQ(dialog.focusWidget(), dialog.nameBox());
+  EXPECT_EQ(fields[1].field.type, 'F');  // nothing taken yet
+  dialog.nameBox()->selectAll();
+  QTest::keyClicks(dialog.nameBox(), "Size");
+  dialog.oemBox()->setChecked(true);
+  dialog.accept();
+  EXPECT_FALSE(dialog.isVisible());
+  EXPECT_EQ(fields[0].field.type, 'D');
+  EXPECT_EQ(fields[0].field.length, 8);
+  EXPECT_EQ(fields[1].field.name, "Size");
+  EXPECT_EQ(fields[1].field.type, 'N');
+  EXPECT_EQ(fields[1].field.decimals, 2);
+  EXPECT_TRUE(dialog.oem());
+
+  header.recordCount = 3;
+  header.year = 125;
+  header.month = 11;
+  header.day = 2;
+  std::vector<XbaseField> read;
+  for (const XbaseExportField& f : fields) read.push_back(f.field);
+  XbaseFieldDialog import(XbaseSummaryLine(header), read, true, frame.get());
+  Open(import, "xbase_import_dialog.png");
+  EXPECT_EQ(import.nameBox(), nullptr);
+  EXPECT_EQ(import.fieldList()->count(), 3);
+  EXPECT_EQ(import.fieldList()->item(0)->text(), "1.  LENGTH [Date: 8]");
+  EXPECT_TRUE(
+      import.findChild<QLabel*>()->text().startsWith("Summary: 3 record(s), updated on "
+                                                     "2025/11/2"));
+  EXPECT_TRUE(import.oem());
+}
+
+// The dialogs stand between the lifecycle and the foreign files: Save As text asks for the
+// options, and a spreadsheet without catalogues is offered as tables.
+TEST_F(Dialogs, ForeignFilesAskThroughTheirDialogs) {
+  Put(0, 0, "Kelp; Fast");
+  Put(0, 1, "12");
+  kelpdex::testing::TempDir dir;
+  int shown = 0;
+  frame->exchangeDialogs().script = [&](QDialog& dialog) {
+    ++shown;
+    auto* text = qobject_cast<TextFileDialog*>(&dialog);
+    if (text == nullptr) return false;
+    text->separatorList()->setCurrentIndex(3);  // semicolon
+    text->headerBox()->setChecked(true);
+    text->accept();
+    return text->result() == QDialog::Accepted;
+  };
+  std::string csv = dir.Path("boats.csv");
+  ASSERT_TRUE(frame->session().WriteDocument(&csv, DocumentKind::kText, NativeFormat::kXml));
+  EXPECT_EQ(shown, 1);
+  EXPECT_EQ(kelpdex::testing::ReadFileBytes(csv), "Name;Length;Log\r\n\"Kelp; Fast\";12\r\n");
+  // Cancel writes nothing.
+  std::string other = dir.Path("other.csv");
+  frame->exchangeDialogs().script = [&](QDialog&) { return false; };
+  EXPECT_FALSE(frame->session().WriteDocument(&other, DocumentKind::kText, NativeFormat::kXml));
+  EXPECT_FALSE(platform::FileExists(other));
+
+  std::string sheet = dir.Write(
+      "crew.xml",
+      "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+      "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\">\n<Worksheet ss:Name=\"Crew\">"
+      "<Table><Row><Cell><Data ss:Type=\"String\">Name</Data></Cell></Row><Row><Cell><Data "
+      "ss:Type=\"String\">Ann</Data></Cell></Row></Table></Worksheet>\n</Workbook>\n");
+  nextAnswer = answer::kYes;
+  ASSERT_TRUE(frame->session().OpenDocument(sheet, DocumentKind::kExcelXml));
+  EXPECT_TRUE(
+      LastAsked().startsWith("The file crew.xml holds worksheets but no Kelpdex database."));
+  EXPECT_NE(book.FindTable("Crew"), nullptr);
 }
 
 }  // namespace

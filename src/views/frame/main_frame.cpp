@@ -39,6 +39,8 @@ MainFrame::MainFrame(Workbook& book, SessionSettings& settings, QWidget* parent)
   undo_ = std::make_unique<UndoStack>(book_);
   book_.undoLevel = settings_.undoLevel;
   prompter_ = std::make_unique<QtPrompter>(this);
+  exchangeDialogs_ = std::make_unique<QtExchangeDialogs>(this);
+  session_->exchangeFiles().SetDialogs(exchangeDialogs_.get());
 
   auto* central = new QWidget(this);
   auto* layout = new QVBoxLayout(central);

@@ -12,6 +12,7 @@
 #include "document/document_session.h"
 #include "store/workbook.h"
 #include "undo/undo_stack.h"
+#include "views/frame/qt_exchange_dialogs.h"
 
 class QAction;
 class QCheckBox;
@@ -52,6 +53,7 @@ class MainFrame : public QMainWindow, public DocumentView {
   void SplitTable(bool below, bool right);
   void SplitBinary(int mode);
   QtPrompter& prompter() { return *prompter_; }
+  QtExchangeDialogs& exchangeDialogs() { return *exchangeDialogs_; }
   StatusProgress& progress() { return *progress_; }
   bool HasDocument() const { return book_.firstNode != nullptr; }
 
@@ -123,6 +125,7 @@ class MainFrame : public QMainWindow, public DocumentView {
   std::unique_ptr<DocumentSession> session_;
   std::unique_ptr<UndoStack> undo_;
   std::unique_ptr<QtPrompter> prompter_;
+  std::unique_ptr<QtExchangeDialogs> exchangeDialogs_;
   std::unique_ptr<StatusProgress> progress_;
   GridPanes* panes_ = nullptr;
   BinaryPanes* binary_ = nullptr;
