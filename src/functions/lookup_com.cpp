@@ -150,10 +150,8 @@ bool ArgumentVariant(FormulaEngine& e, int slot, VARIANT& out) {
   return true;
 }
 
-// A scalar VARIANT as a cell record at (row, column); false for a type that has no cell.
+// A scalar VARIANT as a cell record at (row, column); its size, 0 for an empty one.
 uint32_t EncodeVariant(const VARIANT& v, uint32_t row, uint16_t column, uint8_t* record) {
-  VARIANT copy;
-  VariantInit(&copy);
   switch (v.vt) {
     case VT_EMPTY:
       return 0;
