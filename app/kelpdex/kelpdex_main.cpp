@@ -5,6 +5,7 @@
 
 #include "core/process.h"
 #include "core/session_settings.h"
+#include "document/external_documents.h"
 #include "store/workbook.h"
 #include "views/frame/frame_process.h"
 
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
     if (i > 1) line += ' ';
     line += argv[i];
   }
+  kelpdex::InstallExternalDocuments();
   kelpdex::Workbook book;
   kelpdex::views::DesktopHost host(book, QCoreApplication::applicationFilePath().toStdString());
   return kelpdex::RunProcess(line, kelpdex::show::kDefault, host, kelpdex::Session());

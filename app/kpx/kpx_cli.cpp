@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/prompter.h"
+#include "document/external_documents.h"
 #include "kpx/kpx_commands.h"
 #include "kpx/terminal_progress.h"
 
@@ -54,6 +55,7 @@ int Main(int argc, const char* const* argv, FILE* out, FILE* err) {
     Prompter* previous;
     ~Restore() { SetActivePrompter(previous); }
   } restore{previous};
+  InstallExternalDocuments();
 
   if (argc < 2) {
     PrintHelp(err);

@@ -150,7 +150,13 @@ void FormulaEngine::PreparePassCursor(uint32_t row, uint16_t column) {
   }
 }
 
+void FormulaEngine::SetPassState(int slot, std::unique_ptr<PassState> state) {
+  if (inPass_) passStates_[slot] = std::move(state);
+}
+
 void FormulaEngine::StartPass() {
+  for (auto& state : passStates_) state.reset();
+  externals_.clear();
   passRow_ = kNoPassRow;
   passCursor_.Clear();
   passNewCursor_.Clear();
@@ -187,6 +193,9 @@ bool FormulaEngine::EndPass() {
   passNewCursor_.Clear();
   passRow_ = kNoPassRow;
   inPass_ = false;
+  // Whatever was read for the pass may change once it is over.
+  for (auto& state : passStates_) state.reset();
+  externals_.clear();
   DropFieldTokens();
   return ok;
 }
@@ -200,6 +209,8 @@ void FormulaEngine::Reset(uint16_t fieldIndex, uint32_t row) {
   currentField_ = fieldIndex;
   currentRow_ = row;
   pendingFlags_ = 0;
+  // Outside a pass another document is kept for one evaluation only.
+  if (!inPass_) externals_.clear();
 }
 
 bool FormulaEngine::MoveOperatorToOperands() {

@@ -27,10 +27,23 @@ class Worksheet;
 class ExternalDocuments {
  public:
   virtual ~ExternalDocuments() = default;
-  // The document `file` (relative names are taken from the open document's folder), with the
-  // native extensions tried in turn; nullptr when it cannot be read.
-  virtual std::unique_ptr<Workbook> Open(const std::string& file) = 0;
+  // The document `file`, a relative name taken from the folder of `referrer` (the path of the
+  // document whose formula names it; empty for a new one), with the native extensions tried in
+  // turn; nullptr when it cannot be read.
+  virtual std::unique_ptr<Workbook> Open(const std::string& file, const std::string& referrer) = 0;
 };
+
+// What a function family keeps for the length of a pass, such as an index over another table. The
+// engine owns it and drops it when the pass ends, so nothing of it outlives the cells it was read
+// from.
+class PassState {
+ public:
+  virtual ~PassState() = default;
+};
+namespace pass_slot {
+constexpr int kLookupIndex = 0;
+constexpr int kCount = 1;
+}  // namespace pass_slot
 void SetExternalDocuments(ExternalDocuments* documents);
 
 // One built-in function: its handler and its upper-case name with "(" behind it.
@@ -118,6 +131,11 @@ class FormulaEngine {
   // Ends a pass and drops the kept token lists; results for cells that did not exist yet are merged
   // into the sheet here. False when memory ran out doing so.
   bool EndPass();
+  bool inPass() const { return inPass_; }
+  // The state a family keeps in its slot for the running pass; null outside a pass or before the
+  // family set it. SetPassState is ignored outside a pass.
+  PassState* passState(int slot) const { return passStates_[slot].get(); }
+  void SetPassState(int slot, std::unique_ptr<PassState> state);
 
   // The result of EvaluateFormula.
   const FormulaValue& Result() const { return operands_[1]; }
@@ -221,6 +239,10 @@ class FormulaEngine {
   void ApplySheet();
   // Reads a reference or range of another document into a value of this engine.
   FormulaValue ReadExternal(const std::string& path, const FormulaValue& target);
+  // The other document named `file`, opened at its first use in a pass or an evaluation and kept
+  // until that ends; nullptr when it cannot be read (which is kept too, so that a missing file is
+  // not looked for again for every record).
+  Workbook* ExternalDocument(const std::string& file);
   FormulaValue ReadTarget(Workbook& book, WorkbookNode* node, const FormulaValue& target);
   void ApplyUnary(uint16_t op);
   // Loads the two operands of a binary operator and finds their texts; `owned` is how many pool
@@ -294,6 +316,12 @@ class FormulaEngine {
   // Makes passCursor_ ready for a forward search to (row, column) of the sheet.
   void PreparePassCursor(uint32_t row, uint16_t column);
   bool inPass_ = false;
+  std::unique_ptr<PassState> passStates_[pass_slot::kCount];
+  struct OpenedDocument {
+    std::string file;
+    std::unique_ptr<Workbook> book;
+  };
+  std::vector<OpenedDocument> externals_;
   // New cells of a pass wait here, in order, and join the sheet in one sweep when it ends.
   CellStore passNew_;
   CellCursor passNewCursor_;

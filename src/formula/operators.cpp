@@ -381,6 +381,19 @@ void SetExternalDocuments(ExternalDocuments* documents) {
   externalDocuments = documents;
 }
 
+Workbook* FormulaEngine::ExternalDocument(const std::string& file) {
+  for (const OpenedDocument& opened : externals_) {
+    if (opened.file == file) return opened.book.get();
+  }
+  std::unique_ptr<Workbook> book;
+  if (externalDocuments != nullptr) {
+    book =
+        externalDocuments->Open(file, workbook_ != nullptr ? workbook_->fileName : std::string());
+  }
+  externals_.push_back({file, std::move(book)});
+  return externals_.back().book.get();
+}
+
 FormulaValue FormulaEngine::ReadExternal(const std::string& path, const FormulaValue& target) {
   // "[file]path": the file name in brackets, trailing blanks cut; the sheet path behind it.
   size_t close = path.find(']');
@@ -388,17 +401,15 @@ FormulaValue FormulaEngine::ReadExternal(const std::string& path, const FormulaV
   std::string file = path.substr(1, close - 1);
   while (!file.empty() && file.back() == ' ') file.pop_back();
   std::string sheetPath = path.substr(close + 1);
-  if (file.empty() || sheetPath.size() > 256 || externalDocuments == nullptr) {
-    return FormulaValue::Empty(ferr::kRef);
-  }
+  if (file.empty() || sheetPath.size() > 256) return FormulaValue::Empty(ferr::kRef);
   std::string folder;
   if (workbook_ != nullptr && sheet_ != nullptr) workbook_->PathOfNode(sheet_, folder, false);
-  std::unique_ptr<Workbook> other = externalDocuments->Open(file);
+  Workbook* other = ExternalDocument(file);
   if (other == nullptr) return FormulaValue::Empty(ferr::kRef);
   if (sheetPath.empty() || sheetPath[0] != '\\') sheetPath = folder + "\\" + sheetPath;
   WorkbookNode* node = other->FindNode(sheetPath);
   if (node == nullptr) return FormulaValue::Empty(ferr::kRef);
-  // The value is copied into this engine before the other document goes; nothing is cached.
+  // The value is copied into this engine, so the other document is only read, never referred to.
   FormulaValue value = ReadTarget(*other, node, target);
   if (value.kind == kind::kReference) LoadReference(value);
   if (value.kind == kind::kRangeReference) RangeToArray(value);

@@ -6,6 +6,7 @@
 #include "functions/aggregate_functions.h"
 #include "functions/date_functions.h"
 #include "functions/logical_functions.h"
+#include "functions/lookup_functions.h"
 #include "functions/math_functions.h"
 #include "functions/statistical_functions.h"
 #include "functions/text_functions.h"
@@ -169,19 +170,19 @@ const FunctionRow kRows[kFunctionRowCount] = {
     {"NOT(", fn::Not},
     {"OR(", fn::Or},
     {"TRUE(", fn::True},
-    {"COLUMNS(", nullptr},
-    {"HLOOKUP(", nullptr},
-    {"INDEX(", nullptr},
-    {"LOOKUP(", nullptr},
-    {"MATCH(", nullptr},
-    {"ROWS(", nullptr},
-    {"RTD(", nullptr},
+    {"COLUMNS(", fn::Columns},
+    {"HLOOKUP(", fn::HLookUp},
+    {"INDEX(", fn::Index},
+    {"LOOKUP(", fn::LookUp},
+    {"MATCH(", fn::Match},
+    {"ROWS(", fn::Rows},
+    {"RTD(", fn::Rtd},
     {"SORT(", DeclaredOnlyHandler},
-    {"TRANSPOSE(", nullptr},
-    {"VLOOKUP(", nullptr},
-    {"VLOOKUP2(", nullptr},
+    {"TRANSPOSE(", fn::Transpose},
+    {"VLOOKUP(", fn::VLookUp},
+    {"VLOOKUP2(", fn::VLookUp2},
     {"UNIQUE(", DeclaredOnlyHandler},
-    {"UDF(", nullptr},
+    {"UDF(", fn::Udf},
     {"ABS(", fn::Abs},
     {"ACOS(", fn::Acos},
     {"ACOSH(", fn::Acosh},

@@ -257,8 +257,9 @@ namespace {
 
 class OtherDocuments : public ExternalDocuments {
  public:
-  std::unique_ptr<Workbook> Open(const std::string& file) override {
+  std::unique_ptr<Workbook> Open(const std::string& file, const std::string& referrer) override {
     ++opened;
+    from = referrer;
     if (file != "other.kpx") return nullptr;
     auto book = std::make_unique<Workbook>();
     auto* sheet = new Worksheet("Sheet");
@@ -271,6 +272,7 @@ class OtherDocuments : public ExternalDocuments {
     return book;
   }
   int opened = 0;
+  std::string from;
 };
 
 TEST_F(FormulaTest, ReferencesIntoAnotherDocument) {
@@ -282,9 +284,33 @@ TEST_F(FormulaTest, ReferencesIntoAnotherDocument) {
   EXPECT_EQ(Eval("='[missing.kpx]Sheet'!Price"), "#REF!");
   EXPECT_EQ(Eval("='[other.kpx]Nope'!Price"), "#REF!");
   EXPECT_EQ(Eval("='[other.kpx]" + std::string(257, 'p') + "'!Price"), "#REF!");
-  EXPECT_EQ(documents.opened, 5);  // nothing is cached; an overlong path is refused unopened
+  // Each evaluation opens the file afresh; an overlong path is refused unopened.
+  EXPECT_EQ(documents.opened, 5);
   SetExternalDocuments(nullptr);
   EXPECT_EQ(Eval("='[other.kpx]Sheet'!Price"), "#REF!");
+}
+
+TEST_F(FormulaTest, AnotherDocumentIsReadOnceForAnEvaluationOrAPass) {
+  OtherDocuments documents;
+  SetExternalDocuments(&documents);
+  t_.book.fileName = "/data/mine.kpx";
+  EXPECT_EQ(Eval("='[other.kpx]Sheet'!Price + '[other.kpx]Sheet'!Price"), "84");
+  EXPECT_EQ(documents.opened, 1);
+  EXPECT_EQ(documents.from, "/data/mine.kpx");
+  // A missing file is remembered for the pass too, so records do not look for it again.
+  engine_->StartPass();
+  for (int record = 0; record < 3; ++record) {
+    EXPECT_EQ(Eval("='[other.kpx]Sheet'!Name"), "far");
+    EXPECT_EQ(Eval("='[missing.kpx]Sheet'!Name"), "#REF!");
+  }
+  engine_->EndPass();
+  EXPECT_EQ(documents.opened, 3);
+  // A new pass reads the file again: it may have changed in between.
+  engine_->StartPass();
+  EXPECT_EQ(Eval("='[other.kpx]Sheet'!Price"), "42");
+  engine_->EndPass();
+  EXPECT_EQ(documents.opened, 4);
+  SetExternalDocuments(nullptr);
 }
 
 }  // namespace
