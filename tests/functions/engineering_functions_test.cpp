@@ -135,6 +135,7 @@ TEST_F(EngineeringTest, SpecialFunctionsAndComparisons) {
   EXPECT_EQ(Eval("=besselJ(1.9, 2)"), "0.32992572769239");
   EXPECT_EQ(Eval("=besselJ(1.9, -1)"), "#NUM!");
   // The order is bounded: the library's time grows with it.
+  EXPECT_NE(Eval("=besselJ(3e9, 1000000)"), "#NUM!");
   EXPECT_EQ(Eval("=besselJ(3e9, 1000000)"), Eval("=besselJ(3e9, 999999.6)"));
   EXPECT_EQ(Eval("=besselJ(3e9, 1000001)"), "#NUM!");
   EXPECT_EQ(Eval("=besselY(3e9, 2e9)"), "#NUM!");
