@@ -88,7 +88,8 @@ TEST_F(KpxSaving, FunctionsOfFamiliesNotBuiltYetAnswerNotImplemented) {
   EXPECT_EQ(Kpx({"eval", "--doc", path, "--record", "1", "=besselI(Name)"}).out, "#IMPL!\n");
   // A calculated field that calls one stores the error, not a broken formula.
   ASSERT_EQ(
-      Kpx({"add-field", path, "--table", "Stock", "--field", "Size:Number==accrInt(Name)"}).status, 0);
+      Kpx({"add-field", path, "--table", "Stock", "--field", "Size:Number==accrInt(Name)"}).status,
+      0);
   ASSERT_EQ(Kpx({"recalc", path}).status, 0);
   EXPECT_EQ(Kpx({"dump", path}).out, "anchor\t#IMPL!\n");
 }

@@ -180,8 +180,8 @@ def base_conversions():
         cases.append((formula, "t" if want else "e", want or "#NUM!", 0, 0))
         # The same value from Python's own formatting, for the positive ones.
         if value >= 0 and not width:
-            spec = {2: "b", 8: "o", 16: "X"}[target]
-            cases.append((formula, "t", format(value, spec), 0, 0))
+            code = {2: "b", 8: "o", 16: "X"}[target]
+            cases.append((formula, "t", format(value, code), 0, 0))
     for bad in ['bin2dec("12")', 'hex2dec("G")', 'oct2dec("8")', 'bin2dec("10000000000")',
                 'hex2oct("1234567890A")', 'dec2bin(1, 11)']:
         cases.append(("=" + bad, "e", "#NUM!", 0, 0))

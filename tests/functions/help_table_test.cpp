@@ -56,9 +56,9 @@ const std::set<std::string_view> kClock = {"now", "today"};
 // imCos's imaginary part has the wrong sign (cos(1 + i) = cos 1 cosh 1 - i sin 1 sinh 1),
 // dec2oct's result is 9 in binary (58 is "72"), dec2hex's has three digits for a width of 4, and
 // imSqrt's result lacks its opening quote. The erf and erfc examples come from an approximation
-// of the error function good to about 1e-4; the values here are scipy's to 1e-15. db's two results are written with a thousands
-// separator, which reads as the end of a number; the values themselves hold (the unit test of
-// the financial functions checks them).
+// of the error function good to about 1e-4; the values here are scipy's to 1e-15. db's two
+// results are written with a thousands separator, which reads as the end of a number; the values
+// themselves hold (the unit test of the financial functions checks them).
 const std::set<std::string_view> kWrongExamples = {
     "=db(1000000, 100000, 6, 1, 7) returns 185,912.959716189",
     "=db(1000000, 100000, 6, 7, 7) returns 15,867.888384391",
