@@ -75,6 +75,8 @@ std::span<const HelpEntry> InformationalHelp();
 std::span<const HelpEntry> TextHelp();
 std::span<const HelpEntry> DateHelp();
 std::span<const HelpEntry> StatisticalHelp();
+std::span<const HelpEntry> FinancialHelp();
+std::span<const HelpEntry> EngineeringHelp();
 std::span<const HelpEntry> LookupHelp();
 
 }  // namespace kelpdex

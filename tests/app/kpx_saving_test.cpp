@@ -83,12 +83,13 @@ TEST_F(KpxSaving, LimitsAndReservedNamesAreRefusedWithAReason) {
 TEST_F(KpxSaving, FunctionsOfFamiliesNotBuiltYetAnswerNotImplemented) {
   std::string path = Stock();
   ASSERT_EQ(Set(path, "anchor").status, 0);
-  EXPECT_EQ(Kpx({"eval", "=npv(0.1, 1)"}).out, "#IMPL!\n");
-  EXPECT_EQ(Kpx({"eval", "=fv(0.1, 2, 3)"}).out, "#IMPL!\n");
-  EXPECT_EQ(Kpx({"eval", "--doc", path, "--record", "1", "=bin2Dec(Name)"}).out, "#IMPL!\n");
+  EXPECT_EQ(Kpx({"eval", "=yield(0.1, 1)"}).out, "#IMPL!\n");
+  EXPECT_EQ(Kpx({"eval", "=vdb(0.1, 2, 3)"}).out, "#IMPL!\n");
+  EXPECT_EQ(Kpx({"eval", "--doc", path, "--record", "1", "=besselI(Name)"}).out, "#IMPL!\n");
   // A calculated field that calls one stores the error, not a broken formula.
   ASSERT_EQ(
-      Kpx({"add-field", path, "--table", "Stock", "--field", "Size:Number==irr(Name)"}).status, 0);
+      Kpx({"add-field", path, "--table", "Stock", "--field", "Size:Number==accrInt(Name)"}).status,
+      0);
   ASSERT_EQ(Kpx({"recalc", path}).status, 0);
   EXPECT_EQ(Kpx({"dump", path}).out, "anchor\t#IMPL!\n");
 }

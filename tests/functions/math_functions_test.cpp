@@ -152,8 +152,8 @@ const Case kCases[] = {
     // known name. A name the table does not hold is no call at all.
     {"=dsum(1)", "#IMPL!"},
     {"=t(\"a\")", "#IMPL!"},
-    {"=fv(0.1, 2, 3)", "#IMPL!"},
-    {"=NPV(A)", "#IMPL!"},
+    {"=vdb(0.1, 2, 3)", "#IMPL!"},
+    {"=PRICE(A)", "#IMPL!"},
     {"=mtxMlt({1,2}, {3;4}) + 1", "#IMPL!"},
     {"=isError(irr(A, B))", "1"},
     {"=noSuch(1)", "#SYNTAX!"},
