@@ -172,6 +172,8 @@ bool TableExporter::WriteCatalogue(uint32_t position, bool current) {
 }
 
 bool TableExporter::CreateTable() {
+  // SQL has no table without columns: a table without fields lives in the catalogue alone.
+  if (fields_.empty()) return true;
   std::string sql = "CREATE TABLE " + Quoted(tableUtf8_) + "(";
   for (size_t f = 0; f < fields_.size(); ++f) {
     const FieldPlan& plan = fields_[f];
@@ -407,7 +409,8 @@ bool TableExporter::WriteRows() {
 
 bool TableExporter::Run(uint32_t position, bool current) {
   tableUtf8_ = text::Cp1252ToUtf8(table_.data->Name());
-  return PlanFields() && WriteCatalogue(position, current) && CreateTable() && WriteRows();
+  return PlanFields() && WriteCatalogue(position, current) && CreateTable() &&
+         (fields_.empty() || WriteRows());
 }
 
 // Beside the target, so that the final rename stays within one file system.

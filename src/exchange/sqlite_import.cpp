@@ -72,7 +72,8 @@ class Importer {
       : db_(db), book_(book), problem_(problem) {}
 
   bool Plain(const SqlTable& table);
-  bool Catalogued(const TableCatalogue& table);
+  // `hasRows`: the file holds the SQL table; a table without fields has none.
+  bool Catalogued(const TableCatalogue& table, bool hasRows);
   bool cancelled() const { return cancelled_; }
 
  private:
@@ -313,7 +314,7 @@ bool Importer::ReadFiles(const std::string& tableUtf8, const std::vector<std::st
   return true;
 }
 
-bool Importer::Catalogued(const TableCatalogue& stored) {
+bool Importer::Catalogued(const TableCatalogue& stored, bool hasRows) {
   const std::string& name = stored.name;
   // A loaded catalogue may hold names the dialogs would refuse; only a clash is fatal.
   if (book_.FindTable(name) != nullptr) {
@@ -323,7 +324,7 @@ bool Importer::Catalogued(const TableCatalogue& stored) {
   }
   const std::string nameUtf8 = text::Cp1252ToUtf8(name);
   Statement select;
-  if (!Select(nameUtf8, name, select)) return false;
+  if (hasRows && !Select(nameUtf8, name, select)) return false;
   ImportedTable table;
   if (!table.Begin(book_, name)) return false;
   Worksheet& catalogueSheet = *table.table().catalogue;
@@ -358,7 +359,7 @@ bool Importer::Catalogued(const TableCatalogue& stored) {
     if (!formula.empty() && (formula[0] == '=' || formula[0] == '+')) autoTag[f] = cell::kAuto;
   }
   // Each field's column and, for Long Text, its RTF column, by name.
-  const int columns = sqlite3_column_count(select.get());
+  const int columns = hasRows ? sqlite3_column_count(select.get()) : 0;
   std::vector<int> at(fieldCount, -1), rtfAt(fieldCount, -1);
   for (int c = 0; c < columns; ++c) {
     const char* columnName = sqlite3_column_name(select.get(), c);
@@ -373,8 +374,8 @@ bool Importer::Catalogued(const TableCatalogue& stored) {
   std::vector<SheetObject> objects;
   uint8_t ignored = 0;
   uint32_t row = 0;
-  int result;
-  while ((result = select.Step()) == SQLITE_ROW) {
+  int result = SQLITE_DONE;
+  while (hasRows && (result = select.Step()) == SQLITE_ROW) {
     if (!NextRow(row, name)) return false;
     for (uint16_t f = 0; f < fieldCount; ++f) {
       if (at[f] < 0) continue;
@@ -452,11 +453,6 @@ bool ListTables(Database& db, const std::string& only, std::vector<SqlTable>& ou
     SqliteFailure(db, result, err::kInvalidDatabase, problem);
     return false;
   }
-  if (out.empty()) {
-    problem.code = only.empty() ? err::kNeedsOneTable : err::kInvalidNodePath;
-    problem.table = only;
-    return false;
-  }
   return true;
 }
 
@@ -479,9 +475,11 @@ bool ReadAll(Database& db, Workbook& fresh, const std::string& only, SqliteProbl
     bool listed = false;
     for (const SqlTable& t : tables) listed = listed || (t.nameUtf8 == nameUtf8 && !t.view);
     done.insert(nameUtf8 + kSqliteFilesSuffix);
-    if (!listed) continue;
+    // A table without fields has no SQL table; it comes with the others, or when named.
+    const bool wanted = listed || only.empty() || text::EqualNoCase(stored.name, only);
+    if (!wanted) continue;
     done.insert(nameUtf8);
-    if (!importer.Catalogued(stored)) {
+    if (!importer.Catalogued(stored, listed)) {
       cancelled = importer.cancelled();
       return false;
     }
@@ -495,7 +493,8 @@ bool ReadAll(Database& db, Workbook& fresh, const std::string& only, SqliteProbl
     }
   }
   if (fresh.TableCount() == 0) {
-    problem.code = err::kNeedsOneTable;
+    problem.code = only.empty() ? err::kNeedsOneTable : err::kInvalidNodePath;
+    problem.table = only;
     return false;
   }
   fresh.currentSheet = current != nullptr ? current : fresh.TableByIndex(0);

@@ -223,6 +223,8 @@ TEST(SqliteExport, AFailureLeavesThePreviousFile) {
   TempDir dir;
   Workbook book;
   ASSERT_TRUE(CreateTable(book, "sqlite_names_are_reserved"));
+  book.currentSheet = book.TableByIndex(0);
+  ASSERT_TRUE(InsertFields(book, 0, {Field("A", FieldType::kText)}));
   const std::string path = dir.Write("kept.sqlite", "what was there");
   SqliteProblem problem;
   EXPECT_FALSE(ExportSqlite(book, path, "", problem));
