@@ -17,7 +17,10 @@ bool Database::Open(const std::string& path, int flags, bool noLocks) {
 #else
   const char* vfs = noLocks ? "unix-none" : nullptr;
 #endif
-  if (sqlite3_open_v2(path.c_str(), &db_, flags, vfs) != SQLITE_OK) return Failed();
+  // One thread uses a connection: SQLite's own mutexes would only cost time.
+  if (sqlite3_open_v2(path.c_str(), &db_, flags | SQLITE_OPEN_NOMUTEX, vfs) != SQLITE_OK) {
+    return Failed();
+  }
   // A file another program is writing waits a moment before it counts as locked.
   sqlite3_busy_timeout(db_, 2000);
   return true;

@@ -53,6 +53,10 @@ class Statement {
   void BindText(int at, std::string_view utf8) {
     sqlite3_bind_text(stmt_, at, utf8.data(), static_cast<int>(utf8.size()), SQLITE_TRANSIENT);
   }
+  // A text that stays where it is until the statement has run: no copy is made.
+  void BindStaticText(int at, std::string_view utf8) {
+    sqlite3_bind_text(stmt_, at, utf8.data(), static_cast<int>(utf8.size()), SQLITE_STATIC);
+  }
   void BindInt(int at, int64_t value) { sqlite3_bind_int64(stmt_, at, value); }
   void BindReal(int at, double value) { sqlite3_bind_double(stmt_, at, value); }
   void BindNull(int at) { sqlite3_bind_null(stmt_, at); }

@@ -238,7 +238,8 @@ void TableExporter::BindCell(int at, const FieldPlan& plan, const CellRecord* r)
   if (cell::IsText(r) || (cell::IsFormula(r) && (cell::FormulaFlags(r) & cell::kCachedString))) {
     std::string_view text = cell::IsText(r) ? cell::Text(r) : cell::CachedString(r);
     if (text::IsAscii(text)) {
-      insert_.BindText(at, text);
+      // The cell stays put until the row is inserted: nothing writes to the sheet meanwhile.
+      insert_.BindStaticText(at, text);
     } else {
       utf8_.clear();
       text::AppendCp1252AsUtf8(utf8_, text);
