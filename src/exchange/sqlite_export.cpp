@@ -31,7 +31,7 @@ constexpr double kExactInteger = 9007199254740992.0;  // 2^53
 constexpr uint32_t kProgressStep = 4096;
 
 struct FieldPlan {
-  FieldSpec spec;
+  FieldSpec row;        // the catalogue row
   std::string sqlName;  // UTF-8
   bool calculated = false;
   bool integral = true;  // every number of a Number field is whole
@@ -109,17 +109,17 @@ bool TableExporter::PlanFields() {
   fields_.resize(count);
   for (uint16_t f = 0; f < count; ++f) {
     FieldPlan& plan = fields_[f];
-    if (!ReadField(table_, f, plan.spec)) {
+    if (!ReadField(table_, f, plan.row)) {
       // A row the catalogue cannot describe still names a column; its cells go as they are.
-      plan.spec = FieldSpec{};
-      plan.spec.name =
+      plan.row = FieldSpec{};
+      plan.row.name =
           std::string(CatalogueText(*table_.catalogue, f + 1u, catalogue::kFieldColumn));
-      plan.spec.type = FieldType::kUnknown;
+      plan.row.type = FieldType::kUnknown;
     }
-    if (plan.spec.name.empty()) plan.spec.name = "field" + std::to_string(f + 1);
-    plan.sqlName = text::Cp1252ToUtf8(plan.spec.name);
+    if (plan.row.name.empty()) plan.row.name = "field" + std::to_string(f + 1);
+    plan.sqlName = text::Cp1252ToUtf8(plan.row.name);
     std::string formula, value;
-    SplitFormulaOrValue(plan.spec.formulaOrValue, formula, value);
+    SplitFormulaOrValue(plan.row.formulaOrValue, formula, value);
     plan.calculated = !formula.empty() && (formula[0] == '=' || formula[0] == '+');
   }
   return true;
@@ -156,7 +156,7 @@ bool TableExporter::WriteCatalogue(uint32_t position, bool current) {
     const uint16_t c = cell::Column(r);
     if (c >= fields_.size()) continue;
     FieldPlan& plan = fields_[c];
-    const FieldType type = plan.spec.type;
+    const FieldType type = plan.row.type;
     if (type == FieldType::kLongText || type == FieldType::kFiles) continue;
     const bool number = cell::IsNumber(r);
     const bool odd = cell::ErrorNibble(r) != 0 || cell::IsFormula(r) ||
@@ -179,9 +179,9 @@ bool TableExporter::CreateTable() {
     const FieldPlan& plan = fields_[f];
     if (f) sql += ", ";
     sql += Quoted(plan.sqlName);
-    if (plan.spec.type == FieldType::kNumber) {
+    if (plan.row.type == FieldType::kNumber) {
       sql += plan.integral ? " INTEGER" : " REAL";
-    } else if (plan.spec.type != FieldType::kUnknown) {
+    } else if (plan.row.type != FieldType::kUnknown) {
       sql += " TEXT";
     }
   }
@@ -255,7 +255,7 @@ void TableExporter::BindCell(int at, const FieldPlan& plan, const CellRecord* r)
   const double value = cell::IsNumber(r) ? cell::Number(r) : cell::CachedNumber(r);
   if (!std::isfinite(value)) {
     insert_.BindNull(at);
-  } else if (plan.spec.type == FieldType::kNumber && plan.integral) {
+  } else if (plan.row.type == FieldType::kNumber && plan.integral) {
     insert_.BindInt(at, static_cast<int64_t>(value));
   } else {
     insert_.BindReal(at, value);
@@ -274,7 +274,7 @@ bool TableExporter::BindLongText(uint32_t row, uint16_t f, const CellRecord* cel
     if (!OpenSide() || !side_.ReadLongText(offset, value_, error)) {
       if (problem_.code == err::kNone) problem_.code = error;
       problem_.table = std::string(table_.data->Name());
-      problem_.column = fields_[f].spec.name;
+      problem_.column = fields_[f].row.name;
       return false;
     }
   } else {
@@ -311,7 +311,7 @@ bool TableExporter::WriteObjects(uint32_t row, uint16_t f, const CellRecord* cel
     if (!OpenSide() || !side_.ReadObjects(offset, list_, error)) {
       if (problem_.code == err::kNone) problem_.code = error;
       problem_.table = std::string(table_.data->Name());
-      problem_.column = fields_[f].spec.name;
+      problem_.column = fields_[f].row.name;
       return false;
     }
   }
@@ -364,7 +364,7 @@ bool TableExporter::WriteRows() {
   std::vector<uint16_t> special;
   for (FieldType kind : {FieldType::kLongText, FieldType::kFiles}) {
     for (uint16_t f = 0; f < fieldCount; ++f) {
-      if (fields_[f].spec.type == kind) special.push_back(f);
+      if (fields_[f].row.type == kind) special.push_back(f);
     }
   }
   CellCursor cursor;
@@ -386,14 +386,14 @@ bool TableExporter::WriteRows() {
     do {
       restart_ = false;
       for (uint16_t f = 0; f < fieldCount; ++f) {
-        const FieldType type = fields_[f].spec.type;
+        const FieldType type = fields_[f].row.type;
         if (rowCells[f] == nullptr || type == FieldType::kLongText || type == FieldType::kFiles) {
           continue;
         }
         BindCell(f + 1, fields_[f], rowCells[f]);
       }
       for (uint16_t f : special) {
-        const bool ok = fields_[f].spec.type == FieldType::kLongText
+        const bool ok = fields_[f].row.type == FieldType::kLongText
                             ? BindLongText(row, f, rowCells[f])
                             : WriteObjects(row, f, rowCells[f]);
         if (!ok) return false;
