@@ -32,6 +32,7 @@
 #include "bench/standard_table.h"
 #include "core/prompter.h"
 #include "exchange/excel_xml.h"
+#include "exchange/sqlite.h"
 #include "exchange/text_exchange.h"
 #include "exchange/xbase.h"
 #include "format/cell_text.h"
@@ -98,6 +99,8 @@ constexpr const char* kOtherJobs[] = {"build",
                                       "undo_delete_table",
                                       "export_excel_xml",
                                       "import_excel_xml",
+                                      "export_sqlite",
+                                      "import_sqlite",
                                       "update_lookup"};
 
 struct Options {
@@ -274,16 +277,19 @@ TextFileOptions BenchTextOptions() {
 int ImportOnly(const char* path, const char* op, long records) {
   bool text = std::strcmp(op, "import_text") == 0;
   bool excel = std::strcmp(op, "import_excel_xml") == 0;
-  Check(text || excel || std::strcmp(op, "import_xbase") == 0, "--op naming a load job");
+  bool sqlite = std::strcmp(op, "import_sqlite") == 0;
+  Check(text || excel || sqlite || std::strcmp(op, "import_xbase") == 0, "--op naming a load job");
   long baseRss = CurrentRssKb();
   long long baseHeap = HeapInUse();
   ResetPeak();
   auto book = std::make_unique<Workbook>();
   Stopwatch watch;
   XbaseImportOptions xbase;
-  Check(text    ? ImportText(*book, path, BenchTextOptions())
-        : excel ? ImportExcelXml(*book, path, ExcelXmlMode::kDatabase)
-                : ImportXbase(*book, path, xbase),
+  SqliteProblem problem;
+  Check(text     ? ImportText(*book, path, BenchTextOptions())
+        : excel  ? ImportExcelXml(*book, path, ExcelXmlMode::kDatabase)
+        : sqlite ? ImportSqlite(*book, path, "", problem)
+                 : ImportXbase(*book, path, xbase),
         op);
   Check(RefreshCurrentTable(*book), op);
   double seconds = watch.Seconds();
@@ -306,6 +312,10 @@ void ExportJob(Workbook& book, const char* op, const std::string& path, long rec
     ok = ExportText(book, path, BenchTextOptions(), error);
   } else if (std::strcmp(op, "export_excel_xml") == 0) {
     ok = ExportExcelXml(book, path, error);
+  } else if (std::strcmp(op, "export_sqlite") == 0) {
+    SqliteProblem problem;
+    ok = ExportSqlite(book, path, "", problem);
+    if (!ok) std::fprintf(stderr, "kelpdex_bench: %s\n", problem.Text().c_str());
   } else {
     XbaseExportOptions options;
     ok = ExportXbase(book, path, options, error);
@@ -690,6 +700,13 @@ void RunJobs(const Options& options) {
   if (Chosen(options, "import_excel_xml")) {
     LoadInChild("import_excel_xml", excelPath, options.records);
   }
+  // SQLite: every table into a new file, and the file read back as Open reads it. The anchors
+  // are the sqlite3 shell's .import of the same CSV and Python's sqlite3 module reading it.
+  std::string sqlitePath = options.dir + "/export.sqlite";
+  if (Chosen(options, "export_sqlite") || Chosen(options, "import_sqlite")) {
+    ExportJob(*book, "export_sqlite", sqlitePath, options.records);
+  }
+  if (Chosen(options, "import_sqlite")) LoadInChild("import_sqlite", sqlitePath, options.records);
   if (Chosen(options, "filter_eval")) FilterEval(*book, options.records);
   // Fields: Id, LastName, FirstName, City, Birth, Salary, Quantity, Note.
   if (Chosen(options, "run_filters")) {

@@ -1,14 +1,16 @@
 // kpx convert: a document or a foreign file read and written under another name, in a native form
-// or as a text, xBase or Excel 2003 XML file, the side file going with it.
+// or as a text, xBase, Excel 2003 XML or SQLite file, the side file going with it.
 #include <string>
 
 #include "document/exchange_files.h"
 #include "exchange/excel_xml.h"
+#include "exchange/sqlite.h"
 #include "exchange/text_separators.h"
 #include "kpx/kpx_args.h"
 #include "kpx/kpx_commands.h"
 #include "kpx/kpx_document.h"
 #include "text/code_page.h"
+#include "text/utf8.h"
 
 namespace kelpdex::kpx {
 
@@ -30,6 +32,7 @@ std::optional<FileKind> ParseKind(const std::string& name) {
   if (name == "foxpro") return FileKind{DocumentKind::kFoxPro};
   if (name == "clipper") return FileKind{DocumentKind::kClipper};
   if (name == "excel-xml") return FileKind{DocumentKind::kExcelXml};
+  if (name == "sqlite") return FileKind{DocumentKind::kSqlite};
   return std::nullopt;
 }
 
@@ -49,6 +52,9 @@ FileKind KindOfPath(const std::string& path, bool reading) {
     return FileKind{DocumentKind::kText};
   }
   if (extension == ".dbf") return FileKind{DocumentKind::kDbase3};
+  if (extension == ".sqlite" || extension == ".db" || (reading && IsSqliteFile(path))) {
+    return FileKind{DocumentKind::kSqlite};
+  }
   if (extension == ".xml" && (!reading || SniffXmlRoot(path) != XmlRoot::kNative)) {
     return FileKind{DocumentKind::kExcelXml};
   }
@@ -138,6 +144,8 @@ int RunConvert(CommandContext& context) {
   }
   exchange.xbaseImport.oem = args.Flag("oem");
   exchange.xbaseExport.oem = args.Flag("oem");
+  // An SQLite file is read and written whole unless one table is named.
+  exchange.sqliteTable = text::Utf8ToCp1252(args.Value("table").value_or(""));
   // Reading a file another process has open is harmless; the copy is written elsewhere.
   if (!document.Open(in, true, from.kind)) return kExitFailure;
   if (std::optional<std::string> table = args.Value("table")) {

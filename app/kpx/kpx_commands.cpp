@@ -33,9 +33,10 @@ const std::vector<CommandInfo>& Commands() {
        "IN OUT [--from KIND] [--to KIND] [--table NAME] [--format xml|xml.gz|binary|binary.gz] "
        "[--separator comma|tab|semicolon|space|point|C] [--quote C] [--encoding utf8|ansi|oem] "
        "[--numbers] [--widths W1,W2,...] [--header] [--oem] [--as-tables]",
-       "read a document or a text, xBase or Excel 2003 XML file and write it under another name "
-       "and kind (KIND: xml, xml.gz, binary, binary.gz, text, dbase3, dbase4, foxpro, clipper, "
-       "excel-xml; --as-tables reads each worksheet of a spreadsheet as a table)",
+       "read a document or a text, xBase, Excel 2003 XML or SQLite file and write it under another "
+       "name and kind (KIND: xml, xml.gz, binary, binary.gz, text, dbase3, dbase4, foxpro, "
+       "clipper, "
+       "excel-xml, sqlite; --as-tables reads each worksheet of a spreadsheet as a table)",
        RunConvert},
       {"filter",
        "FILE --table NAME (--field NAME (--op OP --value TEXT | --expr FORMULA | --clear) | "

@@ -22,6 +22,8 @@ DocumentKind KindOfSaveFilter(FileFilter filter) {
       return DocumentKind::kFoxPro;
     case FileFilter::kClipper:
       return DocumentKind::kClipper;
+    case FileFilter::kSqlite:
+      return DocumentKind::kSqlite;
   }
   return DocumentKind::kNative;
 }
@@ -47,11 +49,19 @@ FileFilter SaveFilterOfKind(DocumentKind kind) {
       return FileFilter::kFoxPro;
     case DocumentKind::kClipper:
       return FileFilter::kClipper;
+    case DocumentKind::kSqlite:
+      return FileFilter::kSqlite;
   }
   return FileFilter::kNative;
 }
 
 DocumentKind GuessFormat(std::string_view path) {
+  for (std::string_view sqlite : {std::string_view(".sqlite"), std::string_view(".db")}) {
+    if (path.size() > sqlite.size() &&
+        text::EqualNoCase(path.substr(path.size() - sqlite.size()), sqlite)) {
+      return DocumentKind::kSqlite;
+    }
+  }
   // The last four characters, compared upper-cased with the known extensions.
   if (path.size() < 4) return DocumentKind::kNative;
   std::string_view tail = path.substr(path.size() - 4);

@@ -19,6 +19,7 @@ enum class DocumentKind : uint8_t {
   kDbase4 = 4,
   kFoxPro = 5,
   kClipper = 6,
+  kSqlite = 7,  // an SQLite database file
 };
 
 // The native forms by the numbers the File Format menu and the settings use; kDefault leaves the
@@ -62,6 +63,7 @@ enum class FileFilter : uint8_t {
   kDbase4 = 5,
   kFoxPro = 6,
   kClipper = 7,
+  kSqlite = 8,
 };
 
 // The kind a save writes for a filter; a filter past the list is native.
@@ -72,8 +74,8 @@ DocumentKind KindOfOpenFilter(FileFilter filter, std::string_view path);
 FileFilter SaveFilterOfKind(DocumentKind kind);
 
 // By the extension, without regard to case: ".kpx" native, ".txt", ".csv", ".tsv" text, ".xml"
-// Excel, ".dbf" dBase IV (the xBase reader corrects the dialect from the file's header); anything
-// else is opened as native.
+// Excel, ".dbf" dBase IV (the xBase reader corrects the dialect from the file's header), ".sqlite"
+// and ".db" SQLite; anything else is opened as native.
 DocumentKind GuessFormat(std::string_view path);
 
 enum class TimerAction { kNone, kSave, kClose, kSaveAndClose };

@@ -8,6 +8,7 @@
 #include "document/recent_files.h"
 #include "exchange/excel_xml.h"
 #include "exchange/import_table.h"
+#include "exchange/sqlite.h"
 #include "format/generic_date.h"
 #include "persist/document_file.h"
 #include "persist/side_values.h"
@@ -45,6 +46,8 @@ const char* ExtensionOfKind(DocumentKind kind) {
     case DocumentKind::kFoxPro:
     case DocumentKind::kClipper:
       break;
+    case DocumentKind::kSqlite:
+      return ".sqlite";
   }
   return ".dbf";
 }
@@ -173,6 +176,8 @@ bool DocumentSession::LoadFile(const std::string& path, DocumentKind openKind, b
   if (openKind == DocumentKind::kExcelXml && SniffXmlRoot(path) == XmlRoot::kNative) {
     openKind = DocumentKind::kNative;
   }
+  // An SQLite database is told by its header, whatever its name.
+  if (openKind == DocumentKind::kNative && IsSqliteFile(path)) openKind = DocumentKind::kSqlite;
   if (openKind == DocumentKind::kNative) {
     NativeFileKind kind = NativeFileKind::kNone;
     Password password;

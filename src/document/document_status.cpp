@@ -47,6 +47,8 @@ const char* FormatName(DocumentKind openKind, NativeFormat effectiveFormat) {
       return "Foxpro";
     case DocumentKind::kClipper:
       return "Clipper";
+    case DocumentKind::kSqlite:
+      return "SQLite";
   }
   return "";
 }

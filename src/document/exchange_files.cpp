@@ -1,5 +1,6 @@
 #include "document/exchange_files.h"
 
+#include "core/reporting.h"
 #include "exchange/text_exchange.h"
 
 namespace kelpdex {
@@ -54,6 +55,15 @@ bool ExchangeFiles::Read(DocumentKind openKind, const std::string& path, Workboo
     excelModeRead_ = ExcelXmlMode::kWorksheetsAsTables;
     return true;
   }
+  if (openKind == DocumentKind::kSqlite) {
+    // The session locks the whole file for an open unless another program holds it, which
+    // leaves the document read-only; only then must SQLite's own locks see that program.
+    if (ImportSqlite(book, path, sqliteTable, lastSqliteProblem, !book.readOnly)) return true;
+    // The message names the table and column, which a code alone cannot; a cancel shows nothing.
+    if (lastSqliteProblem.any()) ShowMessage(lastSqliteProblem.Text());
+    book.errorCode = err::kNone;
+    return false;
+  }
   book.errorCode = err::kFileOpenRead;  // no reader for this kind is linked in
   return false;
 }
@@ -81,6 +91,10 @@ bool ExchangeFiles::Write(DocumentKind openKind, const std::string& path, const 
     ok = ExportXbase(book, path, options, error);
   } else if (openKind == DocumentKind::kExcelXml) {
     ok = ExportExcelXml(book, path, error);
+  } else if (openKind == DocumentKind::kSqlite) {
+    if (ExportSqlite(book, path, sqliteTable, lastSqliteProblem)) return true;
+    if (lastSqliteProblem.any()) ShowMessage(lastSqliteProblem.Text());
+    return false;
   } else {
     error = err::kFileOpenWrite;  // no writer for this kind is linked in
   }

@@ -1,4 +1,4 @@
-// The foreign files the lifecycle opens and saves: text, xBase and Excel 2003 XML through
+// The foreign files the lifecycle opens and saves: text, xBase, Excel 2003 XML and SQLite through
 // src/exchange/. The options of the last xBase import stay here, so that a Reload reads the file
 // as it was read before; a text file's options stay in the document.
 #pragma once
@@ -7,6 +7,7 @@
 
 #include "document/document_session.h"
 #include "exchange/excel_xml.h"
+#include "exchange/sqlite.h"
 #include "exchange/text_options.h"
 #include "exchange/xbase.h"
 
@@ -58,6 +59,10 @@ class ExchangeFiles : public ForeignFiles {
   // How an Excel 2003 XML file is read: as a database with its catalogues, or each worksheet as
   // a table of its own.
   ExcelXmlMode excelMode = ExcelXmlMode::kDatabase;
+  // The one table an SQLite file is read from or written with; empty for all of them.
+  std::string sqliteTable;
+  // Why the last SQLite read or write failed; its message has been shown.
+  SqliteProblem lastSqliteProblem;
 
  private:
   ExchangeDialogs defaultDialogs_;

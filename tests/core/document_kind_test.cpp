@@ -17,6 +17,9 @@ TEST(GuessFormat, ByTheExtensionInAnyCase) {
   EXPECT_EQ(GuessFormat("archive.xml.gz"), DocumentKind::kNative);
   EXPECT_EQ(GuessFormat("noextension"), DocumentKind::kNative);
   EXPECT_EQ(GuessFormat(".x"), DocumentKind::kNative);
+  EXPECT_EQ(GuessFormat("shop.SQLite"), DocumentKind::kSqlite);
+  EXPECT_EQ(GuessFormat("shop.db"), DocumentKind::kSqlite);
+  EXPECT_EQ(GuessFormat(".db"), DocumentKind::kNative);
 }
 
 TEST(FileFilters, MapToKindsAndBack) {
@@ -32,12 +35,12 @@ TEST(FileFilters, MapToKindsAndBack) {
   EXPECT_EQ(KindOfSaveFilter(FileFilter::kText), DocumentKind::kText);
   EXPECT_EQ(KindOfSaveFilter(FileFilter::kClipper), DocumentKind::kClipper);
   // A filter past the list is native.
-  EXPECT_EQ(KindOfSaveFilter(static_cast<FileFilter>(8)), DocumentKind::kNative);
-  EXPECT_EQ(KindOfOpenFilter(static_cast<FileFilter>(8), "data.txt"), DocumentKind::kNative);
+  EXPECT_EQ(KindOfSaveFilter(static_cast<FileFilter>(9)), DocumentKind::kNative);
+  EXPECT_EQ(KindOfOpenFilter(static_cast<FileFilter>(9), "data.txt"), DocumentKind::kNative);
   // Save As starts on the filter that writes the document's own kind again.
-  for (DocumentKind kind :
-       {DocumentKind::kNative, DocumentKind::kText, DocumentKind::kExcelXml, DocumentKind::kDbase3,
-        DocumentKind::kDbase4, DocumentKind::kFoxPro, DocumentKind::kClipper}) {
+  for (DocumentKind kind : {DocumentKind::kNative, DocumentKind::kText, DocumentKind::kExcelXml,
+                            DocumentKind::kDbase3, DocumentKind::kDbase4, DocumentKind::kFoxPro,
+                            DocumentKind::kClipper, DocumentKind::kSqlite}) {
     EXPECT_EQ(KindOfSaveFilter(SaveFilterOfKind(kind)), kind) << int(kind);
   }
   EXPECT_EQ(SaveFilterOfKind(DocumentKind::kNative), FileFilter::kNative);

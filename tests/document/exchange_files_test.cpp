@@ -1,10 +1,13 @@
 #include "document/exchange_files.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <string>
 
 #include "document/document_session.h"
+#include "exchange/sqlite.h"
+#include "store/catalogue.h"
 #include "store/field_row.h"
 #include "support/file_bytes.h"
 #include "support/recording_prompter.h"
@@ -121,6 +124,44 @@ TEST_F(ExchangeFilesTest, ASpreadsheetWithoutCataloguesOpensAsTablesWhenTheUserA
   ASSERT_TRUE(session.ReloadDocument());
   EXPECT_EQ(dialogs.asked, 2);
   EXPECT_NE(book.FindTable("Crew"), nullptr);
+
+// An SQLite file opens by its header whatever its name, saves back as SQLite, and a read that
+// fails shows one message that names the table and column and leaves no document.
+TEST_F(ExchangeFilesTest, AnSqliteFileIsToldByItsHeaderAndSavedAsSqlite) {
+  Workbook source;
+  ASSERT_TRUE(CreateTable(source, "Stock"));
+  std::string first = dir.Path("first.sqlite");
+  SqliteProblem problem;
+  ASSERT_TRUE(ExportSqlite(source, first, "", problem)) << problem.Text();
+  std::string renamed = dir.Path("stock.kpx");
+  testing::WriteFileBytes(renamed, testing::ReadFileBytes(first));
+  ASSERT_TRUE(session.OpenDocument(renamed, DocumentKind::kNative));
+  EXPECT_EQ(book.openKind, DocumentKind::kSqlite);
+  ASSERT_TRUE(book.FindTable("Stock") != nullptr);
+  ASSERT_TRUE(session.SaveDocument());
+  EXPECT_TRUE(IsSqliteFile(renamed));
+  ASSERT_TRUE(session.CloseDocument());
+
+  std::string bad = dir.Path("bad.db");
+  Workbook refused;
+  ASSERT_TRUE(CreateTable(refused, "T"));
+  TableSpec table;
+  ASSERT_TRUE(MakeTableSpec(refused, "T", table));
+  FieldSpec field;
+  field.name = "9 lives";  // a loaded name the field rules refuse on the way in
+  ASSERT_TRUE(WriteField(table, 0, field));
+  ASSERT_TRUE(ExportSqlite(refused, bad, "", problem)) << problem.Text();
+  // Without its catalogue the table comes as any other program's would.
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(bad.c_str(), &db), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(db, "DROP TABLE kelpdex_catalogue", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3_close(db);
+  prompter.boxes.clear();
+  EXPECT_FALSE(session.OpenDocument(bad, GuessFormat(bad)));
+  ASSERT_EQ(prompter.boxes.size(), 1u);
+  EXPECT_NE(prompter.boxes[0].text.find("Table \"T\", column \"9 lives\""), std::string::npos)
+      << prompter.boxes[0].text;
+  EXPECT_FALSE(session.HasDocument());
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ QString Utf8(std::string_view codePage) {
 const char* const kFilters[] = {
     "Kelpdex (*.kpx)",        "Kelpdex (*.kpx)",   "Text files (*.txt *.csv *.tsv)",
     "Excel 2003 XML (*.xml)", "dBase III (*.dbf)", "dBase IV (*.dbf)",
-    "FoxPro (*.dbf)",         "Clipper (*.dbf)",
+    "FoxPro (*.dbf)",         "Clipper (*.dbf)",   "SQLite database (*.sqlite *.db)",
 };
 
 }  // namespace

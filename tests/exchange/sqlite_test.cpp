@@ -1,0 +1,378 @@
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <string>
+#include <vector>
+
+#include "exchange/sqlite.h"
+#include "exchange_test_util.h"
+#include "persist/side_values.h"
+#include "platform/os.h"
+#include "store/cell_error.h"
+#include "support/file_bytes.h"
+#include "support/temp_dir.h"
+#include "support/workbook_compare.h"
+#include "table/schema.h"
+
+namespace kelpdex {
+namespace {
+
+using testing::ReadFileBytes;
+using testing::TempDir;
+
+// Runs SQL on a file of our own making, as another program would.
+void Sql(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+  char* message = nullptr;
+  const int result = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message);
+  EXPECT_EQ(result, SQLITE_OK) << (message != nullptr ? message : "") << "\n" << sql;
+  sqlite3_free(message);
+  sqlite3_close(db);
+}
+
+// The first column of every row a query gives, as text.
+std::vector<std::string> Query(const std::string& path, const std::string& sql) {
+  std::vector<std::string> out;
+  sqlite3* db = nullptr;
+  sqlite3_stmt* stmt = nullptr;
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK) {
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+      out.push_back(text != nullptr ? text : "NULL");
+    }
+  }
+  sqlite3_finalize(stmt);
+  sqlite3_close(db);
+  return out;
+}
+
+void Put(Worksheet& sheet, uint32_t row, uint16_t column, std::string_view text, uint8_t tag = 0) {
+  uint8_t record[kBlockPayload];
+  cell::EncodeText(record, row, column, text, tag);
+  ASSERT_TRUE(sheet.cells.PutCell(record));
+}
+
+void Put(Worksheet& sheet, uint32_t row, uint16_t column, double number, uint8_t tag = 0) {
+  uint8_t record[cell::kNumberSize];
+  cell::EncodeNumber(record, row, column, number, tag);
+  ASSERT_TRUE(sheet.cells.PutCell(record));
+}
+
+FieldSpec Field(const char* name, FieldType type, bool link = false, const char* formula = "",
+                uint16_t sortIndex = 0, const char* key = "") {
+  FieldSpec f;
+  f.name = name;
+  f.type = type;
+  f.link = link;
+  f.formulaOrValue = formula;
+  f.sortIndex = sortIndex;
+  f.firstKeyExpression = key;
+  return f;
+}
+
+// Two tables that use every field type, with the cells an SQL column cannot hold as they are:
+// a number in a Text field, a text that looks like a number in a Number field, an error, Auto
+// marks, an empty record between two others, RTF and plain Long Text, a value too long for a
+// cell, and objects.
+void BuildEveryType(Workbook& book) {
+  ASSERT_TRUE(CreateTable(book, "People"));
+  ASSERT_TRUE(AddTable(book,
+                       "Gr\xF6\xDF"
+                       "e \"x\""));
+  TableSpec people;
+  ASSERT_TRUE(MakeTableSpec(book, "People", people));
+  book.currentSheet = people.data;
+  ASSERT_TRUE(RefreshCurrentTable(book));
+  ASSERT_TRUE(InsertFields(
+      book, 0,
+      {Field("Name", FieldType::kText, false, "V:nobody", 10002),
+       Field("Home page", FieldType::kText, true),
+       Field("Count", FieldType::kNumber, false, "", 1, "5:1"), Field("Price", FieldType::kNumber),
+       Field("Total", FieldType::kNumber, false, "F:=C1*D1"), Field("Notes", FieldType::kLongText),
+       Field("Plain", FieldType::kLongText), Field("Files", FieldType::kFiles)}));
+  Worksheet& d = *people.data;
+  Put(d, 0, 0, "Zo\xEB");
+  Put(d, 0, 1, "http://example.org/a?b=\"c\"");
+  Put(d, 0, 2, 3.0);
+  Put(d, 0, 3, 2.5);
+  Put(d, 0, 4, 7.5, cell::kAuto);
+  Put(d, 2, 0, 42.0);   // a number in a Text field
+  Put(d, 2, 2, "007");  // a text in a Number field
+  Put(d, 2, 3, -1e300);
+  Put(d, 2, 4, 0.0, cell::kAuto | ferr::kDivZero);
+  SetLongTextValue(book, d, 0, 5, "{\\rtf1\\ansi Bold {\\b words}\\par}");
+  SetLongTextValue(book, d, 2, 5, std::string(3000, 'L'));
+  SetLongTextValue(book, d, 0, 6, "plain text\r\nsecond line");
+  BinaryObjectList files;
+  files.Append("photo.png", "2006-01-31T13:10:55", std::string("\x89PNG\r\n\x1a\n\0\1", 10));
+  files.Append("empty.txt", "TEXT", "");
+  SetObjectsValue(book, d, 2, 7, files);
+  SelectForm(people, 1);
+
+  TableSpec other;
+  ASSERT_TRUE(MakeTableSpec(book,
+                            "Gr\xF6\xDF"
+                            "e \"x\"",
+                            other));
+  book.currentSheet = other.data;
+  ASSERT_TRUE(RefreshCurrentTable(book));
+  ASSERT_TRUE(InsertFields(book, 0, {Field("Wert", FieldType::kNumber)}));
+  Put(*other.data, 4, 0, 1.0 / 3.0);
+}
+
+std::string LongTextOf(Worksheet& data, uint32_t row, uint16_t column) {
+  std::string text;
+  bool present = false;
+  ErrorCode error = err::kNone;
+  EXPECT_TRUE(ReadLongTextValue(data, "", row, column, text, present, error));
+  return present ? text : "(none)";
+}
+
+std::string ObjectsOf(Worksheet& data, uint32_t row, uint16_t column) {
+  BinaryObjectList list;
+  bool present = false;
+  ErrorCode error = err::kNone;
+  EXPECT_TRUE(ReadObjectsValue(data, "", row, column, list, present, error));
+  std::string out;
+  for (const BinaryObjectItem* item = list.first(); item != nullptr; item = item->next) {
+    out += std::string(item->name) + "|" + item->type + "|" + std::string(item->Bytes()) + ";";
+  }
+  return out;
+}
+
+TEST(SqliteRoundTrip, EveryFieldTypeComesBackWithItsCatalogue) {
+  TempDir dir;
+  Workbook book;
+  BuildEveryType(book);
+  const std::string path = dir.Path("every.sqlite");
+  SqliteProblem problem;
+  ASSERT_TRUE(ExportSqlite(book, path, "", problem)) << problem.Text();
+  Workbook back;
+  ASSERT_TRUE(ImportSqlite(back, path, "", problem)) << problem.Text();
+
+  ASSERT_EQ(back.TableCount(), 2u);
+  for (uint32_t i = 0; i < 2; ++i) {
+    Worksheet* a = book.TableByIndex(i);
+    Worksheet* b = back.TableByIndex(i);
+    ASSERT_EQ(a->Name(), b->Name());
+    // The catalogue sheet cell for cell, and the data cells but for those that hold side file
+    // offsets, which the pending values stand for here.
+    EXPECT_EQ(testing::CellsOf(book.FindCatalogue(a->Name())->cells),
+              testing::CellsOf(back.FindCatalogue(b->Name())->cells));
+    if (i == 1) {
+      EXPECT_EQ(testing::CellsOf(a->cells), testing::CellsOf(b->cells));
+    }
+  }
+  EXPECT_EQ(back.currentSheet, back.TableByIndex(1));
+  TableSpec people;
+  ASSERT_TRUE(MakeTableSpec(back, "People", people));
+  EXPECT_EQ(CurrentForm(people), 1);
+  Worksheet& a = *book.TableByIndex(0);
+  Worksheet& b = *people.data;
+  for (uint16_t c = 0; c < 5; ++c) {
+    for (uint32_t r = 0; r < 3; ++r) {
+      const CellRecord* x = a.cells.GetCell(r, c);
+      const CellRecord* y = b.cells.GetCell(r, c);
+      ASSERT_EQ(x == nullptr, y == nullptr) << r << "," << c;
+      if (x == nullptr) continue;
+      EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(cell::Bytes(x)), cell::Size(x)),
+                std::string_view(reinterpret_cast<const char*>(cell::Bytes(y)), cell::Size(y)))
+          << r << "," << c;
+    }
+  }
+  for (uint32_t r = 0; r < 3; ++r) {
+    for (uint16_t c : {5, 6}) EXPECT_EQ(LongTextOf(a, r, c), LongTextOf(b, r, c)) << r << "," << c;
+    EXPECT_EQ(ObjectsOf(a, r, 7), ObjectsOf(b, r, 7)) << r;
+  }
+  EXPECT_EQ(b.UsedRows(), 3u);
+}
+
+TEST(SqliteExport, ColumnsAreTypedForOtherReaders) {
+  TempDir dir;
+  Workbook book;
+  BuildEveryType(book);
+  const std::string path = dir.Path("typed.db");
+  SqliteProblem problem;
+  ASSERT_TRUE(ExportSqlite(book, path, "People", problem)) << problem.Text();
+  // One table asked for: the other is not written.
+  EXPECT_EQ(Query(path, "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY name"),
+            (std::vector<std::string>{"People", "People__files", "kelpdex_catalogue"}));
+  EXPECT_EQ(Query(path, "SELECT type FROM pragma_table_info('People')"),
+            (std::vector<std::string>{"TEXT", "TEXT", "INTEGER", "REAL", "REAL", "TEXT", "TEXT",
+                                      "TEXT", "TEXT"}));
+  // Only the field that held RTF got a column for it; the plain one did not.
+  EXPECT_EQ(Query(path, "SELECT name FROM pragma_table_info('People') WHERE name LIKE '%rtf'"),
+            std::vector<std::string>{"Notes_rtf"});
+  EXPECT_EQ(Query(path, "SELECT Notes FROM People WHERE rowid = 1"),
+            std::vector<std::string>{"Bold words\n"});
+  EXPECT_EQ(Query(path, "SELECT typeof(Name) || ':' || Name FROM People"),
+            (std::vector<std::string>{"text:Zoë", "NULL", "text:42.0"}));
+  EXPECT_EQ(Query(path, "SELECT Total FROM People"),
+            (std::vector<std::string>{"7.5", "NULL", "#DIV/0!"}));
+  EXPECT_EQ(Query(path,
+                  "SELECT record || ' ' || name || ' ' || size || ' ' || "
+                  "ifnull(modified, '-') FROM People__files"),
+            (std::vector<std::string>{"3 photo.png 10 2006-01-31T13:10:55", "3 empty.txt 0 -"}));
+  EXPECT_EQ(Query(path, "SELECT Files FROM People WHERE rowid = 3"),
+            std::vector<std::string>{"photo.png; empty.txt"});
+}
+
+TEST(SqliteExport, AFailureLeavesThePreviousFile) {
+  TempDir dir;
+  Workbook book;
+  ASSERT_TRUE(CreateTable(book, "sqlite_names_are_reserved"));
+  book.currentSheet = book.TableByIndex(0);
+  ASSERT_TRUE(InsertFields(book, 0, {Field("A", FieldType::kText)}));
+  const std::string path = dir.Write("kept.sqlite", "what was there");
+  SqliteProblem problem;
+  EXPECT_FALSE(ExportSqlite(book, path, "", problem));
+  EXPECT_EQ(problem.table, "sqlite_names_are_reserved");
+  EXPECT_NE(problem.Text().find("reserved"), std::string::npos) << problem.Text();
+  EXPECT_EQ(ReadFileBytes(path), "what was there");
+  EXPECT_FALSE(platform::FileExists(dir.Path(".kept.sqlite.saving")));
+  EXPECT_FALSE(ExportSqlite(book, path, "NoSuchTable", problem));
+  EXPECT_EQ(problem.code, err::kInvalidNodePath);
+}
+
+TEST(SqliteImport, ForeignTablesTakeTheirFieldsFromTheValues) {
+  TempDir dir;
+  const std::string path = dir.Path("peer.db");
+  Sql(path,
+      "CREATE TABLE t(n INTEGER, mixed, txt TEXT, pic BLOB, empty_num REAL, \"Prénom\" TEXT);"
+      "INSERT INTO t VALUES(1, 2.5, 'a', x'89504E470D0A1A0A00', NULL, 'Zoë');"
+      "INSERT INTO t VALUES(NULL, NULL, NULL, NULL, NULL, NULL);"
+      "INSERT INTO t VALUES(3, 'three', 'b', NULL, NULL, '日本');"
+      "CREATE TABLE w(k TEXT PRIMARY KEY, v INTEGER) WITHOUT ROWID;"
+      "INSERT INTO w VALUES('b', 2), ('a', 1);"
+      "CREATE VIEW big_n AS SELECT n FROM t WHERE n > 1;"
+      "CREATE VIRTUAL TABLE notes USING fts5(body);"
+      "INSERT INTO notes VALUES('full text');");
+  Workbook book;
+  SqliteProblem problem;
+  ASSERT_TRUE(ImportSqlite(book, path, "", problem)) << problem.Text();
+  // The view is left out; the virtual table comes, the tables behind it do not.
+  ASSERT_EQ(book.TableCount(), 3u);
+  EXPECT_EQ(book.TableByIndex(1)->Name(), "w");
+  EXPECT_EQ(book.TableByIndex(2)->Name(), "notes");
+  book.currentSheet = book.TableByIndex(0);
+  ASSERT_TRUE(RefreshCurrentTable(book));
+  using testing::CellAt;
+  using testing::FieldAt;
+  const FieldType want[] = {FieldType::kNumber, FieldType::kText,   FieldType::kText,
+                            FieldType::kFiles,  FieldType::kNumber, FieldType::kText};
+  for (uint16_t f = 0; f < 6; ++f) EXPECT_EQ(FieldAt(book, f).type, want[f]) << f;
+  EXPECT_EQ(FieldAt(book, 5).name, "Pr\xE9nom");
+  EXPECT_EQ(CellAt(book, 0, 1), "#2.5");  // a number stays a number in a Text field
+  EXPECT_EQ(CellAt(book, 2, 1), "three");
+  EXPECT_EQ(CellAt(book, 0, 5), "Zo\xEB");
+  EXPECT_EQ(CellAt(book, 2, 5), "??");
+  EXPECT_EQ(CellAt(book, 1, 0), "");
+  EXPECT_EQ(ObjectsOf(*book.currentSheet, 0, 3),
+            std::string("pic_1.png|BLOB|\x89PNG\r\n\x1a\n\0;", 25));
+  EXPECT_EQ(book.currentSheet->UsedRows(), 3u);
+  // A WITHOUT ROWID table comes in the order of its key.
+  book.currentSheet = book.TableByIndex(1);
+  ASSERT_TRUE(RefreshCurrentTable(book));
+  EXPECT_EQ(CellAt(book, 0, 0), "a");
+  EXPECT_EQ(CellAt(book, 1, 1), "#2");
+
+  // A view named is read as a table.
+  Workbook view;
+  ASSERT_TRUE(ImportSqlite(view, path, "BIG_N", problem)) << problem.Text();
+  ASSERT_EQ(view.TableCount(), 1u);
+  EXPECT_EQ(CellAt(view, 0, 0), "#3");
+}
+
+TEST(SqliteImport, WhatKelpdexCannotHoldIsRefusedWithNothingMade) {
+  TempDir dir;
+  struct Case {
+    const char* sql;
+    const char* table;
+    const char* column;
+    const char* says;
+  };
+  const Case cases[] = {
+      {"CREATE TABLE ok(a); CREATE TABLE t(a, \"2nd\");", "t", "2nd", "starting with a letter"},
+      // SQLite folds ASCII letters alone; the code page folds the accented ones too.
+      {"CREATE TABLE t(\"\xC3\xA4rger\", \"\xC3\x84rger\");", "t", "\xC4rger", "unique field name"},
+      {"CREATE TABLE \"System\"(a);", "System", "", "system"},
+      {"CREATE TABLE \"a\\b\"(a);", "a\\b", "", "backslash"},
+      {"CREATE TABLE big(a); WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c "
+       "WHERE x < 2097153) INSERT INTO big SELECT NULL FROM c;",
+       "big", "", "Too many records."},
+      {"CREATE VIEW broken AS SELECT a FROM gone_table; CREATE TABLE gone_table(a); "
+       "DROP TABLE gone_table;",
+       "", "", "one table"},
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    const std::string path = dir.Path("refused" + std::to_string(n++) + ".db");
+    Sql(path, c.sql);
+    Workbook book;
+    ASSERT_TRUE(CreateTable(book, "Before"));
+    SqliteProblem problem;
+    EXPECT_FALSE(ImportSqlite(book, path, "", problem)) << c.sql;
+    EXPECT_EQ(problem.table, c.table) << c.sql;
+    EXPECT_EQ(problem.column, c.column) << c.sql;
+    EXPECT_NE(problem.Text().find(c.says), std::string::npos) << problem.Text();
+    // The document that was open stays as it was.
+    ASSERT_EQ(book.TableCount(), 1u);
+    EXPECT_EQ(book.TableByIndex(0)->Name(), "Before");
+  }
+  // A view that names a table no longer there fails with SQLite's words when it is asked for.
+  Workbook book;
+  SqliteProblem problem;
+  EXPECT_FALSE(ImportSqlite(book, dir.Path("refused5.db"), "broken", problem));
+  EXPECT_EQ(problem.table, "broken");
+  EXPECT_NE(problem.detail.find("gone_table"), std::string::npos) << problem.detail;
+}
+
+TEST(SqliteImport, DamagedLockedAndForeignFilesGiveAMessage) {
+  TempDir dir;
+  const std::string good = dir.Path("good.db");
+  Sql(good, "CREATE TABLE t(a TEXT); INSERT INTO t VALUES('" + std::string(5000, 'x') +
+                "'); INSERT INTO t SELECT a FROM t; INSERT INTO t SELECT a FROM t;");
+  const std::string bytes = ReadFileBytes(good);
+  ASSERT_GT(bytes.size(), 8192u);
+  std::string scrambled = bytes;
+  for (size_t i = 100; i < scrambled.size(); i += 7) scrambled[i] = static_cast<char>(i * 31);
+  struct Case {
+    std::string name, bytes;
+  };
+  const Case cases[] = {
+      {"cut.db", bytes.substr(0, 4096 + 100)},
+      {"scrambled.db", scrambled},
+      {"encrypted.db", std::string(4096, '\x5A')},
+      {"header_only.db", std::string("SQLite format 3\0", 16)},
+  };
+  for (const Case& c : cases) {
+    const std::string path = dir.Write(c.name, c.bytes);
+    Workbook book;
+    SqliteProblem problem;
+    EXPECT_FALSE(ImportSqlite(book, path, "", problem)) << c.name;
+    EXPECT_TRUE(problem.code == err::kInvalidBinaryFormat || problem.code == err::kNeedsOneTable)
+        << c.name << ": " << problem.Text();
+    EXPECT_EQ(book.TableCount(), 0u);
+  }
+  EXPECT_TRUE(IsSqliteFile(good));
+  EXPECT_FALSE(IsSqliteFile(dir.Path("encrypted.db")));
+
+  // Another program holds the file while it writes: the read waits, then says the file is in use.
+  sqlite3* holder = nullptr;
+  ASSERT_EQ(sqlite3_open(good.c_str(), &holder), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(holder, "BEGIN EXCLUSIVE; INSERT INTO t VALUES('y');", nullptr, nullptr,
+                         nullptr),
+            SQLITE_OK);
+  Workbook book;
+  SqliteProblem problem;
+  EXPECT_FALSE(ImportSqlite(book, good, "", problem));
+  EXPECT_EQ(problem.code, err::kFileInUse) << problem.Text();
+  sqlite3_exec(holder, "ROLLBACK", nullptr, nullptr, nullptr);
+  sqlite3_close(holder);
+  EXPECT_TRUE(ImportSqlite(book, good, "", problem)) << problem.Text();
+}
+
+}  // namespace
+}  // namespace kelpdex
