@@ -60,6 +60,22 @@ std::string BlobName(std::string_view field, uint32_t row, std::string_view byte
   return std::string(field) + "_" + std::to_string(row + 1) + extension;
 }
 
+// The cells the catalogue table kept, with their Auto mark and error; false when the store is full.
+bool PutStoredCells(Worksheet& sheet, const std::vector<StoredCell>& cells) {
+  uint8_t record[kBlockPayload];
+  for (const StoredCell& c : cells) {
+    const uint8_t extra = c.tag & (cell::kAuto | cell::kErrorMask);
+    if (c.isText) {
+      cell::EncodeText(record, c.row, c.column, c.text.substr(0, kBlockPayload - cell::kTextHeader),
+                       extra);
+    } else {
+      cell::EncodeNumber(record, c.row, c.column, c.number, extra);
+    }
+    if (!sheet.cells.PutCell(record)) return false;
+  }
+  return true;
+}
+
 std::string Packed(std::string_view name, std::string_view type, std::string_view bytes) {
   BinaryObjectList list;
   list.Append(name, type, bytes);
@@ -329,19 +345,9 @@ bool Importer::Catalogued(const TableCatalogue& stored, bool hasRows) {
   if (!table.Begin(book_, name)) return false;
   Worksheet& catalogueSheet = *table.table().catalogue;
   catalogueSheet.cells.DeleteRange(0, kLastColumn, 0, kLastRow);
-  uint8_t record[kBlockPayload];
-  for (const StoredCell& c : stored.cells) {
-    const uint8_t extra = c.tag & (cell::kAuto | cell::kErrorMask);
-    if (c.isText) {
-      cell::EncodeText(record, c.row, c.column, c.text.substr(0, kBlockPayload - cell::kTextHeader),
-                       extra);
-    } else {
-      cell::EncodeNumber(record, c.row, c.column, c.number, extra);
-    }
-    if (!catalogueSheet.cells.PutCell(record)) {
-      book_.errorCode = err::kOutOfMemory;
-      return false;
-    }
+  if (!PutStoredCells(catalogueSheet, stored.cells)) {
+    book_.errorCode = err::kOutOfMemory;
+    return false;
   }
   const uint16_t fieldCount = FieldCount(table.table());
   std::vector<FieldSpec> fields(fieldCount);
@@ -401,18 +407,9 @@ bool Importer::Catalogued(const TableCatalogue& stored, bool hasRows) {
   if (!ReadFiles(nameUtf8, fieldNames, objects)) return false;
   if (!table.Finish({})) return false;
   Worksheet& data = *table.table().data;
-  for (const StoredCell& c : stored.overrides) {
-    const uint8_t extra = c.tag & (cell::kAuto | cell::kErrorMask);
-    if (c.isText) {
-      cell::EncodeText(record, c.row, c.column, c.text.substr(0, kBlockPayload - cell::kTextHeader),
-                       extra);
-    } else {
-      cell::EncodeNumber(record, c.row, c.column, c.number, extra);
-    }
-    if (!data.cells.PutCell(record)) {
-      book_.errorCode = err::kOutOfMemory;
-      return false;
-    }
+  if (!PutStoredCells(data, stored.overrides)) {
+    book_.errorCode = err::kOutOfMemory;
+    return false;
   }
   data.objects = std::move(objects);
   SelectKey(table.table(), stored.key);

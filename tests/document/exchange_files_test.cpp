@@ -124,6 +124,7 @@ TEST_F(ExchangeFilesTest, ASpreadsheetWithoutCataloguesOpensAsTablesWhenTheUserA
   ASSERT_TRUE(session.ReloadDocument());
   EXPECT_EQ(dialogs.asked, 2);
   EXPECT_NE(book.FindTable("Crew"), nullptr);
+}
 
 // An SQLite file opens by its header whatever its name, saves back as SQLite, and a read that
 // fails shows one message that names the table and column and leaves no document.
