@@ -71,6 +71,19 @@ bool ImportedTable::AppendNumber(uint32_t row, uint16_t column, double value, ui
   return Append(cell::EncodeNumber(record_, row, column, value, extraTag));
 }
 
+void ImportedTable::AppendChain(BlockChain& other, uint32_t rowOffset) {
+  RowBlock* block = other.head();
+  other.Release();
+  while (block != nullptr) {
+    RowBlock* next = block->next;
+    for (uint32_t at = 0; at < block->used; at += cell::Size(block->data + at)) {
+      cell::SetRow(block->data + at, cell::Row(block->data + at) + rowOffset);
+    }
+    chain_.Append(block);
+    block = next;
+  }
+}
+
 void ImportedTable::NameFields(const std::vector<std::string>& names,
                                std::vector<FieldSpec>& fields) {
   size_t count = names.size() < fields.size() ? names.size() : fields.size();

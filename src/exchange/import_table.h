@@ -35,6 +35,11 @@ class ImportedTable {
   bool AppendText(uint32_t row, uint16_t column, std::string_view text, uint8_t extraTag = 0);
   bool AppendNumber(uint32_t row, uint16_t column, double value, uint8_t extraTag = 0);
 
+  // Cells read apart, in a chain of their own with rows counted from 0, go behind the cells
+  // appended so far, `rowOffset` rows down; the chain's blocks join this table's and `other` is
+  // left empty.
+  void AppendChain(BlockChain& other, uint32_t rowOffset);
+
   // Checks header names by the field dialog's rules on the empty table: trailing blanks are cut,
   // a name is made unique with a number behind it, and one the rules still refuse becomes
   // "field%d". `names` may be shorter than `fields` (the rest keep their names).

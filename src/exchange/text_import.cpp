@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <atomic>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
+#include <thread>
 #include <vector>
 
 #include "core/locale_settings.h"
@@ -8,6 +11,8 @@
 #include "exchange/import_table.h"
 #include "exchange/text_exchange.h"
 #include "persist/file_stream.h"
+#include "store/block_chain.h"
+#include "store/cell_record.h"
 #include "text/oem.h"
 #include "text/utf8.h"
 
@@ -69,9 +74,45 @@ bool ReadsAsNumber(const char* s, size_t n, char decimal, double& value) {
   return ec == std::errc() && end == buffer + b;
 }
 
+// The cells of the second half of a file read on a worker thread: a chain of its own, with its
+// own spare blocks, handed to the table once both halves are read.
+class ChainSink {
+ public:
+  ~ChainSink() { pool_.GiveChain(chain_.Release(), true); }
+  bool AppendText(uint32_t row, uint16_t column, std::string_view text) {
+    return Append(cell::EncodeText(record_, row, column, text));
+  }
+  bool AppendNumber(uint32_t row, uint16_t column, double value) {
+    return Append(cell::EncodeNumber(record_, row, column, value));
+  }
+  void Fail(ErrorCode code) { error_ = code; }
+  ErrorCode error() const { return error_; }
+  BlockChain& chain() { return chain_; }
+
+ private:
+  bool Append(uint32_t size) {
+    if (chain_.AppendRecord(record_, size, [this] { return pool_.Take(); })) return true;
+    error_ = err::kOutOfMemory;
+    return false;
+  }
+
+  BlockChain chain_;
+  BlockPool pool_;
+  ErrorCode error_ = err::kNone;
+  uint8_t record_[kBlockPayload];
+};
+
+void FailSink(ImportedTable& table, ErrorCode code) {
+  table.book()->errorCode = code;
+}
+void FailSink(ChainSink& sink, ErrorCode code) {
+  sink.Fail(code);
+}
+
+template <typename Sink>
 class TextReader {
  public:
-  TextReader(ImportedTable& table, const TextFileOptions& options, TextImportReport& report)
+  TextReader(Sink& table, const TextFileOptions& options, TextImportReport& report)
       : table_(table),
         options_(options),
         report_(report),
@@ -79,7 +120,21 @@ class TextReader {
     while (widthCount_ < options.widths.size() && options.widths[widthCount_] != 0) ++widthCount_;
   }
 
-  bool Read(FileStream& in);
+  // Reads up to `limit` bytes of the stream, or to its end. A reader of the second half of a
+  // file reads lines counted from 0, with no header line, and asks `stop` whether to give up
+  // rather than the progress sink.
+  bool Read(FileStream& in, uint64_t limit = UINT64_MAX);
+  void SecondHalf(const std::atomic<bool>* stop) {
+    stop_ = stop;
+    secondHalf_ = true;
+  }
+  // Whether the bytes read ended a line outside quotes, where another reader may go on.
+  bool endedAtLineStart() const { return endedAtLineStart_; }
+  // Lines read, counted as rows: with the header line left out.
+  uint64_t rows() const { return options_.headerLine && !secondHalf_ ? line_ - 1 : line_; }
+  uint8_t columnBits(size_t column) const { return columnBits_[column]; }
+  // What a second half read joins this reader's account, as one reader would have read both.
+  void Join(const TextReader<ChainSink>& second);
 
   // The fields the cells asked for: Number where a column held numbers alone.
   std::vector<FieldSpec> Fields() const;
@@ -108,7 +163,10 @@ class TextReader {
   }
   bool Store(std::string_view text);
 
-  ImportedTable& table_;
+  template <typename>
+  friend class TextReader;
+
+  Sink& table_;
   const TextFileOptions& options_;
   TextImportReport& report_;
   const char decimal_;
@@ -122,9 +180,13 @@ class TextReader {
   std::vector<uint8_t> columnBits_ = std::vector<uint8_t>(kColumnLimit, 0);
   std::vector<std::string> names_;
   std::string converted_;
+  const std::atomic<bool>* stop_ = nullptr;
+  bool secondHalf_ = false;
+  bool endedAtLineStart_ = false;
 };
 
-bool TextReader::Read(FileStream& in) {
+template <typename Sink>
+bool TextReader<Sink>::Read(FileStream& in, uint64_t limit) {
   enum class State : uint8_t { kCellStart, kBare, kQuoted, kQuoteInQuoted };
   State state = State::kCellStart;
   bool afterCr = false;
@@ -134,12 +196,17 @@ bool TextReader::Read(FileStream& in) {
   // The bytes that end a bare run: the separator and the line ends.
   bool stops[256] = {};
   stops[separator] = stops['\r'] = stops['\n'] = true;
-  bool first = true;
+  bool first = !secondHalf_;
+  uint64_t left = limit;
   for (;;) {
     size_t size = 0;
     const uint8_t* bytes = in.Span(size);
-    if (size == 0) break;
-    if (ProgressCancelled()) return false;
+    if (size == 0 || left == 0) break;
+    if (size > left) size = static_cast<size_t>(left);
+    left -= size;
+    if (stop_ != nullptr ? stop_->load(std::memory_order_relaxed) : ProgressCancelled()) {
+      return false;
+    }
     size_t i = 0;
     // A byte-order mark says UTF-8 and is no part of the first cell.
     if (first && options_.encoding == TextEncoding::kUtf8 && size >= 3 && bytes[0] == 0xEF &&
@@ -217,19 +284,22 @@ bool TextReader::Read(FileStream& in) {
     in.Advance(size);
   }
   if (!in.ok()) {
-    table_.book()->errorCode = in.error();
+    FailSink(table_, in.error());
     return false;
   }
+  endedAtLineStart_ = !afterCr && taken_ == 0 && state == State::kCellStart && column_ == 0;
+  if (limit != UINT64_MAX) return true;
   // A last line without its line end.
   if (taken_ != 0 || state != State::kCellStart || column_ != 0) return EndCell();
   return true;
 }
 
-bool TextReader::EndCell() {
+template <typename Sink>
+bool TextReader<Sink>::EndCell() {
   size_t length = length_;
   length_ = 0;
   taken_ = 0;
-  bool header = options_.headerLine && line_ == 0;
+  bool header = options_.headerLine && line_ == 0 && !secondHalf_;
   if (length == 0 && !header) return true;
   if (column_ >= kColumnLimit) {
     if (static_cast<int64_t>(column_) > report_.highestDroppedColumn) {
@@ -237,7 +307,7 @@ bool TextReader::EndCell() {
     }
     return true;
   }
-  uint64_t row = options_.headerLine ? line_ - 1 : line_;
+  uint64_t row = options_.headerLine && !secondHalf_ ? line_ - 1 : line_;
   if (!header && row >= kRowLimit) {
     if (static_cast<int64_t>(row) > report_.highestDroppedRow) report_.highestDroppedRow = row;
     return true;
@@ -277,7 +347,16 @@ bool TextReader::EndCell() {
   return table_.AppendText(static_cast<uint32_t>(row), column, text);
 }
 
-std::vector<FieldSpec> TextReader::Fields() const {
+template <typename Sink>
+void TextReader<Sink>::Join(const TextReader<ChainSink>& second) {
+  for (size_t c = 0; c < columnBits_.size(); ++c) columnBits_[c] |= second.columnBits_[c];
+  highestColumn_ = std::max(highestColumn_, second.highestColumn_);
+  report_.highestDroppedColumn =
+      std::max(report_.highestDroppedColumn, second.report_.highestDroppedColumn);
+}
+
+template <typename Sink>
+std::vector<FieldSpec> TextReader<Sink>::Fields() const {
   std::vector<FieldSpec> fields(static_cast<size_t>(highestColumn_ + 1));
   for (size_t i = 0; i < fields.size(); ++i) {
     fields[i].name = DefaultFieldName(static_cast<uint16_t>(i));
@@ -293,33 +372,128 @@ std::vector<FieldSpec> TextReader::Fields() const {
 
 }  // namespace
 
-bool ImportText(Workbook& book, const std::string& path, const TextFileOptions& options,
-                TextImportReport* report) {
-  TextImportReport ignored;
-  TextImportReport& dropped = report != nullptr ? *report : ignored;
-  dropped = TextImportReport();
-  book.errorCode = err::kNone;
+namespace {
+
+// Below this a file is read by one thread: starting the second costs more than it saves.
+constexpr uint64_t kSplitMinimum = 16u << 20;
+
+// The byte after the first line feed from the middle of a plain file on: where its second half
+// begins if that line feed ends a line outside quotes, which the first half's reader tells.
+// 0 when there is none.
+uint64_t SplitPoint(FileStream& probe) {
+  uint64_t size = probe.fileSize();
+  uint64_t at = size / 2;
+  if (!probe.SeekRead(at)) return 0;
+  for (;;) {
+    size_t n = 0;
+    const uint8_t* bytes = probe.Span(n);
+    if (n == 0) return 0;
+    if (const void* lf = std::memchr(bytes, '\n', n)) {
+      return at + static_cast<uint64_t>(static_cast<const uint8_t*>(lf) - bytes) + 1;
+    }
+    at += n;
+    probe.Advance(n);
+  }
+}
+
+// Both halves at once, the second on a worker thread into a chain of its own. False with
+// `fallBack` when the halves cannot be joined as one reader would have read the file: the split
+// fell inside a quoted cell, a column held text in the first half and numbers in the second
+// (which the Numbers rule would have kept as texts), or the rows pass the limit.
+bool ReadInHalves(FileStream& in, const std::string& path, uint64_t split, ImportedTable& table,
+                  TextReader<ImportedTable>& reader, const TextFileOptions& options,
+                  bool& fallBack) {
+  fallBack = false;
+  FileStream rest;
+  if (!rest.Open(path, StreamMode::kRead, false) || !rest.SeekRead(split)) {
+    fallBack = true;
+    return false;
+  }
+  rest.SetQuiet(true);
+  ChainSink sink;
+  TextImportReport restReport;
+  TextReader<ChainSink> second(sink, options, restReport);
+  std::atomic<bool> stop{false};
+  second.SecondHalf(&stop);
+  bool secondOk = false;
+  std::thread worker([&] { secondOk = second.Read(rest); });
+  bool firstOk = reader.Read(in, split);
+  if (!firstOk) stop = true;
+  worker.join();
+  if (!firstOk) return false;
+  if (!secondOk) {
+    if (sink.error() == err::kNone) return false;  // stopped with the first
+    table.book()->errorCode = sink.error();
+    return false;
+  }
+  bool clash = false;
+  for (size_t c = 0; c < kColumnLimit && !clash; ++c) {
+    clash = (reader.columnBits(c) & 1) != 0 && (second.columnBits(c) & 2) != 0;
+  }
+  if (!reader.endedAtLineStart() || clash || reader.rows() + second.rows() > kRowLimit) {
+    fallBack = true;
+    return false;
+  }
+  table.AppendChain(sink.chain(), static_cast<uint32_t>(reader.rows()));
+  reader.Join(second);
+  return true;
+}
+
+bool ReadTextFile(Workbook& book, const std::string& path, const TextFileOptions& options,
+                  TextImportReport& dropped, bool allowSplit, bool& fallBack) {
+  fallBack = false;
   FileStream in;
   // gzip's transparent read: a compressed text file reads as its plain bytes.
   if (!in.Open(path, StreamMode::kRead, true)) {
     book.errorCode = in.error();
     return false;
   }
-  bool ok;
-  {
-    ImportedTable table;
-    ok = table.Begin(book, ImportTableName(path));
-    if (ok) {
-      TextReader reader(table, options, dropped);
-      ok = reader.Read(in);
-      if (ok) {
-        std::vector<FieldSpec> fields = reader.Fields();
-        if (options.headerLine) table.NameFields(reader.names(), fields);
-        ok = table.Finish(fields);
-      }
+  uint64_t split = 0;
+  // The first read tells gzip from plain; a large plain file is opened again without the gzip
+  // layer, whose reads have no place in the file to seek to.
+  if (allowSplit && in.Peek() >= 0 && !in.compressedRead() && in.fileSize() >= kSplitMinimum) {
+    in.Close();
+    if (!in.Open(path, StreamMode::kRead, false)) {
+      book.errorCode = in.error();
+      return false;
     }
+    split = SplitPoint(in);
+    if (!in.SeekRead(0)) {
+      book.errorCode = in.error();
+      return false;
+    }
+  } else if (!in.Rewind()) {
+    book.errorCode = in.error();
+    return false;
   }
-  in.Close();
+  ImportedTable table;
+  if (!table.Begin(book, ImportTableName(path))) return false;
+  TextReader<ImportedTable> reader(table, options, dropped);
+  bool ok = split != 0 ? ReadInHalves(in, path, split, table, reader, options, fallBack)
+                       : reader.Read(in);
+  if (!ok) return false;
+  std::vector<FieldSpec> fields = reader.Fields();
+  if (options.headerLine) table.NameFields(reader.names(), fields);
+  return table.Finish(fields);
+}
+
+}  // namespace
+
+bool ImportText(Workbook& book, const std::string& path, const TextFileOptions& options,
+                TextImportReport* report) {
+  TextImportReport ignored;
+  TextImportReport& dropped = report != nullptr ? *report : ignored;
+  dropped = TextImportReport();
+  book.errorCode = err::kNone;
+  bool fallBack = false;
+  bool ok = ReadTextFile(book, path, options, dropped, true, fallBack);
+  if (!ok && fallBack) {
+    // The halves could not be joined: the file is read again from the start by one reader.
+    book.Clear();
+    book.errorCode = err::kNone;
+    dropped = TextImportReport();
+    ok = ReadTextFile(book, path, options, dropped, false, fallBack);
+  }
   if (!ok) {
     ErrorCode error = book.errorCode;
     book.Clear();

@@ -148,7 +148,7 @@ bool FileStream::Fill() {
   fill_ += static_cast<size_t>(got);
   // The file's own bytes, compressed or not, measure how far the read has come.
   moved_ += static_cast<uint64_t>(got);
-  ReportProgress(gzipIn_ != nullptr ? gzipIn_->consumed() : moved_, fileSize_);
+  if (!quiet_) ReportProgress(gzipIn_ != nullptr ? gzipIn_->consumed() : moved_, fileSize_);
   return true;
 }
 
@@ -197,6 +197,24 @@ bool FileStream::Rewind() {
   data_ = buffer_.get();
   mark_ = SIZE_MAX;
   endOfFile_ = false;
+  return true;
+}
+
+bool FileStream::compressedRead() const {
+  return gzipIn_ != nullptr && gzipIn_->compressed();
+}
+
+bool FileStream::SeekRead(uint64_t offset) {
+  if (fd_ < 0 || mode_ != StreamMode::kRead || gzipIn_ != nullptr) return false;
+  if (KELPDEX_SEEK(fd_, static_cast<int64_t>(offset), SEEK_SET) < 0) {
+    SetError(err::kFileSeek);
+    return false;
+  }
+  position_ = fill_ = 0;
+  data_ = buffer_.get();
+  mark_ = SIZE_MAX;
+  endOfFile_ = false;
+  moved_ = offset;
   return true;
 }
 

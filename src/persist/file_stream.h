@@ -77,6 +77,15 @@ class FileStream {
   int Peek() { return position_ < fill_ ? data_[position_] : PeekSlow(); }    // -1 at the end
   int Next() { return position_ < fill_ ? data_[position_++] : NextSlow(); }  // -1 at the end
   bool Skip(size_t count);
+  // Goes to a byte of a plain file being read, by a seek rather than a read through. False for a
+  // compressed stream, or with 63 when the seek fails.
+  bool SeekRead(uint64_t offset);
+  // After the first read: the file is gzip, whose bytes have no place of their own in the file.
+  bool compressedRead() const;
+  uint64_t fileSize() const { return fileSize_; }
+  // A stream read on a worker thread says nothing to the progress sink, which belongs to the
+  // thread that started the work.
+  void SetQuiet(bool quiet) { quiet_ = quiet; }
   // The bytes the buffer holds from the read position, refilling first when it holds none;
   // `size` 0 at the end of the file. Advance() consumes from it.
   const uint8_t* Span(size_t& size) {
@@ -128,6 +137,7 @@ class FileStream {
   static constexpr uint64_t kWritebackStep = 8u << 20;
   uint64_t unsynced_ = 0;
   uint64_t fileSize_ = 0;
+  bool quiet_ = false;
   int fd_ = -1;
   DeflateFor gzipContent_ = DeflateFor::kText;
   std::unique_ptr<GzipReader> gzipIn_;

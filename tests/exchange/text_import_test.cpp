@@ -6,6 +6,8 @@
 #include "core/progress.h"
 #include "exchange/text_exchange.h"
 #include "exchange_test_util.h"
+#include "persist/file_stream.h"
+#include "store/field_row.h"
 #include "support/file_bytes.h"
 #include "support/temp_dir.h"
 #include "text/code_page.h"
@@ -172,6 +174,69 @@ TEST_F(TextImportTest, CancelAndMissingFileLeaveNoDocument) {
   EXPECT_FALSE(ImportText(book, dir.Path("missing.csv"), options));
   EXPECT_EQ(book.errorCode, err::kFileOpenRead);
   EXPECT_EQ(book.firstNode, nullptr);
+}
+
+// A large plain file is read in two halves at once; the same bytes gzipped are read by one
+// reader, so the two imports must leave the same cells and fields whatever the file holds.
+class SplitImportTest : public TextImportTest {
+ protected:
+  // Every record of the data sheet and the fields, as bytes.
+  std::string Contents() {
+    std::string all;
+    for (const RowBlock* b = book.currentSheet->cells.head(); b != nullptr; b = b->next) {
+      all.append(reinterpret_cast<const char*>(b->data), b->used);
+    }
+    for (int f = 0; f < FieldCountOf(book); ++f) {
+      all += "|" + FieldAt(book, f).name + ":" + std::to_string(int(FieldAt(book, f).type));
+    }
+    return all;
+  }
+  void ExpectSameAsOneReader(const std::string& bytes) {
+    ASSERT_GT(bytes.size(), 17u << 20);
+    ASSERT_TRUE(Import(bytes, options)) << int(book.errorCode);
+    std::string split = Contents();
+    uint32_t rows = book.currentSheet->UsedRows();
+    FileStream gz;
+    std::string packed = dir.Path("data.csv.gz");
+    ASSERT_TRUE(gz.Open(packed, StreamMode::kWrite, true));
+    ASSERT_TRUE(gz.Write(bytes.data(), bytes.size()));
+    ASSERT_TRUE(gz.Close());
+    book.Clear();
+    ASSERT_TRUE(ImportText(book, packed, options, nullptr)) << int(book.errorCode);
+    EXPECT_EQ(book.currentSheet->UsedRows(), rows);
+    EXPECT_TRUE(Contents() == split);
+  }
+  // Records of a name, a number and a quoted note, up to `size` bytes.
+  static std::string Lines(size_t size, const char* end, size_t first = 0) {
+    std::string text;
+    for (size_t i = first; text.size() < size; ++i) {
+      text += "name" + std::to_string(i % 977) + "," + std::to_string(i * 7 % 1000) + ".5,\"n, " +
+              std::to_string(i) + "\"" + end;
+    }
+    return text;
+  }
+};
+
+TEST_F(SplitImportTest, TheHalvesJoinAsOneReaderReadsThem) {
+  options.headerLine = true;
+  options.numbers = true;
+  ExpectSameAsOneReader("Name,Amount,Note\r\n" + Lines(18u << 20, "\r\n"));
+  EXPECT_EQ(FieldAt(book, 1).type, FieldType::kNumber);
+}
+
+TEST_F(SplitImportTest, TextBeforeNumbersInOneColumnKeepsTheLaterNumbersAsTexts) {
+  options.numbers = true;
+  ExpectSameAsOneReader("x,text,y\n" + Lines(18u << 20, "\n"));
+  EXPECT_EQ(FieldAt(book, 1).type, FieldType::kText);
+}
+
+TEST_F(SplitImportTest, AQuotedCellAcrossTheMiddleIsReadWhole) {
+  // One quoted cell of many short lines around the middle: the line feeds there end no record.
+  std::string half = Lines(9u << 20, "\n");
+  std::string quoted = "\"";
+  for (int i = 0; i < 20000; ++i) quoted += "inside " + std::to_string(i) + "\n";
+  quoted += "\",tail\n";
+  ExpectSameAsOneReader(half + quoted + Lines(9u << 20, "\n", 5));
 }
 
 }  // namespace
