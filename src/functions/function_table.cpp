@@ -7,6 +7,7 @@
 #include "functions/date_functions.h"
 #include "functions/logical_functions.h"
 #include "functions/math_functions.h"
+#include "functions/matrix_functions.h"
 #include "functions/statistical_functions.h"
 #include "functions/text_functions.h"
 #include "text/code_page.h"
@@ -208,9 +209,9 @@ const FunctionRow kRows[kFunctionRowCount] = {
     {"LN(", fn::Ln},
     {"LOG(", fn::Log},
     {"LOG10(", fn::Log10},
-    {"MDETERM(", nullptr},
-    {"MINVERSE(", nullptr},
-    {"MMULT(", nullptr},
+    {"MDETERM(", fn::MDeterm},
+    {"MINVERSE(", fn::MInverse},
+    {"MMULT(", fn::MtxMlt},
     {"MOD(", fn::Mod},
     {"MROUND(", fn::MRound},
     {"MULTINOMIAL(", fn::Multinomial},
@@ -356,25 +357,25 @@ const FunctionRow kRows[kFunctionRowCount] = {
     {"LPROGINT(", nullptr},
     {"LPROGBIN(", nullptr},
     {"QPROG(", nullptr},
-    {"MTXRAND(", nullptr},
-    {"MTXRAND2(", nullptr},
-    {"MTXSERIES(", nullptr},
+    {"MTXRAND(", fn::MtxRand},
+    {"MTXRAND2(", fn::MtxRand2},
+    {"MTXSERIES(", fn::MtxSeries},
     {"POLYREG(", nullptr},
     {"POLYPOINTS(", nullptr},
     {"TIMESERIES(", nullptr},
     {"MINSIMPLEX(", nullptr},
     {"MINMC(", nullptr},
     {"ROOT(", nullptr},
-    {"MTXFWSUBST(", nullptr},
-    {"MTXBKSUBST(", nullptr},
-    {"MTXGAUSS(", nullptr},
-    {"MTXCHL(", nullptr},
-    {"MTXSVD(", nullptr},
-    {"MTXLSC(", nullptr},
-    {"MTXLSW(", nullptr},
-    {"MTXT(", nullptr},
-    {"MTXDIAG(", nullptr},
-    {"MTXMLT(", nullptr},
+    {"MTXFWSUBST(", fn::MtxFwSubst},
+    {"MTXBKSUBST(", fn::MtxBkSubst},
+    {"MTXGAUSS(", fn::MtxGauss},
+    {"MTXCHL(", fn::MtxChl},
+    {"MTXSVD(", fn::MtxSvd},
+    {"MTXLSC(", fn::MtxLsc},
+    {"MTXLSW(", fn::MtxLsw},
+    {"MTXT(", fn::MtxT},
+    {"MTXDIAG(", fn::MtxDiag},
+    {"MTXMLT(", fn::MtxMlt},
 };
 
 }  // namespace
