@@ -8,6 +8,7 @@
 #include "functions/logical_functions.h"
 #include "functions/math_functions.h"
 #include "functions/matrix_functions.h"
+#include "functions/optimisation_functions.h"
 #include "functions/statistical_functions.h"
 #include "functions/text_functions.h"
 #include "text/code_page.h"
@@ -353,19 +354,19 @@ const FunctionRow kRows[kFunctionRowCount] = {
     {"TRIM(", fn::Trim},
     {"UPPER(", fn::Upper},
     {"VALUE(", fn::Value},
-    {"LPROG(", nullptr},
-    {"LPROGINT(", nullptr},
-    {"LPROGBIN(", nullptr},
+    {"LPROG(", fn::LProg},
+    {"LPROGINT(", fn::LProgInt},
+    {"LPROGBIN(", fn::LProgBin},
     {"QPROG(", nullptr},
     {"MTXRAND(", fn::MtxRand},
     {"MTXRAND2(", fn::MtxRand2},
     {"MTXSERIES(", fn::MtxSeries},
-    {"POLYREG(", nullptr},
+    {"POLYREG(", fn::PolyReg},
     {"POLYPOINTS(", nullptr},
     {"TIMESERIES(", nullptr},
-    {"MINSIMPLEX(", nullptr},
-    {"MINMC(", nullptr},
-    {"ROOT(", nullptr},
+    {"MINSIMPLEX(", fn::MinSimplex},
+    {"MINMC(", fn::MinMC},
+    {"ROOT(", fn::Root},
     {"MTXFWSUBST(", fn::MtxFwSubst},
     {"MTXBKSUBST(", fn::MtxBkSubst},
     {"MTXGAUSS(", fn::MtxGauss},

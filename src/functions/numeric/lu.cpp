@@ -7,19 +7,20 @@ namespace kelpdex::numeric {
 
 namespace {
 
-// Solves in place with the factors, column by column of x (already permuted).
+// Solves in place with the factors, column by column of x (already permuted). Column-oriented,
+// so that the zeros of a sparse right-hand side such as the identity's cost nothing.
 void SubstituteInPlace(const LuFactors& f, Matrix& x) {
   uint32_t n = f.lu.rows();
   for (uint32_t c = 0; c < x.columns(); ++c) {
-    for (uint32_t i = 1; i < n; ++i) {
-      double sum = x(i, c);
-      for (uint32_t k = 0; k < i; ++k) sum -= f.lu(i, k) * x(k, c);
-      x(i, c) = sum;
+    for (uint32_t k = 0; k < n; ++k) {
+      double xk = x(k, c);
+      if (xk == 0) continue;
+      for (uint32_t i = k + 1; i < n; ++i) x(i, c) -= f.lu(i, k) * xk;
     }
-    for (uint32_t i = n; i-- > 0;) {
-      double sum = x(i, c);
-      for (uint32_t k = i + 1; k < n; ++k) sum -= f.lu(i, k) * x(k, c);
-      x(i, c) = sum / f.lu(i, i);
+    for (uint32_t k = n; k-- > 0;) {
+      double xk = x(k, c) /= f.lu(k, k);
+      if (xk == 0) continue;
+      for (uint32_t i = 0; i < k; ++i) x(i, c) -= f.lu(i, k) * xk;
     }
   }
 }
