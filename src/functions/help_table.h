@@ -75,5 +75,7 @@ std::span<const HelpEntry> InformationalHelp();
 std::span<const HelpEntry> TextHelp();
 std::span<const HelpEntry> DateHelp();
 std::span<const HelpEntry> StatisticalHelp();
+std::span<const HelpEntry> MatrixHelp();
+std::span<const HelpEntry> OptimisationHelp();
 
 }  // namespace kelpdex
