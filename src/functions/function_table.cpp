@@ -357,7 +357,7 @@ const FunctionRow kRows[kFunctionRowCount] = {
     {"LPROG(", fn::LProg},
     {"LPROGINT(", fn::LProgInt},
     {"LPROGBIN(", fn::LProgBin},
-    {"QPROG(", nullptr},
+    {"QPROG(", fn::QProg},
     {"MTXRAND(", fn::MtxRand},
     {"MTXRAND2(", fn::MtxRand2},
     {"MTXSERIES(", fn::MtxSeries},

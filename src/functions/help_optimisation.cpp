@@ -34,6 +34,16 @@ const HelpEntry kEntries[] = {
      "LProgBin(A, s, b, c, bin, vector, [epsilon], [m])\r\n\r\n"
      "As LProg, with x[j] either 0 or 1 where bin[j] is 1.\r\n\r\n"
      "=LProgBin({1, 1}, {1}, {5}, {1; 1}, {1; 1}, 1) returns {1; 1}\r\n"},
+    {HelpCode(help::kOptimization, 6),
+     "QProg",
+     {"A", "s", "b", "p", "C", "vector", "[epsilon]"},
+     "1111100",
+     "QProg(A, s, b, p, C, vector, [epsilon])\r\n\r\n"
+     "Maximises p^T*x - x^T*C*x over x >= 0 under the constraints of LProg. C must be positive "
+     "definite (only its symmetric part counts), otherwise the result is #NUM!; the optimum is "
+     "then unique, so 'vector' 0 returns 1 and 'vector' 1 the optimum. Inconsistent constraints "
+     "give #NULL!. 'epsilon' (1e-08) is the tolerance of the constraints and of the steps.\r\n\r\n"
+     "=QProg({1, 2; 1, 1}, {1; 1}, {10; 9}, {10; 25}, {10, 2; 2, 1}, 1,) returns {0; 5}\r\n"},
     {HelpCode(help::kOptimization, 4),
      "minSimplex",
      {"function", "x", "v", "[start]", "[epsilon]", "[maxSteps]", "result"},

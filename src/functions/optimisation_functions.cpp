@@ -6,6 +6,7 @@
 
 #include "functions/arguments.h"
 #include "functions/matrix_arguments.h"
+#include "functions/numeric/quadratic.h"
 #include "functions/numeric/simplex.h"
 
 namespace kelpdex::fn {
@@ -130,6 +131,33 @@ void LProgInt(FormulaEngine& e) {
 
 void LProgBin(FormulaEngine& e) {
   RunProgram(e, 4, true);
+}
+
+void QProg(FormulaEngine& e) {
+  mtx::Arguments a;
+  if (!mtx::ReadArguments(e, "mmmmmnn", 6, a)) return;
+  uint8_t error = a.error;
+  LinearProgram lp;
+  if (error == 0) error = ReadProgram(a, -1, lp);
+  const Matrix& c = a.matrix[4];
+  if (error == 0 && (c.rows() != lp.a.columns() || c.columns() != lp.a.columns())) {
+    error = ferr::kValue;
+  }
+  if (a.given[6] && a.number[6] > 0) lp.epsilon = a.number[6];
+  double selector = a.given[5] ? RoundHalfAway(a.number[5]) : 0;
+  if (error == 0 && selector < 0) error = ferr::kNum;
+  // A positive definite C makes the optimum unique: the count is 1 and only vector 1 exists.
+  if (error == 0 && selector > 1) error = ferr::kNum;
+  std::vector<double> x;
+  if (error == 0) {
+    // A C that is not positive definite is "#NUM!", as the Cholesky functions answer it.
+    error = StatusError(numeric::SolveQuadraticProgram(lp, c, x));
+  }
+  Matrix out;
+  uint32_t rows = selector == 0 ? 1 : static_cast<uint32_t>(x.size());
+  if (error == 0 && !out.Allocate(rows, 1)) error = ferr::kMemory;
+  for (uint32_t j = 0; error == 0 && j < rows; ++j) out(j, 0) = selector == 0 ? 1 : x[j];
+  mtx::SetMatrixResult(e, a.base, out, error);
 }
 
 }  // namespace kelpdex::fn

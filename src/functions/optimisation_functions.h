@@ -6,10 +6,11 @@
 
 namespace kelpdex::fn {
 
-// optimisation_functions.cpp: the linear programs.
+// optimisation_functions.cpp: the linear and quadratic programs.
 void LProg(FormulaEngine& e);
 void LProgInt(FormulaEngine& e);
 void LProgBin(FormulaEngine& e);
+void QProg(FormulaEngine& e);
 
 // optimisation_functions_formula.cpp: the functions that re-evaluate a formula.
 void Root(FormulaEngine& e);

@@ -75,6 +75,28 @@ TEST_F(Optimisation, IntegerAndBinaryPrograms) {
   EXPECT_EQ(ErrorOf("LProgInt({2, 0}, {0}, {1}, {1; 0}, {1; 0}, 1)"), ferr::kNull);
 }
 
+TEST_F(Optimisation, QuadraticPrograms) {
+  const std::string qp = "QProg({1, 2; 1, 1}, {1; 1}, {10; 9}, {10; 25}, ";
+  ExpectNear(Eval(qp + "{10, 2; 2, 1}, 1,)"), {0, 5}, 1e-9);
+  ExpectNear(Eval(qp + "{10, 2; 2, 1}, 0)"), {1}, 0);
+  EXPECT_EQ(ErrorOf(qp + "{10, 2; 2, 1}, 2)"), ferr::kNum);
+  // Only the symmetric part of C counts: {10, 4; 0, 1} is the same objective.
+  ExpectNear(Eval(qp + "{10, 4; 0, 1}, 1)"), {0, 5}, 1e-9);
+  // Loose constraints leave the free maximum: 2*C*x = p.
+  ExpectNear(Eval("QProg({1, 1}, {1}, {100}, {4; 6}, {1, 0; 0, 3}, 1)"), {2, 1}, 1e-9);
+  // An equation and a >= row: max -(x1^2 + x2^2) with x1 + x2 = 2 and x1 >= 1.5.
+  ExpectNear(Eval("QProg({1, 1; 1, 0}, {0; -1}, {2; 1.5}, {0; 0}, {1, 0; 0, 1}, 1)"), {1.5, 0.5},
+             1e-9);
+  // The equation again, once more as two rows that say the same.
+  ExpectNear(Eval("QProg({1, 1; 2, 2}, {0; 0}, {2; 4}, {0; 0}, {1, 0; 0, 1}, 1)"), {1, 1}, 1e-9);
+  // The free maximum at x1 = -1 is cut off by x >= 0, so the multiplier of that bound matters.
+  ExpectNear(Eval("QProg({1, 1}, {1}, {10}, {-2; 4}, {1, 0; 0, 1}, 1)"), {0, 2}, 1e-9);
+  EXPECT_EQ(ErrorOf("QProg({1, 1; 1, 1}, {1; -1}, {1; 2}, {1; 1}, {1, 0; 0, 1}, 1)"), ferr::kNull);
+  EXPECT_EQ(ErrorOf(qp + "{1, 0; 0, -1}, 1)"), ferr::kNum);
+  EXPECT_EQ(ErrorOf(qp + "{1, 0; 0, 0}, 1)"), ferr::kNum);
+  EXPECT_EQ(ErrorOf(qp + "{1, 0, 0; 0, 1, 0; 0, 0, 1}, 1)"), ferr::kValue);
+}
+
 TEST_F(Optimisation, RootAndMinimaOfACellsFormula) {
   PutFormula(0, 0, "=X*X-2");
   sheet.PutNumber(0, 1, 7);

@@ -20,7 +20,8 @@ struct LinearProgram {
   std::vector<uint8_t> integer;
 };
 
-enum class LpStatus : uint8_t { kOptimal, kUnbounded, kInfeasible, kNoConvergence };
+// kNotDefinite: the quadratic term of a quadratic program is not positive definite.
+enum class LpStatus : uint8_t { kOptimal, kUnbounded, kInfeasible, kNoConvergence, kNotDefinite };
 
 // The optimum vertices, the first one found first; at most `most` of them.
 LpStatus SolveLinearProgram(const LinearProgram& lp, size_t most,
