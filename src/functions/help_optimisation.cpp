@@ -1,5 +1,6 @@
-// Help entries of the category "optimization & minimization", with polyReg of the statistical
-// one. The formula-driven examples name a cell F holding the formula and a variable cell X.
+// Help entries of the category "optimization & minimization", with polyReg, polyPoints and
+// timeSeries of the statistical one. The formula-driven examples name a cell F holding the formula
+// and a variable cell X.
 #include "functions/help_table.h"
 
 namespace kelpdex {
@@ -83,6 +84,37 @@ const HelpEntry kEntries[] = {
      "each degree.\r\n\r\n"
      "=polyReg({1; 2; 3; 4; 5}, {1.1; 1.2; 1.3; 1.4; 1.5}, {0.2; 0.2; 0.2; 0.2; 0.23}, 4, 1) "
      "returns {14.0688; 1.4979; 0; 0}\r\n"},
+    {HelpCode(help::kStatistical, 7),
+     "polyPoints",
+     {"x", "B", "chi2", "n", "r", "t", "p"},
+     "1110010",
+     "polyPoints(x, B, chi2, n, r, t, p)\r\n\r\n"
+     "Evaluates a fit of polyReg at the points t: the coefficients x (type 1), the matrix B (type "
+     "2) and chi2 (type 3, or the one value of the fit used) of n measurements. Returns two "
+     "columns, one row per point: y', the polynomial of the first r orthonormal polynomials "
+     "(degree r - 1), and eta, the confidence limit at probability p, so that the true value lies "
+     "between y' - eta and y' + eta. eta scales the coefficients' unit deviation by "
+     "sqrt(chi2/(n - r)) and takes Student's t with n - r degrees of freedom; r = n gives "
+     "#DIV/0!.\r\n\r\n"
+     "=polyPoints(polyReg({0; 1; 2; 3; 4}, {1; 3; 2; 5; 4}, {1; 1; 1; 1; 1}, 2, 1), "
+     "polyReg({0; 1; 2; 3; 4}, {1; 3; 2; 5; 4}, {1; 1; 1; 1; 1}, 2, 2), "
+     "polyReg({0; 1; 2; 3; 4}, {1; 3; 2; 5; 4}, {1; 1; 1; 1; 1}, 2, 3), 5, 2, {7; 2.5}, 0.95) "
+     "returns {7, 5.7284033495117; 3.4, 1.6536476079337}\r\n"},
+    {HelpCode(help::kStatistical, 4),
+     "timeSeries",
+     {"y", "l", "k", "p"},
+     "1000",
+     "timeSeries(y, l, k, p)\r\n\r\n"
+     "Smooths the N equally spaced measurements y by moving polynomials: for each point with k "
+     "neighbours on both sides, a polynomial of degree l fitted to those 2k + 1 points gives y'. "
+     "The first and the last such polynomials also give the first and last k points and k more "
+     "beyond each end, so N + 2k rows come back, in two columns: y' and eta, the confidence limit "
+     "at probability p from the scatter within the window. l must be below 2k, and N at least "
+     "2k + 1; otherwise #NUM!.\r\n\r\n"
+     "=timeSeries({1; 4; 9; 16; 25}, 1, 1, 0.95) returns {-3.3333333333333, 15.84742160299; "
+     "0.66666666666667, 9.4706458420388; 4.6666666666667, 5.9897623547292; 9.6666666666667, "
+     "5.9897623547292; 16.666666666667, 5.9897623547292; 24.666666666667, 9.4706458420388; "
+     "32.666666666667, 15.84742160299}\r\n"},
 };
 
 }  // namespace

@@ -19,5 +19,7 @@ void MinMC(FormulaEngine& e);
 
 // optimisation_functions_fits.cpp
 void PolyReg(FormulaEngine& e);
+void PolyPoints(FormulaEngine& e);
+void TimeSeries(FormulaEngine& e);
 
 }  // namespace kelpdex::fn

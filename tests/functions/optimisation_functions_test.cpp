@@ -146,5 +146,59 @@ TEST_F(Optimisation, PolynomialRegression) {
   EXPECT_EQ(ErrorOf("polyReg({1; 1; 1}, {1; 2; 3}, {1; 1; 1}, 2, 1)"), ferr::kNum);
 }
 
+TEST_F(Optimisation, FittedValuesAndTheirLimits) {
+  const std::string line = "{1; 2; 3; 4; 5}, {1.1; 1.2; 1.3; 1.4; 1.5}, {0.2; 0.2; 0.2; 0.2; 0.23}";
+  const std::string fit =
+      "polyReg(" + line + ", 4, 1), polyReg(" + line + ", 4, 2), polyReg(" + line + ", 4, 3), 5, ";
+  // A straight line through the points: extrapolated exactly, with no scatter to widen it.
+  ExpectNear(Eval("polyPoints(" + fit + "2, {0; 6}, 0.95)"), {1.0, 0, 1.6, 0}, 1e-12);
+  // As many terms as points leave no degree of freedom for the scatter.
+  std::string full = fit;
+  for (size_t at = full.find(", 4, "); at != std::string::npos; at = full.find(", 4, ", at))
+    full.replace(at, 5, ", 5, ");
+  EXPECT_EQ(ErrorOf("polyPoints(" + full + "5, {0}, 0.95)"), ferr::kDivZero);
+  EXPECT_EQ(ErrorOf("polyPoints(" + fit + "6, {0}, 0.95)"), ferr::kNum);
+  EXPECT_EQ(ErrorOf("polyPoints(" + fit + "2, {0}, 1)"), ferr::kNum);
+  EXPECT_EQ(ErrorOf("polyPoints({1}, {1}, {0}, 5, 2, {0}, 0.5)"), ferr::kValue);
+
+  // Scattered points with equal weights: the textbook band of a straight line,
+  // t * s * sqrt(1/N + (t0 - mean)^2 / Sxx), with t of 3 degrees of freedom at 95%.
+  const std::string data = "{0; 1; 2; 3; 4}, {1; 3; 2; 5; 4}, {1; 1; 1; 1; 1}";
+  const std::string scattered = "polyReg(" + data + ", 2, 1), polyReg(" + data +
+                                ", 2, 2), polyReg(" + data + ", 2, 3), 5, 2, {7}, 0.95)";
+  std::vector<double> band = Eval("polyPoints(" + scattered);
+  ASSERT_EQ(band.size(), 2u);
+  const double slope = 0.8, intercept = 1.4;  // least squares of the five points
+  double ssr = 0;
+  const double ys[] = {1, 3, 2, 5, 4};
+  for (int i = 0; i < 5; ++i) ssr += std::pow(ys[i] - intercept - slope * i, 2);
+  const double t975 = 3.182446305284263;
+  EXPECT_NEAR(band[0], intercept + 7 * slope, 1e-12);
+  EXPECT_NEAR(band[1], t975 * std::sqrt(ssr / 3) * std::sqrt(1.0 / 5 + 25.0 / 10), 1e-9);
+
+  // Points on a line come back unchanged, and the k rows beyond each end continue the line.
+  std::vector<double> series = Eval("timeSeries({2; 5; 8; 11; 14; 17}, 1, 2, 0.9)");
+  ASSERT_EQ(series.size(), 20u);
+  for (int row = 0; row < 10; ++row) {
+    EXPECT_NEAR(series[2 * row], 2 + 3 * (row - 2), 1e-12) << "row " << row;
+    EXPECT_NEAR(series[2 * row + 1], 0, 1e-12) << "row " << row;
+  }
+  // A straight line through 2k + 1 points of a parabola is, at its centre, their mean; the
+  // limit there is t * s / sqrt(2k + 1) with 2k - 1 degrees of freedom.
+  std::vector<double> smooth = Eval("timeSeries({1; 4; 9; 16; 25; 36; 49}, 1, 1, 0.95)");
+  ASSERT_EQ(smooth.size(), 18u);
+  const double t975of1 = 12.706204736174698;
+  for (int c = 2; c <= 6; ++c) {
+    double mean = ((c - 1) * (c - 1) + c * c + (c + 1) * (c + 1)) / 3.0;
+    // The residuals of a line through three consecutive squares are 1/3, -2/3 and 1/3.
+    double s = std::sqrt(2.0 / 3);
+    EXPECT_NEAR(smooth[2 * c], mean, 1e-12) << "centre " << c;
+    EXPECT_NEAR(smooth[2 * c + 1], t975of1 * s / std::sqrt(3.0), 1e-8) << "centre " << c;
+  }
+  EXPECT_EQ(ErrorOf("timeSeries({1; 2; 3; 4; 5}, 2, 1, 0.9)"), ferr::kNum);
+  EXPECT_EQ(ErrorOf("timeSeries({1; 2; 3; 4}, 1, 2, 0.9)"), ferr::kNum);
+  EXPECT_EQ(ErrorOf("timeSeries({1; 2; 3; 4}, 1, 1, 0)"), ferr::kNum);
+}
+
 }  // namespace
 }  // namespace kelpdex
