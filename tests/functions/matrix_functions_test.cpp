@@ -126,6 +126,12 @@ TEST_F(MatrixFunctions, SvdAndLeastSquares) {
   ExpectNear(
       Eval("mtxMlt(mtxSVD(" + a + ",,,5), mtxSVD(" + a + ",,,6), mtxT(mtxSVD(" + a + ",,,7)))"),
       {{1, 2, 3}, {2, 4, 6}, {1, 0, 1}, {0, 1, 1}});
+  // A wide matrix leaves columns of pure rounding in the rotations; they must not stall them.
+  const std::string wide = "{1, 2, 3, 4; 2, 1, 0, 5}";
+  ExpectNear(Eval("mtxMlt(mtxSVD(" + wide + ",,,5), mtxSVD(" + wide + ",,,6), mtxT(mtxSVD(" + wide +
+                  ",,,7)))"),
+             {{1, 2, 3, 4}, {2, 1, 0, 5}});
+  ExpectNear(Eval("mtxMlt(" + wide + ", mtxSVD(" + wide + ",,,4))"), {{1, 0}, {0, 1}});
   ExpectNear(Eval("mtxSVD({1, 2; 2, 4},,,2)"), {{1}});
   ExpectNear(Eval("mtxSVD({1, 2; 2, 4},, 0.9, 2)"), {{1}});
   // The pseudo-inverse of a full-rank square matrix is its inverse.
@@ -135,6 +141,10 @@ TEST_F(MatrixFunctions, SvdAndLeastSquares) {
   ASSERT_EQ(x.size(), 2u);
   EXPECT_NEAR(x[0][0] + x[1][0], 1, 1e-14);
   ExpectNear(x, {{0}, {1}});
+  // One constraint over three unknowns, its null space taken from a wide SVD. With x1 = x2 = a
+  // the normal equations are 6a + 2c = 11 and 2a + 2c = 7.
+  ExpectNear(Eval("mtxLSC({1, 0, 0; 0, 1, 0; 0, 0, 1; 1, 1, 1}, {1; 2; 3; 4}, {1, -1, 0}, {0},,1)"),
+             {{1}, {1}, {2.5}});
   EXPECT_EQ(ErrorOf("mtxLSC({1, 0; 0, 1}, {1; 2}, {1, 1; 1, 0; 0, 1}, {1; 1; 1},,1)"),
             ferr::kValue);
 }

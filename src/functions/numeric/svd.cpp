@@ -32,6 +32,12 @@ bool SvdDecompose(const Matrix& a, Svd& out, bool& notConvergent) {
       return false;
     }
   }
+  // Columns worn down to rounding noise (a wide or rank-deficient A) stay noise however they are
+  // rotated, and would keep the sweeps going: below this square norm a column counts as zero.
+  // It lies far below the smallest singular value that minMaxRatio can keep.
+  double total = 0;
+  for (double x : std::span<const double>(a.data(), size_t(m) * n)) total += x * x;
+  const double negligible = 1e-36 * total;
   bool rotated = true;
   for (int sweep = 0; rotated; ++sweep) {
     if (sweep == kMaxSweeps) {
@@ -48,6 +54,7 @@ bool SvdDecompose(const Matrix& a, Svd& out, bool& notConvergent) {
           gamma += w(i, p) * w(i, q);
         }
         if (gamma == 0 || std::fabs(gamma) <= 1e-15 * std::sqrt(alpha * beta)) continue;
+        if (alpha <= negligible || beta <= negligible) continue;
         rotated = true;
         double zeta = (beta - alpha) / (2 * gamma);
         double t = (zeta >= 0 ? 1.0 : -1.0) / (std::fabs(zeta) + std::hypot(1.0, zeta));
