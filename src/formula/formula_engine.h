@@ -105,6 +105,9 @@ class FormulaEngine {
   // lists, which were resolved against the fields before.
   void SetFields(FormulaField* fields, uint16_t count);
   void SetSheet(Worksheet* sheet) { sheet_ = sheet; }
+  // The fields set by SetFields, for a second engine that evaluates over the same table.
+  FormulaField* fields() const { return fields_; }
+  uint16_t fieldCount() const { return fieldCount_; }
   // With token lists off, a pass reads every field's formula from its text, as ad-hoc formulas are
   // read. On by default; the tests compare the two ways.
   void SetTokenLists(bool on);

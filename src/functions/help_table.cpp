@@ -25,7 +25,8 @@ constexpr std::string_view kCategoryTexts[help::kCategoryCount] = {
 // One line per family that is built; a family that lands adds its own.
 std::span<const HelpEntry> (*const kFamilies[])() = {
     MathHelp,        LogicalHelp,   InformationalHelp, TextHelp,   DateHelp,
-    StatisticalHelp, FinancialHelp, EngineeringHelp,   LookupHelp,
+    StatisticalHelp, FinancialHelp, EngineeringHelp,   LookupHelp, MatrixHelp,
+    OptimisationHelp,
 };
 
 }  // namespace

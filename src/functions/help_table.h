@@ -78,5 +78,7 @@ std::span<const HelpEntry> StatisticalHelp();
 std::span<const HelpEntry> FinancialHelp();
 std::span<const HelpEntry> EngineeringHelp();
 std::span<const HelpEntry> LookupHelp();
+std::span<const HelpEntry> MatrixHelp();
+std::span<const HelpEntry> OptimisationHelp();
 
 }  // namespace kelpdex

@@ -46,6 +46,10 @@ const std::set<std::string_view> kDeclaredOnly = {"sort", "unique"};
 // Examples whose result is no value: formulas have no cell addresses, so "A1:D4" is two unknown
 // names and "B2" no result a formula can give.
 const std::set<std::string_view> kNoValue = {"=index(A1:D4, 2, 2) returns B2"};
+// Functions that re-evaluate the formula of a cell: their examples name a formula cell F and a
+// variable cell X (F holding =X*X-2 for root, =(X-3)^2+3 for the minimisers), which the walk's
+// empty table does not have. The optimisation tests evaluate them over such cells.
+const std::set<std::string_view> kNeedCells = {"root", "minSimplex", "minMC"};
 // Functions of the clock: their examples show the moment the help was written, so a result only
 // has to be of the same kind (a date, a time).
 const std::set<std::string_view> kClock = {"now", "today"};
@@ -100,6 +104,14 @@ const std::set<std::string_view> kWrongExamples = {
     "=tTest({3, 4, 5, 8, 9, 1, 2, 4, 5}, {6, 19, 3, 2, 14, 4, 5, 17, 1}, 2) returns "
     "0.1919958849411",
     "=zTest({3, 6, 7, 8, 6, 5, 4, 2, 1, 9}, 4,) returns 0.09057420261958",
+    // The documented generator, seeded with 10000 and 25000, gives 0.71261246808435 first as
+    // shown, but 0.29355147106195, 0.68573750894875 and 0.58573251347396 after it.
+    "=mtxRand(4, 10000, 25000) returns {0.71261246808435; 0.28457538373252; 0.42105025462307; "
+    "0.93072516522912}",
+    // Only four digits were written; with the weights 1/sy^2 the first coefficient is
+    // 14.063763386303 (sum(g y) / sqrt(sum(g))), the second agrees to its four digits.
+    "=polyReg({1; 2; 3; 4; 5}, {1.1; 1.2; 1.3; 1.4; 1.5}, {0.2; 0.2; 0.2; 0.2; 0.23}, 4, 1) "
+    "returns {14.0688; 1.4979; 0; 0}",
 };
 
 // The lines of a help text; false unless every line, the last included, ends with CR LF.
@@ -341,7 +353,8 @@ TEST(HelpTable, EveryExampleGivesItsResult) {
       if (kDeclaredOnly.contains(entry->name)) {
         EXPECT_EQ(sheet.Eval(std::string(line.substr(0, line.find(" returns ")))), "#IMPL!")
             << line;
-      } else if (!kWrongExamples.contains(line) && !kNoValue.contains(line)) {
+      } else if (!kWrongExamples.contains(line) && !kNoValue.contains(line) &&
+                 !kNeedCells.contains(entry->name)) {
         CheckExample(sheet, *entry, line);
       }
     }
