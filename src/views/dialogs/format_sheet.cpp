@@ -202,7 +202,9 @@ QWidget* FormatSheet::MakeStylePage() {
 
   LoadStyleControls(ReadNumberStyle(edited_.style));
   auto changed = [this] {
-    if (!loading_) UpdateSample();
+    if (loading_) return;
+    styleTouched_ = true;
+    UpdateSample();
   };
   connect(kinds_, &QListWidget::currentRowChanged, this, [this, changed] {
     ShowKindRows();
@@ -398,7 +400,9 @@ void FormatSheet::accept() {
     }
     UserNumberFormats().Add(numberStyle.userFormat);
   }
-  WriteNumberStyle(numberStyle, edited_.style);
+  // The controls fill parameters the field's kind does not use; an untouched page must not
+  // count as a change of format for the other selected fields.
+  if (styleTouched_) WriteNumberStyle(numberStyle, edited_.style);
 
   uint8_t* f = edited_.font.bytes;
   if (fontChosen_) {

@@ -69,6 +69,7 @@ class FormatSheet : public QDialog {
   FieldFormat edited_;
   const CellRecord* current_;
   bool loading_ = false;
+  bool styleTouched_ = false;
   QTabWidget* pages_ = nullptr;
   // Font
   QFontComboBox* font_ = nullptr;
