@@ -73,6 +73,10 @@ DropDownEditor::DropDownEditor(const DropDownLists& lists, QWidget* parent)
     }
     ShowSlot();
   });
+  // The list shows the name as it is typed, so the entry and the box never disagree.
+  connect(name_, &QLineEdit::textEdited, this, [this](const QString& text) {
+    if (QListWidgetItem* item = names_->currentItem()) item->setText(text);
+  });
   connect(new_, &QPushButton::clicked, this, [this] {
     if (!KeepShown()) return;
     uint32_t slot = 0;

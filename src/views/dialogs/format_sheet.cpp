@@ -138,8 +138,9 @@ QWidget* FormatSheet::MakeStylePage() {
   row->addLayout(left);
 
   auto* right = new QVBoxLayout;
+  // The tabs own Alt+F, S, A and D; the rows of one kind share no letter with them or each other.
   kindRows_ = new QFormLayout;
-  fixed_ = new QCheckBox("&Fixed decimal places:", page);
+  fixed_ = new QCheckBox("Fi&xed decimal places:", page);
   decimals_ = new QSpinBox(page);
   decimals_->setRange(0, 14);
   kindRows_->addRow(fixed_, decimals_);
@@ -165,13 +166,13 @@ QWidget* FormatSheet::MakeStylePage() {
   timeTypes_ = new QComboBox(page);
   for (uint8_t i = 0; i < kTimeIndexes; ++i) timeTypes_->addItem(PatternOf(format_kind::kTime, i));
   kindRows_->addRow("T&ime:", timeTypes_);
-  dateAfter_ = new QCheckBox("Date &after time", page);
+  dateAfter_ = new QCheckBox("Dat&e after time", page);
   kindRows_->addRow(dateAfter_);
-  systemOrder_ = new QCheckBox("&System date order", page);
+  systemOrder_ = new QCheckBox("Use s&ystem date order", page);
   kindRows_->addRow(systemOrder_);
   denominatorDigits_ = new QSpinBox(page);
   denominatorDigits_->setRange(1, 9);
-  kindRows_->addRow("Denominator &digits:", denominatorDigits_);
+  kindRows_->addRow("Denominator di&gits:", denominatorDigits_);
   denominator_ = new QSpinBox(page);
   denominator_->setRange(0, 1000000);
   denominator_->setSpecialValueText("None");
