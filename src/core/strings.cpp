@@ -36,6 +36,9 @@ constexpr StringEntry kStringTable[] = {
     {158, "A field with that name already exists. Please enter a unique field name."},
     {159, "A key with that name already exists. Please enter a unique key name."},
     {165, "A form with that name already exists. Please enter a unique form name."},
+    {170,
+     "The selected drop-down list will be permanently deleted. (This action can't be undone.)\n"
+     "Continue?"},
     {173,
      "Sorry, this type of conversion is not available.\n'Memo/Long Text' and 'Images/Files' "
      "fields can't be changed.\n"},

@@ -298,27 +298,30 @@ uint32_t Workbook::TableCount() const {
   return count;
 }
 
-bool Workbook::AddDropDownList(uint32_t& slot) {
+bool AddDropDownList(DropDownLists& lists, uint32_t& slot) {
   uint32_t freeSlot = kDropDownListSlots;
   for (uint32_t i = 0; i < kDropDownListSlots && freeSlot == kDropDownListSlots; ++i) {
-    if (!dropDownLists[i].used) freeSlot = i;
+    if (!lists[i].used) freeSlot = i;
   }
-  if (freeSlot == kDropDownListSlots) {
-    errorCode = err::kTooManyDropDownLists;
-    return false;
-  }
+  if (freeSlot == kDropDownListSlots) return false;
   char name[32];
   for (int number = 1;; ++number) {
     std::snprintf(name, sizeof name, "List %d.", number);
     bool taken = false;
-    for (const DropDownList& list : dropDownLists) taken |= list.used && list.name == name;
+    for (const DropDownList& list : lists) taken |= list.used && list.name == name;
     if (!taken) break;
   }
-  dropDownLists[freeSlot].used = true;
-  dropDownLists[freeSlot].name = name;
-  dropDownLists[freeSlot].items.clear();
+  lists[freeSlot].used = true;
+  lists[freeSlot].name = name;
+  lists[freeSlot].items.clear();
   slot = freeSlot;
   return true;
+}
+
+bool Workbook::AddDropDownList(uint32_t& slot) {
+  if (kelpdex::AddDropDownList(dropDownLists, slot)) return true;
+  errorCode = err::kTooManyDropDownLists;
+  return false;
 }
 
 void Workbook::RemoveDropDownList(uint32_t slot) {

@@ -97,6 +97,11 @@ struct DropDownList {
   std::string name;
   std::vector<std::string> items;
 };
+using DropDownLists = std::array<DropDownList, kDropDownListSlots>;
+
+// Takes the first free slot of `lists`, named "List %d." with the first free number. False when
+// every slot is used. The list editor works on a copy with this until its OK.
+bool AddDropDownList(DropDownLists& lists, uint32_t& slot);
 
 class Workbook {
  public:
@@ -155,7 +160,7 @@ class Workbook {
   int32_t undoLevel = kDefaultUndoLevel;
   WorkbookNode* firstNode = nullptr;
   StyleTable styles;
-  std::array<DropDownList, kDropDownListSlots> dropDownLists;
+  DropDownLists dropDownLists;
   // Who saved the document last and when (the generic date text of the file).
   std::string lastSavedBy;
   std::string lastSavedAt;

@@ -62,7 +62,7 @@ TEST_F(FrameCommands, NothingRunsWithoutADocumentAndUnbuiltCommandsStayDisabled)
   MakeTable("T", {testing::Field("A", FieldType::kText)});
   Show();
   frame->UpdateUi();
-  for (uint16_t id : {57607, 32804, 32799, 57696}) {
+  for (uint16_t id : {57607, 32804, 32799, 33125}) {
     EXPECT_FALSE(frame->ActionOf(id)->isEnabled()) << id;
     EXPECT_FALSE(frame->Dispatch(id)) << id;
   }

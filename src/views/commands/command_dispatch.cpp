@@ -80,6 +80,8 @@ bool DispatchCommand(MainFrame& frame, uint16_t id) {
       RunSplitCommand(frame, id);
       break;
     case Family::kFormatSheet:
+      RunFormatCommand(frame, id);
+      break;
     case Family::kNotBuilt:
       return false;
   }

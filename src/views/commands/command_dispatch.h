@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace kelpdex::views {
 
@@ -19,7 +20,10 @@ void RunTableCommand(MainFrame& frame, uint16_t id);   // tables and fields, cha
 void RunRecordCommand(MainFrame& frame, uint16_t id);  // records, stepping, Go To, find and replace
 void RunSearchCommand(MainFrame& frame, uint16_t id);  // filters, keys, sort, set operations
 void RunSettingsCommand(MainFrame& frame,
-                        uint16_t id);                 // file format, locales, profiles, shell, help
-void RunSplitCommand(MainFrame& frame, uint16_t id);  // the table's and the binary pane's splits
+                        uint16_t id);  // file format, locales, profiles, shell, help
+// Load Profile once its file is chosen: false, with the failure shown, when it cannot be read.
+bool LoadProfileIntoFrame(MainFrame& frame, const std::string& path);
+void RunFormatCommand(MainFrame& frame, uint16_t id);  // the Format Field sheet
+void RunSplitCommand(MainFrame& frame, uint16_t id);   // the table's and the binary pane's splits
 
 }  // namespace kelpdex::views

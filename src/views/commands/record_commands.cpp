@@ -12,6 +12,7 @@
 #include "text/utf8.h"
 #include "views/commands/command_dispatch.h"
 #include "views/commands/command_table.h"
+#include "views/dialogs/go_to_dialog.h"
 #include "views/frame/main_frame.h"
 #include "views/frame/status_progress.h"
 #include "views/grid/grid_view.h"
@@ -112,7 +113,17 @@ void RunRecordCommand(MainFrame& frame, uint16_t id) {
       return grid.MoveTo(grid.activeField(), static_cast<int64_t>(grid.activePosition()) - 1);
     case cmd::kStepForward:
       return grid.MoveTo(grid.activeField(), grid.activePosition() + 1);
-    case cmd::kGoTo:
+    case cmd::kGoTo: {
+      // The menu and the toolbar ask in a dialog; Ctrl+G goes to the record box instead.
+      GoToDialog dialog(grid.activePosition() + 1, count, &frame);
+      if (dialog.exec() != QDialog::Accepted) return;
+      GridSelection selection = grid.selection();
+      if (!GoToRecord(book.records, dialog.record(), selection)) return QApplication::beep();
+      selection.firstField = selection.lastField = grid.activeField();
+      grid.SetSelection(selection);
+      grid.setFocus();
+      return;
+    }
     case cmd::kGoToBox:
       return frame.FocusRecordBox();
     case cmd::kInsertRecords:

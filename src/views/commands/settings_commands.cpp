@@ -30,7 +30,42 @@ void OpenHelpTopic(const char* topic) {
   QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
+void ApplyLocale(MainFrame& frame, int choice) {
+  static QtLocaleProvider provider;
+  ApplyLocaleChoice(choice, provider);
+  frame.grid().InvalidateLooks();
+  if (frame.HasDocument()) frame.session().UpdateDocumentStatus();
+}
+
+// A loaded profile takes effect at once: the undo depth, the regional settings, the grid font
+// (with the number formats drawn again), the window's place and opacity, and the recent files.
+void ApplyLoadedProfile(MainFrame& frame) {
+  SessionSettings& settings = frame.settings();
+  frame.book().undoLevel = settings.undoLevel;
+  if (settings.localeChoice != currentLocale.localeIndex) {
+    ApplyLocale(frame, settings.localeChoice);
+  }
+  frame.ApplyGridFont();
+  frame.setWindowOpacity(settings.opacity / 100.0);
+  if (settings.windowShow == show::kMaximized) {
+    frame.showMaximized();
+  } else {
+    // A minimised window is not what a user who just chose a file expects: it comes back normal.
+    frame.showNormal();
+    frame.RestoreWindowState();
+  }
+  frame.RecentFilesChanged();
+  if (frame.HasDocument()) frame.grid().Refresh();
+}
+
 }  // namespace
+
+bool LoadProfileIntoFrame(MainFrame& frame, const std::string& path) {
+  // A failure is shown by the load and leaves every setting as it was.
+  if (!LoadProfileFile(path, frame.settings(), UserNumberFormats(), false)) return false;
+  ApplyLoadedProfile(frame);
+  return true;
+}
 
 void RunSettingsCommand(MainFrame& frame, uint16_t id) {
   SessionSettings& settings = frame.settings();
@@ -48,10 +83,7 @@ void RunSettingsCommand(MainFrame& frame, uint16_t id) {
       int choice = id == cmd::kLocaleGeneric ? 0 : id == cmd::kLocaleSystem ? 1 : 2;
       if (currentLocale.localeIndex == choice) return;
       settings.localeChoice = static_cast<uint8_t>(choice);
-      static QtLocaleProvider provider;
-      ApplyLocaleChoice(choice, provider);
-      frame.grid().InvalidateLooks();
-      if (frame.HasDocument()) frame.session().UpdateDocumentStatus();
+      ApplyLocale(frame, choice);
       return;
     }
     case cmd::kOptions: {
@@ -59,19 +91,20 @@ void RunSettingsCommand(MainFrame& frame, uint16_t id) {
       if (dialog.exec() != QDialog::Accepted) return;
       frame.book().undoLevel = settings.undoLevel;
       frame.setWindowOpacity(settings.opacity / 100.0);
-      frame.grid().InvalidateLooks();
+      frame.ApplyGridFont();
       return;
     }
     case 33000: {
       QString path = QFileDialog::getOpenFileName(&frame, "Load Profile", {}, "Profile (*.xml)");
       if (path.isEmpty()) return;
-      LoadProfileFile(text::Utf8ToCp1252(path.toStdString()), settings, UserNumberFormats(), false);
-      frame.RecentFilesChanged();
+      LoadProfileIntoFrame(frame, text::Utf8ToCp1252(path.toStdString()));
       return;
     }
     case 33001: {
       QString path = QFileDialog::getSaveFileName(&frame, "Save Profile As", {}, "Profile (*.xml)");
       if (path.isEmpty()) return;
+      // The profile carries the window as it stands now, not as it stood at start.
+      frame.StoreWindowState();
       SaveProfileFile(text::Utf8ToCp1252(path.toStdString()), settings, UserNumberFormats(), true);
       return;
     }

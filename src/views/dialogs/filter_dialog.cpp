@@ -7,12 +7,15 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "search/filter_text.h"
 #include "views/dialogs/dialog_text.h"
+#include "views/dialogs/function_picker.h"
 
 namespace kelpdex::views {
 
@@ -55,6 +58,29 @@ FilterDialog::FilterDialog(const std::string& fieldName, FieldType type,
     layout->addLayout(type);
     layout->addWidget(expressionSide_);
     layout->addWidget(expression_);
+    formulas_ = new QPushButton("&Formulas >", this);
+    formulas_->setAutoDefault(false);
+    formulas_->setCheckable(true);
+    picker_ = new FunctionPicker(this);
+    picker_->hide();
+    layout->addWidget(formulas_, 0, Qt::AlignLeft);
+    layout->addWidget(picker_);
+    connect(formulas_, &QPushButton::toggled, this, [this](bool open) {
+      picker_->setVisible(open);
+      formulas_->setText(open ? "&Formulas <" : "&Formulas >");
+      if (open) picker_->functionList()->setFocus();
+    });
+    connect(picker_, &FunctionPicker::functionChosen, this, [this](const QString& name) {
+      // A function builds an expression: the Expression side goes with it, and "=" starts it.
+      expressionSide_->setChecked(true);
+      if (expression_->text().isEmpty()) expression_->setText("=");
+      expression_->insert(name + "(");
+      model_.SetExpressionText(ToCodePage(expression_->text()));
+      expression_->setFocus();
+      // The Enter that chose the function goes on to the dialog next; it must not apply.
+      picked_ = true;
+      QTimer::singleShot(0, this, [this] { picked_ = false; });
+    });
     model_.OnExpressionPreview(
         [this](const std::string& shown) { expression_->setText(FromCodePage(shown)); });
     connect(text_, &QLineEdit::textEdited, this, [this](const QString& t) {
@@ -90,6 +116,10 @@ void FilterDialog::Apply() {
 
 void FilterDialog::keyPressEvent(QKeyEvent* event) {
   const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (enter && picked_) {
+    picked_ = false;
+    return;
+  }
   if (enter && !(event->modifiers() & Qt::ControlModifier)) {
     Apply();
     return;

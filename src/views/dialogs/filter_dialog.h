@@ -12,9 +12,12 @@
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
+class QPushButton;
 class QRadioButton;
 
 namespace kelpdex::views {
+
+class FunctionPicker;
 
 class FilterDialog : public QDialog {
   Q_OBJECT
@@ -31,6 +34,9 @@ class FilterDialog : public QDialog {
   QLineEdit* searchBox() const { return text_; }
   QRadioButton* expressionRadio() const { return expressionSide_; }
   QLineEdit* expressionBox() const { return expression_; }
+  // "&Formulas >" folds the function picker out below the Expression box, and in again.
+  QPushButton* formulasButton() const { return formulas_; }
+  FunctionPicker* functionPicker() const { return picker_; }
 
   // Closes and applies, as Enter and a press outside do.
   void Apply();
@@ -53,6 +59,9 @@ class FilterDialog : public QDialog {
   QLineEdit* text_ = nullptr;
   QRadioButton* expressionSide_ = nullptr;
   QLineEdit* expression_ = nullptr;
+  QPushButton* formulas_ = nullptr;
+  FunctionPicker* picker_ = nullptr;
+  bool picked_ = false;
 };
 
 }  // namespace kelpdex::views

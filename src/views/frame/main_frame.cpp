@@ -31,6 +31,21 @@
 
 namespace kelpdex::views {
 
+namespace {
+
+// The profile names a family only; size and the rest stay the desktop's. An empty name is the
+// desktop's own font.
+void SetGridFont(GridView& grid, const SessionSettings& settings) {
+  QFont font = QApplication::font(&grid);
+  if (!settings.fontName.empty()) {
+    font.setFamily(QString::fromUtf8(text::Cp1252ToUtf8(settings.fontName)));
+  }
+  grid.setFont(font);
+  grid.InvalidateLooks();
+}
+
+}  // namespace
+
 MainFrame::MainFrame(Workbook& book, SessionSettings& settings, QWidget* parent)
     : QMainWindow(parent), book_(book), settings_(settings) {
   setObjectName("MainFrame");
@@ -106,6 +121,7 @@ GridView& MainFrame::grid() {
 }
 
 void MainFrame::WireGrid(GridView& grid) {
+  SetGridFont(grid, settings_);
   grid.commandHook = [this](int id) { Dispatch(id); };
   connect(&grid, &GridView::documentChanged, this, [this] {
     session_->MarkModified(true);
@@ -117,6 +133,10 @@ void MainFrame::WireGrid(GridView& grid) {
     UpdateUi();
   });
   connect(&grid, &GridView::filterRequested, this, [this](int) { Dispatch(33113); });
+}
+
+void MainFrame::ApplyGridFont() {
+  panes_->ForEach([this](GridView& grid) { SetGridFont(grid, settings_); });
 }
 
 void MainFrame::SplitTable(bool below, bool right) {

@@ -100,6 +100,8 @@ class MainFrame : public QMainWindow, public DocumentView {
 
   // The window's rectangle and show state, and the bars, into the settings (at close).
   void StoreWindowState();
+  // The settings' grid font on every table pane, their looks drawn again.
+  void ApplyGridFont();
   void RestoreWindowState();
 
  protected:
