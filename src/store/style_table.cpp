@@ -152,4 +152,13 @@ bool StyleTable::LoadFonts(const FontRecord* records, uint8_t count) {
   return true;
 }
 
+void StyleTable::ForgetDropDownList(uint16_t number) {
+  for (uint16_t id = 0; id < styleCount_; ++id) {
+    uint8_t* b = styles_[id].bytes;
+    if (number != 0 && LoadU16(b + style::kDropDownAt) == number) {
+      StoreU16(b + style::kDropDownAt, 0);
+    }
+  }
+}
+
 }  // namespace kelpdex

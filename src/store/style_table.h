@@ -114,6 +114,10 @@ class StyleTable {
   bool DeriveStyle(uint16_t baseId, int kind, const StyleRecord& values,
                    const FontRecord* fontValues, uint16_t& id, ErrorCode& error);
 
+  // Every style that offers the drop-down list `number` (1 to 100) offers none any more: the list
+  // was deleted, and a new one in its slot is no list those fields were given.
+  void ForgetDropDownList(uint16_t number);
+
   // True for the solid green fill that marks the chosen key or form column.
   bool IsSelectionStyle(uint16_t id) const;
 

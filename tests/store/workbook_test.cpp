@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "store/bytes.h"
 #include "store/catalogue.h"
 #include "store/column_style.h"
+#include "store/style_table.h"
 #include "store/workbook.h"
 
 namespace kelpdex {
@@ -264,6 +266,31 @@ TEST(ColumnStyle, RunsCrossingTheColumnKeepTheirOtherAttributes) {
   const StyleRecord& plain = book.styles.Style(sheet.formats.StyleAt(9, 4));
   EXPECT_EQ(plain.bytes[style::kFillAt], style::kSolidFill);
   EXPECT_EQ(plain.bytes[style::kFontIndexAt], 0);
+}
+
+}  // namespace
+}  // namespace kelpdex
+
+namespace kelpdex {
+namespace {
+
+// A deleted list leaves the styles that offered it; a new list in its slot must not reach them.
+TEST(StyleTableLists, ForgettingAListClearsOnlyTheStylesThatOfferedIt) {
+  StyleTable styles;
+  uint16_t ids[3] = {};
+  ErrorCode error = err::kNone;
+  for (uint16_t number = 1; number <= 3; ++number) {
+    StyleRecord record = styles.Style(0);
+    StoreU16(record.bytes + style::kDropDownAt, number);
+    record.bytes[style::kDropDownSortAt] = 1;
+    ASSERT_TRUE(styles.FindOrAddStyle(record, ids[number - 1], error));
+  }
+  styles.ForgetDropDownList(2);
+  styles.ForgetDropDownList(0);
+  EXPECT_EQ(LoadU16(styles.Style(ids[0]).bytes + style::kDropDownAt), 1);
+  EXPECT_EQ(LoadU16(styles.Style(ids[1]).bytes + style::kDropDownAt), 0);
+  EXPECT_EQ(LoadU16(styles.Style(ids[2]).bytes + style::kDropDownAt), 3);
+  EXPECT_EQ(styles.Style(ids[1]).bytes[style::kDropDownSortAt], 1);
 }
 
 }  // namespace

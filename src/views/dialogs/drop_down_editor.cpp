@@ -93,6 +93,7 @@ DropDownEditor::DropDownEditor(const DropDownLists& lists, QWidget* parent)
     if (slot == kDropDownListSlots) return;
     if (Ask(170, mb::kYesNo | mb::kIconQuestion) != answer::kYes) return;
     lists_[slot] = DropDownList();
+    deleted_.push_back(slot);
     shown_ = kDropDownListSlots;
     FillNames(kDropDownListSlots);
     names_->setFocus();

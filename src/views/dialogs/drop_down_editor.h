@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QDialog>
+#include <vector>
 
 #include "store/workbook.h"
 
@@ -20,6 +21,8 @@ class DropDownEditor : public QDialog {
   DropDownEditor(const DropDownLists& lists, QWidget* parent = nullptr);
 
   const DropDownLists& lists() const { return lists_; }
+  // The slots whose list was deleted, even if a new list took the slot afterwards.
+  const std::vector<uint32_t>& deletedSlots() const { return deleted_; }
 
   QListWidget* listNames() const { return names_; }
   QLineEdit* nameBox() const { return name_; }
@@ -39,6 +42,7 @@ class DropDownEditor : public QDialog {
   void FillNames(uint32_t selectSlot);
 
   DropDownLists lists_;
+  std::vector<uint32_t> deleted_;
   QListWidget* names_ = nullptr;
   QLineEdit* name_ = nullptr;
   QPlainTextEdit* items_ = nullptr;

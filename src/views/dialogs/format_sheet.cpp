@@ -367,6 +367,11 @@ QWidget* FormatSheet::MakeDropDownPage() {
     if (editor.exec() != QDialog::Accepted) return;
     uint16_t chosen = static_cast<uint16_t>(list_->currentData().toInt());
     book_.dropDownLists = editor.lists();
+    for (uint32_t slot : editor.deletedSlots()) {
+      uint16_t number = static_cast<uint16_t>(slot + 1);
+      book_.styles.ForgetDropDownList(number);
+      if (chosen == number) chosen = 0;
+    }
     book_.modified = true;
     FillListChoices(chosen);
   });
