@@ -85,6 +85,15 @@ struct FormulaValue {
     v.errorCode = error;
     return v;
   }
+  // An array of `rows` by `columns` cells on the engine's array list, corners from (0, 0).
+  static FormulaValue Array(uint32_t rows, uint16_t columns) {
+    FormulaValue v;
+    v.kind = kind::kArray;
+    v.row2 = rows - 1;
+    v.column2 = static_cast<uint16_t>(columns - 1);
+    v.flags1 = v.flags2 = rflag::kAbsolute;
+    return v;
+  }
   static FormulaValue Empty(uint8_t error = 0) {
     FormulaValue v;
     v.kind = kind::kEmpty;

@@ -600,11 +600,7 @@ void FormulaEngine::ApplyOverArray(const bool* isArray, int base) {
     if (slot != nullptr) slot->AdoptChain(chain);
   }
   depth_ = base;
-  FormulaValue result;
-  result.kind = kind::kArray;
-  result.column2 = static_cast<uint16_t>(columns - 1);
-  result.row2 = rows - 1;
-  result.flags1 = result.flags2 = rflag::kAbsolute;
+  FormulaValue result = FormulaValue::Array(rows, static_cast<uint16_t>(columns));
   result.errorCode = resultError;
   if (out == nullptr) result = FormulaValue::Empty(ferr::kMemory);
   operands_[base] = result;

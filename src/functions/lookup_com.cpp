@@ -226,11 +226,7 @@ void SetVariantResult(FormulaEngine& e, int slot, const VARIANT& v) {
       VariantClear(&element);
     }
   }
-  FormulaValue result;
-  result.kind = kind::kArray;
-  result.row2 = rows - 1;
-  result.column2 = uint16_t(columns - 1);
-  result.flags1 = result.flags2 = rflag::kAbsolute;
+  FormulaValue result = FormulaValue::Array(rows, uint16_t(columns));
   if (!ok) {
     e.PopArray();
     result = FormulaValue::Empty(ferr::kMemory);
@@ -294,10 +290,7 @@ void Rtd(FormulaEngine& e) {
       if (size > 0) stored &= out->PutCell(record, &write);
     }
     e.SetDepth(base);
-    FormulaValue result;
-    result.kind = kind::kArray;
-    result.row2 = uint32_t(values.size() - 1);
-    result.flags1 = result.flags2 = rflag::kAbsolute;
+    FormulaValue result = FormulaValue::Array(uint32_t(values.size()), 1);
     if (!stored) {
       if (out != nullptr) e.PopArray();
       result = FormulaValue::Empty(ferr::kMemory);

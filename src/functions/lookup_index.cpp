@@ -59,11 +59,7 @@ bool CopyCell(CellStore& from, uint32_t row, uint16_t column, CellStore& to, uin
 }
 
 void SetArrayResult(FormulaEngine& e, int slot, uint32_t rows, uint32_t columns, bool ok) {
-  FormulaValue result;
-  result.kind = kind::kArray;
-  result.row2 = rows - 1;
-  result.column2 = static_cast<uint16_t>(columns - 1);
-  result.flags1 = result.flags2 = rflag::kAbsolute;
+  FormulaValue result = FormulaValue::Array(rows, static_cast<uint16_t>(columns));
   if (!ok) {
     e.PopArray();
     result = FormulaValue::Empty(ferr::kMemory);

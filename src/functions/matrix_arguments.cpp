@@ -150,12 +150,7 @@ void SetMatrixResult(FormulaEngine& e, int slot, const numeric::Matrix& m, uint8
       }
     }
   }
-  FormulaValue result;
-  result.kind = kind::kArray;
-  result.flags1 = result.flags2 = rflag::kAbsolute;
-  result.row2 = m.rows() - 1;
-  result.column2 = static_cast<uint16_t>(m.columns() - 1);
-  e.Operand(slot) = result;
+  e.Operand(slot) = FormulaValue::Array(m.rows(), static_cast<uint16_t>(m.columns()));
 }
 
 void SetColumnTexts(FormulaEngine& e, int slot, const char* const* texts, size_t count) {
@@ -177,11 +172,7 @@ void SetColumnTexts(FormulaEngine& e, int slot, const char* const* texts, size_t
       return;
     }
   }
-  FormulaValue result;
-  result.kind = kind::kArray;
-  result.flags1 = result.flags2 = rflag::kAbsolute;
-  result.row2 = static_cast<uint32_t>(count - 1);
-  e.Operand(slot) = result;
+  e.Operand(slot) = FormulaValue::Array(static_cast<uint32_t>(count), 1);
 }
 
 }  // namespace kelpdex::mtx

@@ -156,11 +156,7 @@ void SetColumnResult(FormulaEngine& e, int slot, const double* values, size_t co
       return;
     }
   }
-  FormulaValue result;
-  result.kind = kind::kArray;
-  result.flags1 = result.flags2 = rflag::kAbsolute;
-  result.row2 = static_cast<uint32_t>(count - 1);
-  e.Operand(slot) = result;
+  e.Operand(slot) = FormulaValue::Array(static_cast<uint32_t>(count), 1);
 }
 
 double Mean(const std::vector<double>& x) {

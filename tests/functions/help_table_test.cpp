@@ -66,8 +66,8 @@ const std::set<std::string_view> kClock = {"now", "today"};
 // examples hold only with the two degrees of freedom exchanged, against their own description
 // (the first is the numerator's): P(F < 15.20675) is 0.9973 for F(4, 6), not for F(6, 4).
 //
-// Of the engineering entries, imArgument's angle reads 0.92727... for 0.92729..., imExp's real
-// part 1.438... for e cos 1 = 1.468..., imLog2's real part 2.2319... for log2 5 = 2.3219...,
+// Of the engineering entries, imArgument's angle reads 0.92727... for 0.92729..., imExp's
+// real value 1.438... for e cos 1 = 1.468..., imLog2's real value 2.2319... for log2 5 = 2.3219...,
 // imCos's imaginary part has the wrong sign (cos(1 + i) = cos 1 cosh 1 - i sin 1 sinh 1),
 // dec2oct's result is 9 in binary (58 is "72"), dec2hex's has three digits for a width of 4, and
 // imSqrt's result lacks its opening quote. The erf and erfc examples come from an approximation
