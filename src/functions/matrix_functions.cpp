@@ -92,18 +92,30 @@ void MtxDiag(FormulaEngine& e) {
   mtx::SetMatrixResult(e, a.base, d, error);
 }
 
-void MtxGauss(FormulaEngine& e) {
-  mtx::Arguments a;
-  if (!mtx::ReadArgumentsResultLast(e, "mmnnn", 3, a)) return;
-  int result = Selector(a, 4, 6);
-  uint8_t error = a.ErrorOf(result == 1 ? 0x1F : 0x1D);
-  int iterations = Iterations(a, 2, error);
+// What mtxGauss and mtxChl check first: the result chosen by the argument at `selectorAt`
+// (1 to `results`), the errors of the arguments `solveMask` (a solution reads the right side too)
+// or `otherMask` name, the improving iterations, and a square matrix with, for a solution, a
+// right side of as many rows.
+uint8_t StartSquareSystem(const mtx::Arguments& a, int selectorAt, int results, uint32_t solveMask,
+                          uint32_t otherMask, int& result, int& iterations) {
+  result = Selector(a, selectorAt, results);
+  uint8_t error = a.ErrorOf(result == 1 ? solveMask : otherMask);
+  iterations = Iterations(a, 2, error);
   if (error == 0 && result == 0) error = ferr::kNum;
   const Matrix& m = a.matrix[0];
   if (error == 0 &&
       (!a.given[0] || m.rows() != m.columns() || (result == 1 && a.matrix[1].rows() != m.rows()))) {
     error = ferr::kValue;
   }
+  return error;
+}
+
+void MtxGauss(FormulaEngine& e) {
+  mtx::Arguments a;
+  if (!mtx::ReadArgumentsResultLast(e, "mmnnn", 3, a)) return;
+  int result = 0, iterations = 0;
+  uint8_t error = StartSquareSystem(a, 4, 6, 0x1F, 0x1D, result, iterations);
+  const Matrix& m = a.matrix[0];
   Matrix out, l, u, p;
   numeric::LuFactors f;
   bool singular = false;
@@ -143,15 +155,9 @@ void MtxGauss(FormulaEngine& e) {
 void MtxChl(FormulaEngine& e) {
   mtx::Arguments a;
   if (!mtx::ReadArgumentsResultLast(e, "mmnn", 3, a)) return;
-  int result = Selector(a, 3, 5);
-  uint8_t error = a.ErrorOf(result == 1 ? 0xF : 0xD);
-  int iterations = Iterations(a, 2, error);
-  if (error == 0 && result == 0) error = ferr::kNum;
+  int result = 0, iterations = 0;
+  uint8_t error = StartSquareSystem(a, 3, 5, 0xF, 0xD, result, iterations);
   const Matrix& m = a.matrix[0];
-  if (error == 0 &&
-      (!a.given[0] || m.rows() != m.columns() || (result == 1 && a.matrix[1].rows() != m.rows()))) {
-    error = ferr::kValue;
-  }
   Matrix u, out;
   bool notDefinite = false;
   if (error == 0 && !numeric::CholeskyFactor(m, u, notDefinite)) {
