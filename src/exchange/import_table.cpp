@@ -71,6 +71,23 @@ bool ImportedTable::AppendNumber(uint32_t row, uint16_t column, double value, ui
   return Append(cell::EncodeNumber(record_, row, column, value, extraTag));
 }
 
+bool ChainSink::AppendText(uint32_t row, uint16_t column, std::string_view text, uint8_t extraTag) {
+  if (text.size() > kBlockPayload - cell::kTextHeader) {
+    text = text.substr(0, kBlockPayload - cell::kTextHeader);
+  }
+  return Append(cell::EncodeText(record_, row, column, text, extraTag));
+}
+
+bool ChainSink::AppendNumber(uint32_t row, uint16_t column, double value, uint8_t extraTag) {
+  return Append(cell::EncodeNumber(record_, row, column, value, extraTag));
+}
+
+bool ChainSink::Append(uint32_t size) {
+  if (chain_.AppendRecord(record_, size, [this] { return pool_.Take(); })) return true;
+  error_ = err::kOutOfMemory;
+  return false;
+}
+
 void ImportedTable::AppendChain(BlockChain& other, uint32_t rowOffset) {
   RowBlock* block = other.head();
   other.Release();

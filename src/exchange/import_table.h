@@ -60,4 +60,36 @@ class ImportedTable {
   uint8_t record_[kBlockPayload];
 };
 
+// The cells of the second half of a file read on a worker thread: a chain of its own, with its
+// own spare blocks, handed to the table with AppendChain once both halves are read.
+class ChainSink {
+ public:
+  ChainSink() = default;
+  ~ChainSink() { pool_.GiveChain(chain_.Release(), true); }
+  ChainSink(const ChainSink&) = delete;
+  ChainSink& operator=(const ChainSink&) = delete;
+
+  bool AppendText(uint32_t row, uint16_t column, std::string_view text, uint8_t extraTag = 0);
+  bool AppendNumber(uint32_t row, uint16_t column, double value, uint8_t extraTag = 0);
+  void Fail(ErrorCode code) { error_ = code; }
+  ErrorCode error() const { return error_; }
+  BlockChain& chain() { return chain_; }
+
+ private:
+  bool Append(uint32_t size);
+
+  BlockChain chain_;
+  BlockPool pool_;
+  ErrorCode error_ = err::kNone;
+  uint8_t record_[kBlockPayload];
+};
+
+// How a reader written for either target leaves its error: in the book, or in the sink.
+inline void FailSink(ImportedTable& table, ErrorCode code) {
+  table.book()->errorCode = code;
+}
+inline void FailSink(ChainSink& sink, ErrorCode code) {
+  sink.Fail(code);
+}
+
 }  // namespace kelpdex

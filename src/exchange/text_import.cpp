@@ -74,41 +74,6 @@ bool ReadsAsNumber(const char* s, size_t n, char decimal, double& value) {
   return ec == std::errc() && end == buffer + b;
 }
 
-// The cells of the second half of a file read on a worker thread: a chain of its own, with its
-// own spare blocks, handed to the table once both halves are read.
-class ChainSink {
- public:
-  ~ChainSink() { pool_.GiveChain(chain_.Release(), true); }
-  bool AppendText(uint32_t row, uint16_t column, std::string_view text) {
-    return Append(cell::EncodeText(record_, row, column, text));
-  }
-  bool AppendNumber(uint32_t row, uint16_t column, double value) {
-    return Append(cell::EncodeNumber(record_, row, column, value));
-  }
-  void Fail(ErrorCode code) { error_ = code; }
-  ErrorCode error() const { return error_; }
-  BlockChain& chain() { return chain_; }
-
- private:
-  bool Append(uint32_t size) {
-    if (chain_.AppendRecord(record_, size, [this] { return pool_.Take(); })) return true;
-    error_ = err::kOutOfMemory;
-    return false;
-  }
-
-  BlockChain chain_;
-  BlockPool pool_;
-  ErrorCode error_ = err::kNone;
-  uint8_t record_[kBlockPayload];
-};
-
-void FailSink(ImportedTable& table, ErrorCode code) {
-  table.book()->errorCode = code;
-}
-void FailSink(ChainSink& sink, ErrorCode code) {
-  sink.Fail(code);
-}
-
 template <typename Sink>
 class TextReader {
  public:

@@ -1,5 +1,7 @@
+#include <atomic>
 #include <charconv>
 #include <cstring>
+#include <thread>
 #include <vector>
 
 #include "core/progress.h"
@@ -40,7 +42,17 @@ FieldType TypeOfLetter(const XbaseField& field, bool& link) {
   }
 }
 
+// The padding of a field, blanks or zeros, eight bytes at a time: most of a wide character
+// field is padding, and this scan was most of an import's time byte by byte.
+constexpr uint64_t kBlanks = 0x2020202020202020ull;
+bool AllPadding(const uint8_t* bytes) {
+  uint64_t word;
+  std::memcpy(&word, bytes, 8);
+  return (word & ~kBlanks) == 0;  // each byte 0x20 or 0
+}
+
 std::string_view RightTrimmed(const uint8_t* bytes, size_t size) {
+  while (size >= 8 && AllPadding(bytes + size - 8)) size -= 8;
   while (size > 0 && (bytes[size - 1] == ' ' || bytes[size - 1] == 0)) --size;
   return std::string_view(reinterpret_cast<const char*>(bytes), size);
 }
@@ -64,114 +76,163 @@ uint32_t Digits(std::string_view s, bool& ok) {
   return value;
 }
 
-class XbaseReader {
+// Long Text values of an import, appended to the document's side file in record order; the
+// file stays as it was unless Commit runs.
+class SideTexts {
  public:
-  XbaseReader(ImportedTable& table, const XbaseHeader& header, const XbaseImportOptions& options,
-              XbaseDialect dialect, const std::string& path)
-      : table_(table),
-        header_(header),
-        options_(options),
-        memos_(XbaseMemoPath(path, dialect), dialect),
-        sidePath_(SideFilePath(path)) {}
-  ~XbaseReader() {
-    if (sideOpen_) Abandon();
+  explicit SideTexts(const std::string& path) : path_(SideFilePath(path)) {}
+  ~SideTexts() {
+    if (!open_) return;
+    side_.Abandon();
+    if (!existed_) platform::DeleteFile(path_);
   }
-
-  bool Read(FileStream& in);
-  // Makes the side file's new records stay.
+  bool Append(std::string_view text, uint32_t& offset, ErrorCode& error) {
+    if (!open_) {
+      existed_ = platform::FileExists(path_);
+      if (!side_.Open(path_, error)) return false;
+      open_ = true;
+    }
+    return side_.AppendLongText(text, offset, error);
+  }
   bool Commit(ErrorCode& error) {
-    if (!sideOpen_) return true;
-    sideOpen_ = false;
+    if (!open_) return true;
+    open_ = false;
     return side_.Close(error);
   }
 
  private:
-  Workbook& book() { return *table_.book(); }
+  std::string path_;
+  SideFileWriter side_;
+  bool open_ = false;
+  bool existed_ = false;
+};
+
+// Reads records into the table, or, for the second half of a file on a worker thread, into a
+// chain of its own with rows counted from 0. Only a first reader meets memos and Long Text, which
+// go to files in record order.
+template <typename Sink>
+class XbaseReader {
+ public:
+  XbaseReader(Sink& sink, const XbaseHeader& header, const XbaseImportOptions& options,
+              XbaseMemoReader* memos, SideTexts* side)
+      : sink_(sink), header_(header), options_(options), memos_(memos), side_(side) {}
+
+  // Up to `limit` records, or to the end mark or the end of the file. A worker's reader gives
+  // up when `stop` is set rather than asking the progress sink.
+  bool Read(FileStream& in, uint64_t limit, const std::atomic<bool>* stop);
+  uint32_t rows() const { return rows_; }
+  // Whether the reader stopped at the end mark or a cut record before its limit.
+  bool endedEarly() const { return endedEarly_; }
+  const std::vector<uint32_t>& deleted() const { return deleted_; }
+
+ private:
   bool Fail(ErrorCode code) {
-    book().errorCode = code;
+    FailSink(sink_, code);
     return false;
   }
   bool Field(uint32_t row, uint16_t column, const XbaseField& field, const uint8_t* bytes);
   bool LongText(uint32_t row, uint16_t column, std::string_view text);
-  bool MarkDeleted(uint32_t row);
-  void Abandon() {
-    side_.Abandon();
-    if (!sideExisted_) platform::DeleteFile(sidePath_);
-  }
 
-  ImportedTable& table_;
+  Sink& sink_;
   const XbaseHeader& header_;
   const XbaseImportOptions& options_;
-  XbaseMemoReader memos_;
-  std::string sidePath_;
-  SideFileWriter side_;
-  bool sideOpen_ = false;
-  bool sideExisted_ = false;
-  int redStyle_ = -1;
+  XbaseMemoReader* memos_;
+  SideTexts* side_;
+  uint32_t rows_ = 0;
+  bool endedEarly_ = false;
+  std::vector<uint32_t> deleted_;
   std::string text_;
 };
 
-bool XbaseReader::Read(FileStream& in) {
+template <typename Sink>
+bool XbaseReader<Sink>::Read(FileStream& in, uint64_t limit, const std::atomic<bool>* stop) {
   std::vector<uint8_t> record(header_.recordSize);
   uint32_t row = 0;
+  endedEarly_ = true;
   for (;;) {
-    size_t n = in.ReadSome(record.data(), record.size());
-    // A record cut by the end of the file is dropped with it; the count in the header is not
-    // trusted, the bytes are.
-    if (n == 0 || record[0] == 0x1A || n < record.size()) break;
-    if (row >= kRowLimit) break;
-    if ((row & 0xFFF) == 0xFFF && ProgressCancelled()) return false;
-    const uint8_t* at = record.data() + 1;
+    if (row >= limit) {
+      endedEarly_ = false;
+      break;
+    }
+    // A record the buffer holds whole is read in place; one across a refill is copied.
+    const uint8_t* bytes = in.Contiguous(record.size());
+    if (bytes != nullptr) {
+      in.Advance(record.size());
+    } else {
+      size_t n = in.ReadSome(record.data(), record.size());
+      // A record cut by the end of the file is dropped with it; the count in the header is not
+      // trusted, the bytes are.
+      if (n < record.size()) break;
+      bytes = record.data();
+    }
+    if (bytes[0] == 0x1A || row >= kRowLimit) break;
+    if ((row & 0xFFF) == 0xFFF) {
+      if (stop != nullptr ? stop->load(std::memory_order_relaxed) : ProgressCancelled()) {
+        return false;
+      }
+    }
+    const uint8_t* at = bytes + 1;
     for (size_t i = 0; i < header_.fields.size(); ++i) {
       const XbaseField& field = header_.fields[i];
       if (!Field(row, static_cast<uint16_t>(i), field, at)) return false;
       at += field.length;
     }
-    if (record[0] == '*' && !MarkDeleted(row)) return false;
+    if (bytes[0] == '*') deleted_.push_back(row);
     ++row;
   }
+  rows_ = row;
   if (!in.ok()) return Fail(in.error());
   return true;
 }
 
-bool XbaseReader::MarkDeleted(uint32_t row) {
-  if (redStyle_ < 0) {
-    // The table's default style in red: what the user sees of a deleted record, and what an
-    // export turns back into the delete flag.
-    StyleRecord red = book().styles.Style(0);
+// Shows the listed records, `rowOffset` rows down, as deleted: in the table's default style in
+// red, which is also what an export turns back into the delete flag.
+bool MarkDeleted(ImportedTable& table, size_t fieldCount, const std::vector<uint32_t>& rows,
+                 uint32_t rowOffset, int& redStyle) {
+  if (rows.empty()) return true;
+  Workbook& book = *table.book();
+  if (redStyle < 0) {
+    StyleRecord red = book.styles.Style(0);
     // The native XML form keeps a font colour only with the style's font reference.
     red.bytes[style::kFontSetAt] = 1;
     red.bytes[style::kFontColourSetAt] = 1;
     StoreU32(red.bytes + style::kFontColourAt, kRed);
     uint16_t id = 0;
     ErrorCode error = err::kNone;
-    if (!book().styles.FindOrAddStyle(red, id, error)) return Fail(error);
-    redStyle_ = id;
+    if (!book.styles.FindOrAddStyle(red, id, error)) {
+      book.errorCode = error;
+      return false;
+    }
+    redStyle = id;
   }
   StyleRun run;
   run.firstColumn = 0;
-  run.lastColumn = static_cast<uint16_t>(header_.fields.size() - 1);
-  run.row = row;
-  run.styleId = static_cast<uint16_t>(redStyle_);
-  if (!table_.table().data->formats.ApplyStyleRun(run)) return Fail(err::kOutOfMemory);
+  run.lastColumn = static_cast<uint16_t>(fieldCount - 1);
+  run.styleId = static_cast<uint16_t>(redStyle);
+  for (uint32_t row : rows) {
+    run.row = row + rowOffset;
+    if (!table.table().data->formats.ApplyStyleRun(run)) {
+      book.errorCode = err::kOutOfMemory;
+      return false;
+    }
+  }
   return true;
 }
 
-bool XbaseReader::LongText(uint32_t row, uint16_t column, std::string_view text) {
+template <typename Sink>
+bool XbaseReader<Sink>::LongText(uint32_t row, uint16_t column, std::string_view text) {
   if (text.empty()) return true;
+  // A split read is only chosen for a table without Long Text.
+  if (side_ == nullptr) return Fail(err::kInvalidBinaryFormat);
   ErrorCode error = err::kNone;
-  if (!sideOpen_) {
-    sideExisted_ = platform::FileExists(sidePath_);
-    if (!side_.Open(sidePath_, error)) return Fail(error);
-    sideOpen_ = true;
-  }
   uint32_t offset = 0;
-  if (!side_.AppendLongText(text, offset, error)) return Fail(error);
-  return table_.AppendNumber(row, column, offset);
+  if (!side_->Append(text, offset, error)) return Fail(error);
+  return sink_.AppendNumber(row, column, offset);
 }
 
-bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
-                        const uint8_t* bytes) {
+template <typename Sink>
+bool XbaseReader<Sink>::Field(uint32_t row, uint16_t column, const XbaseField& field,
+                              const uint8_t* bytes) {
   switch (field.type) {
     case 'B':
     case 'G':
@@ -186,7 +247,7 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
         text = text_;
       }
       if (field.length > kLongCharacterField) return LongText(row, column, text);
-      return table_.AppendText(row, column, text);
+      return sink_.AppendText(row, column, text);
     }
     case 'D': {
       if (field.length < 8 || bytes[0] == ' ') return true;
@@ -197,11 +258,11 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
       uint32_t day = Digits(std::string_view(reinterpret_cast<const char*>(bytes) + 6, 2), ok3);
       if (!ok || !ok2 || !ok3 || year < 1 || year > 9999 || month < 1 || month > 12 || day < 1 ||
           day > 31) {
-        return table_.AppendText(row, column, std::string_view(), kValueError);
+        return sink_.AppendText(row, column, std::string_view(), kValueError);
       }
       char date[16];
       std::snprintf(date, sizeof date, "%04u-%02u-%02u", year, month, day);
-      return table_.AppendText(row, column, date);
+      return sink_.AppendText(row, column, date);
     }
     case 'F':
     case 'I':
@@ -215,9 +276,9 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
       auto [end, ec] = std::from_chars(start, text.data() + text.size(), value);
       // Overflow stars and other damage stay readable as text.
       if (ec != std::errc() || end != text.data() + text.size()) {
-        return table_.AppendText(row, column, text);
+        return sink_.AppendText(row, column, text);
       }
-      return table_.AppendNumber(row, column, value);
+      return sink_.AppendNumber(row, column, value);
     }
     case 'L':
       switch (bytes[0]) {
@@ -225,12 +286,12 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
         case 'y':
         case 'T':
         case 't':
-          return table_.AppendNumber(row, column, 1);
+          return sink_.AppendNumber(row, column, 1);
         case 'N':
         case 'n':
         case 'F':
         case 'f':
-          return table_.AppendNumber(row, column, 0);
+          return sink_.AppendNumber(row, column, 0);
         default:
           return true;
       }
@@ -239,7 +300,8 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
       uint32_t block = Digits(Trimmed(bytes, field.length), ok);
       if (!ok || block == 0) return true;
       ErrorCode error = err::kNone;
-      if (!memos_.Read(block, text_, error)) return Fail(error);
+      if (memos_ == nullptr) return Fail(err::kInvalidBinaryFormat);
+      if (!memos_->Read(block, text_, error)) return Fail(error);
       if (options_.oem) text::OemToCharInPlace(text_);
       return LongText(row, column, text_);
     }
@@ -253,17 +315,72 @@ bool XbaseReader::Field(uint32_t row, uint16_t column, const XbaseField& field,
       if (!DateFromDayNumber(DayNumber(1970, 1, 1) + (static_cast<int64_t>(julian) - 2440588),
                              at) ||
           millis >= 86400000u) {
-        return table_.AppendText(row, column, std::string_view(), kValueError);
+        return sink_.AppendText(row, column, std::string_view(), kValueError);
       }
       at.hasTime = true;
       at.hour = static_cast<int32_t>(millis / 3600000);
       at.minute = static_cast<int32_t>(millis / 60000 % 60);
       at.second = static_cast<int32_t>(millis / 1000 % 60);
-      return table_.AppendText(row, column, FormatGenericDate(at));
+      return sink_.AppendText(row, column, FormatGenericDate(at));
     }
     default:
-      return table_.AppendText(row, column, "Binary data");
+      return sink_.AppendText(row, column, "Binary data");
   }
+}
+
+// Below this size a file is read by one thread: starting the second costs more than it saves.
+constexpr uint64_t kSplitMinimum = 16u << 20;
+
+// Whether a field's values go to the memo or side file, which are read and appended in record
+// order by one thread.
+bool NeedsOrder(const XbaseField& field) {
+  return field.type == 'M' || (field.type == 'C' && field.length > kLongCharacterField);
+}
+
+// The records, from the stream's place after the header. A large file of fixed-size records is
+// read in two halves at once, the second on a worker thread into a chain of its own that then
+// goes behind the first; the result is the same as one reader's.
+bool ReadRecords(ImportedTable& table, FileStream& in, const std::string& path,
+                 const XbaseHeader& header, const XbaseImportOptions& options,
+                 XbaseMemoReader& memos, SideTexts& side) {
+  uint64_t count = in.fileSize() > header.headerSize
+                       ? (in.fileSize() - header.headerSize) / header.recordSize
+                       : 0;
+  bool split = in.fileSize() >= kSplitMinimum && count >= 2 && count <= kRowLimit;
+  for (const XbaseField& field : header.fields) split = split && !NeedsOrder(field);
+  XbaseReader<ImportedTable> reader(table, header, options, &memos, &side);
+  int redStyle = -1;
+  FileStream rest;
+  uint64_t half = count / 2;
+  if (split) {
+    split = rest.Open(path, StreamMode::kRead, false) &&
+            rest.SeekRead(header.headerSize + half * header.recordSize);
+    rest.SetQuiet(true);
+  }
+  if (!split) {
+    return reader.Read(in, UINT64_MAX, nullptr) &&
+           MarkDeleted(table, header.fields.size(), reader.deleted(), 0, redStyle);
+  }
+  ChainSink sink;
+  XbaseReader<ChainSink> second(sink, header, options, nullptr, nullptr);
+  std::atomic<bool> stop{false};
+  bool secondOk = false;
+  std::thread worker([&] { secondOk = second.Read(rest, UINT64_MAX, &stop); });
+  bool firstOk = reader.Read(in, half, nullptr);
+  if (!firstOk) stop = true;
+  worker.join();
+  if (!firstOk) return false;
+  // An end mark in the first half ends the table there, as it would for one reader.
+  if (reader.endedEarly()) {
+    return MarkDeleted(table, header.fields.size(), reader.deleted(), 0, redStyle);
+  }
+  if (!secondOk) {
+    table.book()->errorCode = sink.error() != err::kNone ? sink.error() : rest.error();
+    return false;
+  }
+  table.AppendChain(sink.chain(), reader.rows());
+  return MarkDeleted(table, header.fields.size(), reader.deleted(), 0, redStyle) &&
+         MarkDeleted(table, header.fields.size(), second.deleted(), reader.rows(), redStyle);
 }
 
 }  // namespace
@@ -299,13 +416,14 @@ bool ImportXbase(Workbook& book, const std::string& path, const XbaseImportOptio
     ImportedTable table;
     ok = table.Begin(book, ImportTableName(path));
     if (ok) {
-      XbaseReader reader(table, header, options, dialect, path);
-      ok = reader.Read(in);
+      XbaseMemoReader memos(XbaseMemoPath(path, dialect), dialect);
+      SideTexts side(path);
+      ok = ReadRecords(table, in, path, header, options, memos, side);
       if (ok) {
         table.NameFields(names, fields);
         ok = table.Finish(fields);
       }
-      if (ok && !reader.Commit(error)) {
+      if (ok && !side.Commit(error)) {
         book.errorCode = error;
         ok = false;
       }

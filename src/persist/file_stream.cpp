@@ -56,6 +56,30 @@ bool FileStream::Open(const std::string& path, StreamMode mode, bool compress, s
   return OpenLayers(mode, compress);
 }
 
+bool FileStream::OpenPart(const std::string& path, uint64_t offset) {
+  Close();
+  error_ = err::kNone;
+  path_ = path;
+  buffer_.reset(new (std::nothrow) uint8_t[kBufferSize]);
+  capacity_ = kBufferSize;
+  if (buffer_ == nullptr) {
+    SetError(err::kFileBuffer);
+    return false;
+  }
+  fd_ = KELPDEX_OPEN(path.c_str(), O_WRONLY | kBinaryFlag);
+  if (fd_ < 0) {
+    SetError(err::kFileOpenWrite);
+    return false;
+  }
+  quiet_ = true;
+  if (!OpenLayers(StreamMode::kWrite, false)) return false;
+  if (KELPDEX_SEEK(fd_, static_cast<int64_t>(offset), SEEK_SET) < 0) {
+    SetError(err::kFileWrite);
+    return false;
+  }
+  return true;
+}
+
 bool FileStream::OpenLayers(StreamMode mode, bool compress) {
   mode_ = mode;
   moved_ = 0;
@@ -276,9 +300,21 @@ bool FileStream::Drain(bool last) {
     }
   }
   moved_ += position_;
-  if (position_ > 0) ReportProgress(moved_, 0);
+  if (position_ > 0 && !quiet_) ReportProgress(moved_, 0);
   position_ = 0;
   return ok();
+}
+
+bool FileStream::SeekWrite(uint64_t offset) {
+  if (fd_ < 0 || mode_ != StreamMode::kWrite || gzipOut_ != nullptr || !Drain()) {
+    SetError(err::kFileWrite);
+    return false;
+  }
+  if (KELPDEX_SEEK(fd_, static_cast<int64_t>(offset), SEEK_SET) < 0) {
+    SetError(err::kFileWrite);
+    return false;
+  }
+  return true;
 }
 
 bool FileStream::Write(const void* data, size_t size) {

@@ -45,6 +45,10 @@ class FileStream {
   // Starts the open file over in a new mode, for a save onto the file that is open: writing
   // truncates it. Clears the error. False with 65.
   bool Reopen(StreamMode mode, bool compress);
+  // Opens an existing plain file for writing from `offset` on, without cutting it: a second
+  // writer that fills its own part of a file another stream is writing. It is quiet (see
+  // SetQuiet). False with 65 as Open.
+  bool OpenPart(const std::string& path, uint64_t offset);
   // Writes what is buffered, finishes gzip and closes. False with 62 (65 for the last write).
   bool Close();
   bool isOpen() const { return fd_ >= 0; }
@@ -112,6 +116,8 @@ class FileStream {
 
   // --- writing ---
   bool Write(const void* data, size_t size);
+  // Writes out the buffer, then goes on writing at `offset` of a plain file. False with 65.
+  bool SeekWrite(uint64_t offset);
   // `size` bytes, enciphered on the way when a cipher is given; `buffer` is left as it was.
   bool WriteBlock(const uint8_t* buffer, size_t size, StreamCipher* cipher);
   // Writes out the buffer and finishes the gzip stream, or hands the bytes to the system.

@@ -52,6 +52,7 @@ class CellStore {
   bool PutCell(const uint8_t* record, CellCursor* cursor = nullptr);
   CellRecord* GetCell(uint32_t row, uint16_t column, CellCursor* cursor = nullptr);
   // GetCell for random reads, through the row index (built for a row group on first use).
+  // Over rows a successful BuildRowIndex covered, it only reads, so threads may share it.
   CellRecord* GetCellFast(uint32_t row, uint16_t column);
   // The record at the cursor, in storage order; nullptr at the end. The iteration primitive of
   // every whole-sheet pass, so it lives in the header.

@@ -284,5 +284,116 @@ TEST_F(XbaseTest, ExportRefusesRecordsTooLarge) {
   EXPECT_EQ(error, err::kInvalidDatabase);
 }
 
+TEST_F(XbaseTest, PaddingIsTrimmedWordByWord) {
+  // Lengths around the eight bytes the trim steps by, blanks inside a value, zero padding.
+  std::vector<DbfField> fields = {
+      {"A", 'C', 7, 0}, {"B", 'C', 8, 0}, {"C", 'C', 17, 0}, {"D", 'N', 16, 0}};
+  std::string zeros("abc\0\0\0\0\0", 8);
+  std::vector<std::string> records = {
+      std::string(" abcdefg") + "abcdefgh" + "a        b       " + "           -12.5",
+      std::string("        ") + zeros + "                 " + "                ",
+      std::string(" x      ") + "       y" + "        z        " + "42              ",
+  };
+  ASSERT_TRUE(ImportXbase(book, dir.Write("pad.dbf", MakeDbf(3, fields, records)), options));
+  EXPECT_EQ(CellAt(book, 0, 0), "abcdefg");
+  EXPECT_EQ(CellAt(book, 0, 1), "abcdefgh");
+  EXPECT_EQ(CellAt(book, 0, 2), "a        b");
+  EXPECT_EQ(CellAt(book, 0, 3), "#-12.5");
+  EXPECT_EQ(CellAt(book, 1, 0), "");
+  EXPECT_EQ(CellAt(book, 1, 1), "abc");
+  EXPECT_EQ(CellAt(book, 1, 2), "");
+  EXPECT_EQ(CellAt(book, 1, 3), "");
+  EXPECT_EQ(CellAt(book, 2, 1), "       y");
+  EXPECT_EQ(CellAt(book, 2, 2), "        z");
+  EXPECT_EQ(CellAt(book, 2, 3), "#42");
+}
+
+// A table large enough to be read and written in two halves at once: its records land in their
+// rows with their delete flags, and an export writes the same records back byte for byte.
+class XbaseHalvesTest : public XbaseTest {
+ protected:
+  static constexpr uint32_t kCount = 120000;  // 17.6 MB of 147-byte records
+  static constexpr uint32_t kHalf = kCount / 2;
+
+  static bool Deleted(uint32_t r) { return r % 1001 == 0 || r == kHalf - 1 || r == kHalf; }
+  static std::string Name(uint32_t r) {
+    if (r % 7 == 0) return "";
+    if (r % 5 == 1) return "a       b" + std::to_string(r);
+    return "n" + std::to_string(r);
+  }
+  static std::string Record(uint32_t r) {
+    std::string name = Name(r);
+    std::string qty = r % 3 == 0 ? "" : std::to_string(r);
+    return (Deleted(r) ? "*" : " ") + name + std::string(128 - name.size(), ' ') +
+           std::string(18 - qty.size(), ' ') + qty;
+  }
+  std::string Big() {
+    std::vector<std::string> records;
+    records.reserve(kCount);
+    for (uint32_t r = 0; r < kCount; ++r) records.push_back(Record(r));
+    return MakeDbf(3, {{"NAME", 'C', 128, 0}, {"QTY", 'N', 18, 0}}, records);
+  }
+  bool Red(Workbook& target, uint32_t row) {
+    const StyleRecord& style = target.styles.Style(target.currentSheet->formats.StyleAt(row, 0));
+    return style.bytes[style::kFontColourSetAt] != 0 &&
+           LoadU32(style.bytes + style::kFontColourAt) == 255;
+  }
+  static constexpr size_t kHeader = 32 + 2 * 32 + 1;
+  static constexpr size_t kRecord = 1 + 128 + 18;
+};
+
+TEST_F(XbaseHalvesTest, LargeTableComesInWholeAndGoesOutTheSame) {
+  std::string bytes = Big();
+  ASSERT_GE(bytes.size(), 16u << 20);
+  std::string path = dir.Write("big.dbf", bytes);
+  ASSERT_TRUE(ImportXbase(book, path, options));
+  ASSERT_EQ(book.currentSheet->UsedRows(), kCount);
+  for (uint32_t r : {0u, 1u, 6u, kHalf - 1, kHalf, kHalf + 1, kCount - 2, kCount - 1}) {
+    SCOPED_TRACE(r);
+    EXPECT_EQ(CellAt(book, r, 0), Name(r));
+    EXPECT_EQ(CellAt(book, r, 1), r % 3 == 0 ? "" : "#" + std::to_string(r));
+  }
+  uint32_t wrong = 0;
+  for (uint32_t r = 0; r < kCount; ++r) wrong += Red(book, r) != Deleted(r);
+  EXPECT_EQ(wrong, 0u);
+
+  std::string out = dir.Path("again.dbf");
+  ErrorCode error = err::kNone;
+  XbaseExportOptions exportOptions;
+  exportOptions.dialect = XbaseDialect::kDbase3;
+  ASSERT_TRUE(ExportXbase(book, out, exportOptions, error)) << int(error);
+  std::string written = ReadFileBytes(out);
+  ASSERT_EQ(written.size(), bytes.size());
+  EXPECT_EQ(written.substr(0, 1), bytes.substr(0, 1));
+  EXPECT_EQ(written.substr(4, kHeader - 4), bytes.substr(4, kHeader - 4));  // not the date
+  // Compared record by record so that a failure names the first record that differs.
+  size_t first = kCount;
+  for (size_t r = 0; r < kCount && first == kCount; ++r) {
+    if (written.compare(kHeader + r * kRecord, kRecord, bytes, kHeader + r * kRecord, kRecord))
+      first = r;
+  }
+  EXPECT_EQ(first, kCount);
+  EXPECT_EQ(written.back(), '\x1a');
+}
+
+TEST_F(XbaseHalvesTest, EndMarkOrCutRecordEndsTheTableInEitherHalf) {
+  std::string bytes = Big();
+  for (uint32_t mark : {1000u, kHalf, kHalf + 7000}) {
+    SCOPED_TRACE(mark);
+    std::string marked = bytes;
+    marked[kHeader + mark * kRecord] = '\x1a';
+    Workbook target;
+    ASSERT_TRUE(ImportXbase(target, dir.Write("marked.dbf", marked), options));
+    EXPECT_EQ(target.currentSheet->UsedRows(), mark);
+    EXPECT_EQ(CellAt(target, mark - 1, 0), Name(mark - 1));
+  }
+  // No end mark, and the last record cut in the middle: the records before it are all read.
+  std::string cut = bytes.substr(0, kHeader + (kCount - 1) * kRecord + kRecord / 2);
+  Workbook target;
+  ASSERT_TRUE(ImportXbase(target, dir.Write("cut.dbf", cut), options));
+  EXPECT_EQ(target.currentSheet->UsedRows(), kCount - 1);
+  EXPECT_EQ(CellAt(target, kCount - 2, 1), "#" + std::to_string(kCount - 2));
+}
+
 }  // namespace
 }  // namespace kelpdex
