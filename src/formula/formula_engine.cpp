@@ -213,21 +213,53 @@ void FormulaEngine::Reset(uint16_t fieldIndex, uint32_t row) {
   if (!inPass_) externals_.clear();
 }
 
-bool FormulaEngine::MoveOperatorToOperands() {
+bool FormulaEngine::MoveOperatorToOperands(std::vector<PlanStep>* record) {
   if (depth_ + 1 >= kStackSize) {
     SetSyntaxError();
     return false;
   }
-  operands_[++depth_] = operators_[operatorDepth_--];
-  return ApplyTop();
+  const FormulaValue& op = operators_[operatorDepth_--];
+  if (record != nullptr) {
+    PlanStep step;
+    step.action = kApplyStep;
+    step.kind = op.kind;
+    step.functionIndex = op.functionIndex;
+    step.argumentBase = op.argumentBase;
+    record->push_back(step);
+  }
+  operands_[++depth_] = op;
+  bool ok = ApplyTop();
+  if (record != nullptr) record->back().after = static_cast<uint16_t>(depth_);
+  return ok;
+}
+
+void FormulaEngine::WidenPartialReference(FormulaValue& token) {
+  bool hasRow = token.flags & rflag::kRow;
+  token.kind = kind::kRangeReference;
+  token.column1 = hasRow ? 0 : token.column;
+  token.column2 = hasRow ? kLastColumn : token.column;
+  token.row1 = hasRow ? token.row : 0;
+  token.row2 = hasRow ? token.row : kLastRow;
+  token.flags1 = token.flags2 = rflag::kAbsolute;
 }
 
 template <typename NextTokenOf>
 uint16_t FormulaEngine::Drive(NextTokenOf& next) {
   uint16_t prev = kind::kOpen;
-  FormulaValue token;
+  std::vector<PlanStep>* record = recording_;
+  recording_ = nullptr;
+  uint32_t taken = 0;  // tokens read, for the plan's operand steps
   while (!syntax_) {
+    if (depth_ + 1 >= kStackSize) {
+      SetSyntaxError();
+      break;
+    }
+    // Most tokens are operands: each is loaded straight into the stack slot it takes, rather
+    // than built aside and copied there. Any other token is copied out of the slot before the
+    // slot is written again.
+    FormulaValue& token = operands_[depth_ + 1];
     uint16_t t = next(token);
+    ++taken;
     if (syntax_) break;
     if (t == kind::kInvalid) {
       SetSyntaxError();
@@ -239,20 +271,15 @@ uint16_t FormulaEngine::Drive(NextTokenOf& next) {
         break;
       }
       if (t == kind::kReference && (token.flags & rflag::kAbsolute) != rflag::kAbsolute) {
-        // A reference without its row or column stands for the whole column or row.
-        bool hasRow = token.flags & rflag::kRow;
-        token.kind = kind::kRangeReference;
-        token.column1 = hasRow ? 0 : token.column;
-        token.column2 = hasRow ? kLastColumn : token.column;
-        token.row1 = hasRow ? token.row : 0;
-        token.row2 = hasRow ? token.row : kLastRow;
-        token.flags1 = token.flags2 = rflag::kAbsolute;
+        WidenPartialReference(token);
       }
-      if (depth_ + 1 >= kStackSize) {
-        SetSyntaxError();
-        break;
+      if (record != nullptr) {
+        PlanStep step;
+        step.action = kLoadStep;
+        step.token = taken - 1;
+        record->push_back(step);
       }
-      operands_[++depth_] = token;
+      ++depth_;
     } else if (t == kind::kOpen) {
       operators_[++operatorDepth_] = token;
     } else if (t <= kind::kLastOperator) {
@@ -265,13 +292,14 @@ uint16_t FormulaEngine::Drive(NextTokenOf& next) {
         }
         t = token.kind = kind::kNegate;
       }
+      FormulaValue op = token;  // the moves below write its slot
       // Every operator is left associative.
       while (operatorDepth_ > 0 && operators_[operatorDepth_].kind <= kind::kLastOperator &&
              precedence_[operators_[operatorDepth_].kind] >= precedence_[t]) {
-        if (!MoveOperatorToOperands()) break;
+        if (!MoveOperatorToOperands(record)) break;
       }
       if (syntax_) break;
-      operators_[++operatorDepth_] = token;
+      operators_[++operatorDepth_] = op;
     } else if (t == kind::kFunction) {
       FormulaValue marker;
       marker.kind = kind::kOpen;
@@ -280,10 +308,11 @@ uint16_t FormulaEngine::Drive(NextTokenOf& next) {
       operators_[++operatorDepth_] = token;
     } else if (t == kind::kListSeparator) {
       if (prev == kind::kListSeparator || prev == kind::kFunction) {
+        if (record != nullptr) record->push_back(PlanStep{kEmptyStep});
         operands_[++depth_] = FormulaValue::Empty();
       } else {
         while (operatorDepth_ > 0 && operators_[operatorDepth_].kind != kind::kFunction) {
-          if (!MoveOperatorToOperands()) break;
+          if (!MoveOperatorToOperands(record)) break;
         }
         if (!syntax_ && operatorDepth_ == 0) SetSyntaxError();
       }
@@ -292,9 +321,12 @@ uint16_t FormulaEngine::Drive(NextTokenOf& next) {
         SetSyntaxError();
         break;
       }
-      if (prev == kind::kListSeparator) operands_[++depth_] = FormulaValue::Empty();
+      if (prev == kind::kListSeparator) {
+        if (record != nullptr) record->push_back(PlanStep{kEmptyStep});
+        operands_[++depth_] = FormulaValue::Empty();
+      }
       while (!syntax_ && operatorDepth_ > 0 && operators_[operatorDepth_].kind != kind::kOpen) {
-        MoveOperatorToOperands();
+        MoveOperatorToOperands(record);
       }
       if (syntax_) break;
       if (operatorDepth_ == 0) {
@@ -303,7 +335,7 @@ uint16_t FormulaEngine::Drive(NextTokenOf& next) {
       }
       --operatorDepth_;
     } else if (t == kind::kEnd) {
-      while (!syntax_ && operatorDepth_ > 0) MoveOperatorToOperands();
+      while (!syntax_ && operatorDepth_ > 0) MoveOperatorToOperands(record);
       break;
     }
     if (depth_ + operatorDepth_ + 2 > kStackSize) SetSyntaxError();
@@ -311,6 +343,37 @@ uint16_t FormulaEngine::Drive(NextTokenOf& next) {
   }
   if (!syntax_ && (depth_ != 1 || operatorDepth_ != 0)) SetSyntaxError();
   return syntax_ ? 0 : FinishResult();
+}
+
+uint16_t FormulaEngine::RunPlan(const PlanStep* steps, uint32_t count, const FormulaToken* tokens,
+                                std::string_view text) {
+  const char* base = text.data();
+  const char* end = text.data() + text.size();
+  const char* cursor = base;
+  for (uint32_t i = 0; i < count; ++i) {
+    const PlanStep& step = steps[i];
+    if (step.action == kLoadStep) {
+      // Every depth was checked against the recorded run, which stayed within the stack.
+      FormulaValue& slot = operands_[++depth_];
+      uint16_t t = LoadToken(tokens[step.token], base, cursor, end, slot, true);
+      if (syntax_) return 0;
+      if (t == kind::kReference && (slot.flags & rflag::kAbsolute) != rflag::kAbsolute) {
+        WidenPartialReference(slot);
+      }
+    } else if (step.action == kEmptyStep) {
+      operands_[++depth_] = FormulaValue::Empty();
+    } else {
+      FormulaValue& top = operands_[++depth_];
+      top = FormulaValue();
+      top.kind = step.kind;
+      top.functionIndex = step.functionIndex;
+      top.argumentBase = step.argumentBase;
+      if (!ApplyTop()) return 0;
+      if (depth_ != step.after) return kPlanMismatch;
+    }
+  }
+  if (depth_ != 1) return kPlanMismatch;
+  return FinishResult();
 }
 
 uint16_t FormulaEngine::RunDriver(std::string_view text) {

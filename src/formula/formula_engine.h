@@ -233,7 +233,31 @@ class FormulaEngine {
   // Runs the driver over a field's kept token list; `text` is the formula the list was made from.
   uint16_t RunDriver(const FormulaToken* tokens, std::string_view text);
   uint16_t FinishResult();
-  bool MoveOperatorToOperands();
+  // One step of a field's evaluation, as the driver takes it for every record: load an operand
+  // token, push an empty argument, or apply an operator or function, after which the stack is
+  // `after` deep. The steps depend on the tokens' kinds alone, so one good run of the driver
+  // records them and the other records replay them without the operator stack's work.
+  struct PlanStep {
+    uint8_t action = 0;
+    uint16_t kind = 0;
+    uint16_t functionIndex = 0;
+    uint16_t argumentBase = 0;
+    uint16_t after = 0;
+    uint32_t token = 0;
+  };
+  static constexpr uint8_t kLoadStep = 0;
+  static constexpr uint8_t kEmptyStep = 1;
+  static constexpr uint8_t kApplyStep = 2;
+  // What RunPlan returns when an operator left the stack at another depth than when the plan was
+  // recorded: the record is evaluated again by the driver.
+  static constexpr uint16_t kPlanMismatch = 0xFFFF;
+  // Failed runs of the driver after which a field stops recording a plan.
+  static constexpr uint8_t kPlanTries = 4;
+  uint16_t RunPlan(const PlanStep* steps, uint32_t count, const FormulaToken* tokens,
+                   std::string_view text);
+  // A reference without its row or column stands for the whole column or row.
+  static void WidenPartialReference(FormulaValue& token);
+  bool MoveOperatorToOperands(std::vector<PlanStep>* record = nullptr);
   void ApplyArithmetic(uint16_t op);
   void ApplyConcatenate();
   void ApplyComparison(uint16_t op);
@@ -281,9 +305,19 @@ class FormulaEngine {
     uint32_t first = 0;
     const char* text = nullptr;
     size_t size = 0;
+    // The field's steps in planSteps_, once a run of the driver has recorded them.
+    uint32_t planFirst = 0;
+    uint32_t planCount = 0;
+    bool planned = false;
+    uint8_t planTries = 0;  // runs that recorded nothing usable; a few, then no more tries
   };
   std::vector<FormulaToken> tokens_;
   std::vector<FieldTokens> fieldTokens_;
+  std::vector<PlanStep> planSteps_;
+  // Where the driver notes its steps while a plan is recorded; taken by the driver at its start,
+  // so that a formula evaluated inside a function records nothing.
+  std::vector<PlanStep>* recording_ = nullptr;
+  std::vector<PlanStep> recordScratch_;
   bool tokensKept_ = false;
   bool tokenListsOn_ = true;
 

@@ -18,6 +18,7 @@ void FormulaEngine::SetTokenLists(bool on) {
 void FormulaEngine::KeepFieldTokens() {
   if (!tokenListsOn_) return;
   tokens_.clear();
+  planSteps_.clear();
   fieldTokens_.assign(fieldCount_, FieldTokens());
   for (uint16_t f = 0; f < fieldCount_; ++f) {
     const std::string& text = fields_[f].formula;
@@ -52,11 +53,35 @@ bool FormulaEngine::EvaluateField(uint16_t fieldIndex) {
   Reset(fieldIndex, currentRow_);
   if (text.empty() || (text[0] != '=' && text[0] != '+')) return false;
   // A list made from other text than the field holds now is never read.
-  if (tokensKept_ && fieldTokens_[fieldIndex].text == text.data() &&
-      fieldTokens_[fieldIndex].size == text.size()) {
-    return RunDriver(tokens_.data() + fieldTokens_[fieldIndex].first, text) != 0;
+  if (!tokensKept_ || fieldTokens_[fieldIndex].text != text.data() ||
+      fieldTokens_[fieldIndex].size != text.size()) {
+    return RunDriver(text) != 0;
   }
-  return RunDriver(text) != 0;
+  FieldTokens& kept = fieldTokens_[fieldIndex];
+  const FormulaToken* tokens = tokens_.data() + kept.first;
+  if (kept.planned) {
+    uint16_t result = RunPlan(planSteps_.data() + kept.planFirst, kept.planCount, tokens, text);
+    if (result != kPlanMismatch) return result != 0;
+    // An operator left the stack otherwise than when the plan was made: the plan is not to be
+    // trusted for this field, and the record is evaluated again from the start.
+    kept.planned = false;
+    kept.planTries = kPlanTries;
+    Reset(fieldIndex, currentRow_);
+  }
+  if (kept.planTries >= kPlanTries) return RunDriver(tokens, text) != 0;
+  recordScratch_.clear();
+  recording_ = &recordScratch_;
+  uint16_t result = RunDriver(tokens, text);
+  recording_ = nullptr;
+  if (result == 0) {
+    ++kept.planTries;
+    return false;
+  }
+  kept.planFirst = static_cast<uint32_t>(planSteps_.size());
+  kept.planCount = static_cast<uint32_t>(recordScratch_.size());
+  planSteps_.insert(planSteps_.end(), recordScratch_.begin(), recordScratch_.end());
+  kept.planned = true;
+  return true;
 }
 
 bool FormulaEngine::StoreResultCell(const FormulaField& field, uint16_t fieldIndex,
