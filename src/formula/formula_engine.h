@@ -260,6 +260,10 @@ class FormulaEngine {
   bool MoveOperatorToOperands(std::vector<PlanStep>* record = nullptr);
   void ApplyArithmetic(uint16_t op);
   void ApplyConcatenate();
+  // "&" done in the pool where the left operand's text is on top of it (with the right one's
+  // just above, if that is a text); false where it is not, or the result would not fit.
+  bool ConcatenateInPool(std::string_view ta, const FormulaValue& b, std::string_view tb,
+                         int owned);
   void ApplyComparison(uint16_t op);
   void ApplyRange();
   void ApplyIntersection();

@@ -211,6 +211,39 @@ void FormulaEngine::ApplyUnary(uint16_t op) {
   operands_[depth_] = FormulaValue::Number(error == 0 ? result : 0, error);
 }
 
+bool FormulaEngine::ConcatenateInPool(std::string_view ta, const FormulaValue& b,
+                                      std::string_view tb, int owned) {
+  // Only where the left text is the top of the pool, or the one just under the right text: the
+  // result then takes the left text's place without being copied out and back.
+  if (ta.data() == nullptr) return false;
+  size_t startA = static_cast<size_t>(ta.data() - pool_);
+  size_t endA = startA + ta.size();  // where the terminator stands
+  size_t top = poolStarts_[stringCount_];
+  if (b.kind == kind::kString) {
+    if (owned != 2 || tb.data() != pool_ + endA + 1 || top != endA + 1 + tb.size() + 1) {
+      return false;
+    }
+    if (ta.size() + tb.size() > kMaxConcatenation) return false;
+    std::memmove(pool_ + endA, tb.data(), tb.size());
+    --stringCount_;
+  } else {
+    if (owned != 1 || top != endA + 1) return false;
+    char number[32];
+    std::string_view right;
+    ScalarText(b, std::string_view(), number, right);
+    if (ta.size() + right.size() > kMaxConcatenation ||
+        endA + right.size() + 1 > static_cast<size_t>(kPoolBytes)) {
+      return false;
+    }
+    if (!right.empty()) std::memcpy(pool_ + endA, right.data(), right.size());
+    tb = right;
+  }
+  size_t end = endA + tb.size();
+  pool_[end] = '\0';
+  poolStarts_[stringCount_] = static_cast<uint16_t>(end + 1);
+  return true;
+}
+
 void FormulaEngine::ApplyConcatenate() {
   FormulaValue& a = operands_[depth_ - 1];
   FormulaValue& b = operands_[depth_];
@@ -218,6 +251,12 @@ void FormulaEngine::ApplyConcatenate() {
   int owned = 0;
   LoadPair(a, b, ta, tb, owned);
   uint8_t error = LargerError(a.errorCode, b.errorCode);
+  if (error == 0 && a.kind == kind::kString && ConcatenateInPool(ta, b, tb, owned)) {
+    --depth_;
+    operands_[depth_] = FormulaValue();
+    operands_[depth_].kind = kind::kString;
+    return;
+  }
   char joined[kMaxConcatenation];
   size_t length = 0;
   if (error == 0) {

@@ -314,4 +314,21 @@ TEST_F(FormulaTest, AnotherDocumentIsReadOnceForAnEvaluationOrAPass) {
 }
 
 }  // namespace
+TEST_F(FormulaTest, ConcatenationKeepsEachOperandWhole) {
+  // Texts on top of the pool join where they stand; other orders are copied. Both ways the
+  // operands keep their order and nothing of one runs into the other.
+  EXPECT_EQ(Eval("=\"ab\"&\"cd\"&1&\"\"&2.5"), "abcd12.5");
+  EXPECT_EQ(Eval("=1&\"x\"&2"), "1x2");
+  EXPECT_EQ(Eval("=Name&Name&\"!\""), "BobBob!");
+  EXPECT_EQ(Eval("=\"x\"&(1&\"y\")&Empty"), "x1y");
+  EXPECT_EQ(Eval("=(\"a\"&\"b\")&(\"c\"&\"d\")=\"abcd\""), "1");
+  EXPECT_EQ(Eval("=ARGC(\"a\"&\"b\", \"c\")&\"d\""), "2d");
+  // The longest result is 1024 characters, with a number's digits as with a text.
+  std::string long1020 = "\"" + std::string(1020, 'z') + "\"";
+  EXPECT_EQ(Eval("=" + long1020 + "&1234"), std::string(1020, 'z') + "1234");
+  EXPECT_EQ(Eval("=" + long1020 + "&12345"), "#VALUE!");
+  EXPECT_EQ(Eval("=" + long1020 + "&\"1234\"&\"\""), std::string(1020, 'z') + "1234");
+  EXPECT_EQ(Eval("=" + long1020 + "&\"12345\""), "#VALUE!");
+}
+
 }  // namespace kelpdex
