@@ -129,7 +129,8 @@ bool TableExporter::PlanFields() {
 // number in a TEXT column, a text in a numeric one, an error, an Auto mark where the field's
 // kind does not imply it. Whether a Number field is wholly integral is learnt on the way.
 bool TableExporter::WriteCatalogue(uint32_t position, bool current) {
-  if (!catalogue_.Table(tableUtf8_, position, current, CurrentKey(table_), CurrentForm(table_))) {
+  if (!catalogue_.Table(tableUtf8_, position, current, CurrentKey(table_), CurrentForm(table_)) ||
+      !WriteLayouts(catalogue_, tableUtf8_, table_)) {
     return Fail(sqlite3_errcode(db_.handle()));
   }
   StoredCell stored;
@@ -429,7 +430,7 @@ bool WriteAll(Database& db, const Workbook& book, const std::string& only, Sqlit
     return false;
   }
   CatalogueWriter catalogue;
-  if (!catalogue.Begin(db)) {
+  if (!catalogue.Begin(db) || !WriteStyles(catalogue, book)) {
     SqliteFailure(db, sqlite3_errcode(db.handle()), err::kFileWrite, problem);
     return false;
   }
