@@ -38,6 +38,20 @@ struct FieldPlan {
   int rtfBind = 0;       // the insert's parameter of the RTF column, 0 while it has none
 };
 
+// A table wider than the SQLite library allows is refused by name before a byte of it is written,
+// rather than with SQLite's own words halfway through. Debian's library allows 2000 columns, fewer
+// than a table's 2047 fields.
+bool WithinColumnLimit(Database& db, std::string_view table, size_t columns,
+                       SqliteProblem& problem) {
+  const int limit = sqlite3_limit(db.handle(), SQLITE_LIMIT_COLUMN, -1);
+  if (columns <= static_cast<size_t>(limit)) return true;
+  problem.code = err::kFileWrite;
+  problem.table = std::string(table);
+  problem.detail = std::to_string(columns) + " columns; an SQLite table holds at most " +
+                   std::to_string(limit) + " here.";
+  return false;
+}
+
 bool IsIntegral(double value) {
   return std::floor(value) == value && std::fabs(value) < kExactInteger;
 }
@@ -213,6 +227,10 @@ bool TableExporter::AddRtfColumn(FieldPlan& plan) {
     return false;
   };
   while (taken(name)) name += "_";
+  if (!WithinColumnLimit(db_, table_.data->Name(), fields_.size() + rtfNames_.size() + 1,
+                         problem_)) {
+    return false;
+  }
   std::string sql = "ALTER TABLE " + Quoted(tableUtf8_) + " ADD COLUMN " + Quoted(name) + " TEXT";
   if (!db_.Exec(sql.c_str())) return Fail(sqlite3_errcode(db_.handle()));
   rtfNames_.push_back(name);
@@ -424,6 +442,16 @@ std::string TemporaryPath(const std::string& path) {
 
 bool WriteAll(Database& db, const Workbook& book, const std::string& only, SqliteProblem& problem,
               bool& cancelled) {
+  const uint32_t count = book.TableCount();
+  for (uint32_t i = 0; i < count; ++i) {
+    Worksheet* data = book.TableByIndex(i);
+    if (!only.empty() && !text::EqualNoCase(data->Name(), only)) continue;
+    TableSpec table;
+    if (MakeTableSpec(const_cast<Workbook&>(book), data->Name(), table) &&
+        !WithinColumnLimit(db, data->Name(), FieldCount(table), problem)) {
+      return false;
+    }
+  }
   if (!db.Exec("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA locking_mode=EXCLUSIVE; "
                "BEGIN")) {
     SqliteFailure(db, sqlite3_errcode(db.handle()), err::kFileWrite, problem);
@@ -437,7 +465,6 @@ bool WriteAll(Database& db, const Workbook& book, const std::string& only, Sqlit
   SideFileReader side;
   bool sideOpen = false;
   bool any = false;
-  const uint32_t count = book.TableCount();
   for (uint32_t i = 0; i < count; ++i) {
     Worksheet* data = book.TableByIndex(i);
     if (!only.empty() && !text::EqualNoCase(data->Name(), only)) continue;

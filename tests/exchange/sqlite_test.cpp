@@ -449,6 +449,60 @@ TEST(SqliteImport, ADamagedLayoutIsRefusedAndAMissingOneLeavesTheDefaults) {
   EXPECT_FALSE(people.formats.Column(0).FixedWidth());
 }
 
+// The library's own limit, which a build of SQLite may set otherwise than Debian's 2000.
+int SqliteColumnLimit() {
+  sqlite3* db = nullptr;
+  sqlite3_open(":memory:", &db);
+  const int limit = sqlite3_limit(db, SQLITE_LIMIT_COLUMN, -1);
+  sqlite3_close(db);
+  return limit;
+}
+
+// A table of `count` Text fields, the first of them Long Text holding `first`.
+void BuildWide(Workbook& book, uint16_t count, const std::string& first) {
+  ASSERT_TRUE(CreateTable(book, "Wide"));
+  book.currentSheet = book.TableByIndex(0);
+  ASSERT_TRUE(RefreshCurrentTable(book));
+  std::vector<FieldSpec> fields;
+  fields.push_back(Field("Memo", FieldType::kLongText));
+  while (fields.size() < count) fields.push_back(Field("", FieldType::kText));
+  for (size_t f = 1; f < fields.size(); ++f) fields[f].name = "f" + std::to_string(f);
+  ASSERT_TRUE(InsertFields(book, 0, fields));
+  SetLongTextValue(book, *book.currentSheet, 0, 0, first);
+}
+
+TEST(SqliteExport, ATableWiderThanSqliteAllowsIsRefusedByName) {
+  const int limit = SqliteColumnLimit();
+  if (limit + 1 > static_cast<int>(kColumnLimit)) GTEST_SKIP() << "SQLite allows " << limit;
+  TempDir dir;
+  const std::string path = dir.Path("wide.sqlite");
+  const std::string says = std::to_string(limit + 1) + " columns";
+  struct Case {
+    int fields;
+    const char* memo;
+    bool fits;
+  };
+  // One field too many; as many as allowed, but an RTF value asks for one column more; as many
+  // as allowed with plain text, which fits.
+  const Case cases[] = {
+      {limit + 1, "plain", false}, {limit, "{\\rtf1\\ansi rich}", false}, {limit, "plain", true}};
+  for (const Case& c : cases) {
+    Workbook book;
+    BuildWide(book, static_cast<uint16_t>(c.fields), c.memo);
+    SqliteProblem problem;
+    EXPECT_EQ(ExportSqlite(book, path, "", problem), c.fits) << c.fields << " " << c.memo;
+    if (c.fits) {
+      EXPECT_EQ(Query(path, "SELECT count(*) FROM pragma_table_info('Wide')"),
+                std::vector<std::string>{std::to_string(limit)});
+      continue;
+    }
+    EXPECT_EQ(problem.table, "Wide");
+    EXPECT_NE(problem.Text().find(says), std::string::npos) << problem.Text();
+    EXPECT_FALSE(platform::FileExists(path));
+    EXPECT_FALSE(platform::FileExists(dir.Path(".wide.sqlite.saving")));
+  }
+}
+
 TEST(SqliteExport, AFailureLeavesThePreviousFile) {
   TempDir dir;
   Workbook book;
@@ -568,6 +622,11 @@ TEST(SqliteImport, DamagedLockedAndForeignFilesGiveAMessage) {
   ASSERT_GT(bytes.size(), 8192u);
   std::string scrambled = bytes;
   for (size_t i = 100; i < scrambled.size(); i += 7) scrambled[i] = static_cast<char>(i * 31);
+  std::string noise;
+  for (uint32_t x = 7; noise.size() < 8192;) {
+    x = x * 1103515245u + 12345u;
+    noise += static_cast<char>(x >> 16);
+  }
   struct Case {
     std::string name, bytes;
   };
@@ -575,6 +634,8 @@ TEST(SqliteImport, DamagedLockedAndForeignFilesGiveAMessage) {
       {"cut.db", bytes.substr(0, 4096 + 100)},
       {"scrambled.db", scrambled},
       {"encrypted.db", std::string(4096, '\x5A')},
+      // Enciphered pages behind a header that looks right.
+      {"enciphered.db", std::string("SQLite format 3\0", 16) + noise},
       {"header_only.db", std::string("SQLite format 3\0", 16)},
   };
   for (const Case& c : cases) {
