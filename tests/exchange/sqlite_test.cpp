@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -79,10 +80,11 @@ FieldSpec Field(const char* name, FieldType type, bool link = false, const char*
   return f;
 }
 
+// A number format of `kind`; the date kinds show the month by name.
 NumberStyle Kind(uint8_t kind, uint8_t decimals = 0, const char* symbol = "") {
   NumberStyle n;
   n.kind = kind;
-  n.index = 9;  // a date with the month's name
+  n.index = 9;
   n.fixedDecimals = decimals != 0;
   n.decimalDigits = decimals;
   std::snprintf(n.symbol, sizeof n.symbol, "%s", symbol);
@@ -107,12 +109,12 @@ void FormatEveryType(Workbook& book) {
   ErrorCode error = err::kNone;
   ASSERT_TRUE(book.styles.FindOrAddStyle(unused, id, error));
   Worksheet& people = *book.FindTable("People");
-  FormatField(book, people, 2, Kind(format_kind::kCurrency, 2, ""));
+  FormatField(book, people, 2, Kind(format_kind::kCurrency, 2, "\x80"));
   FormatField(book, people, 3, Kind(format_kind::kPercentage, 1));
   FormatField(book, people, 4, Kind(format_kind::kGeneral, 3));
   uint32_t slot = 0;
   ASSERT_TRUE(book.AddDropDownList(slot));
-  book.dropDownLists[slot].items = {"Zoë", "Bob"};
+  book.dropDownLists[slot].items = {"Zo\xEB", "Bob"};
   StyleRecord list = book.styles.Style(0);
   StoreU16(list.bytes + style::kDropDownAt, static_cast<uint16_t>(slot + 1));
   ASSERT_TRUE(SetColumnStyleAttribute(book, people, 0, style::kDropDown, list, nullptr));
