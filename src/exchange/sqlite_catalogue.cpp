@@ -2,7 +2,8 @@
 // "table" gives the table's place (row) and whether it is current (col); "marks" the current key
 // (row) and form (col); "cell" a cell of the catalogue sheet; "data" a data cell its SQL column
 // cannot hold as it is (a number in a TEXT column, an error, an Auto mark out of place); "rtf" the
-// column (value) that holds the RTF of Long Text field col. The value column has no declared
+// column (value) that holds the RTF of Long Text field col; "styles" (once, for no table) and
+// "layout" the sheets' formats as BLOBs (see sqlite_layout.cpp). The value column has no declared
 // type, so SQLite keeps each value's own class.
 #include <cmath>
 #include <cstring>
@@ -70,10 +71,15 @@ bool CatalogueWriter::Rtf(const std::string& tableUtf8, uint16_t field,
   return Put(tableUtf8, "rtf", 0, field);
 }
 
-bool ReadCatalogues(Database& db, bool& present, std::vector<TableCatalogue>& tables,
-                    SqliteProblem& problem) {
-  present = false;
-  tables.clear();
+bool CatalogueWriter::Blob(const std::string& tableUtf8, const char* kind, int64_t row,
+                           std::string_view bytes) {
+  insert_.BindBlob(5, bytes.data(), bytes.size());
+  return Put(tableUtf8, kind, row, 0);
+}
+
+bool ReadCatalogues(Database& db, StoredCatalogues& stored, SqliteProblem& problem) {
+  stored = StoredCatalogues();
+  std::vector<TableCatalogue>& tables = stored.tables;
   Statement exists;
   if (!exists.Prepare(db,
                       "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND "
@@ -87,7 +93,7 @@ bool ReadCatalogues(Database& db, bool& present, std::vector<TableCatalogue>& ta
     SqliteFailure(db, result, err::kInvalidDatabase, problem);
     return false;
   }
-  present = true;
+  stored.present = true;
   Statement read;
   if (!read.Prepare(
           db, "SELECT tbl, kind, row, col, value, tag FROM kelpdex_catalogue ORDER BY rowid")) {
@@ -105,6 +111,10 @@ bool ReadCatalogues(Database& db, bool& present, std::vector<TableCatalogue>& ta
     std::string_view kind = read.ColumnText(1);
     const int64_t row = read.ColumnInt(2);
     const int64_t column = read.ColumnInt(3);
+    if (kind == "styles") {
+      stored.styles = std::string(read.ColumnBlob(4));
+      continue;
+    }
     if (kind == "table") {
       tables.push_back(TableCatalogue{});
       tables.back().name = table;
@@ -122,6 +132,11 @@ bool ReadCatalogues(Database& db, bool& present, std::vector<TableCatalogue>& ta
     if (row < 0 || row > kLastRow || column < 0 || column > kLastColumn) return bad(table);
     if (kind == "rtf") {
       t.rtfColumns.emplace_back(static_cast<uint16_t>(column), std::string(read.ColumnText(4)));
+      continue;
+    }
+    if (kind == "layout") {
+      if (row > 1) return bad(table);
+      t.layouts[row] = std::string(read.ColumnBlob(4));
       continue;
     }
     if (kind != "cell" && kind != "data") return bad(table);

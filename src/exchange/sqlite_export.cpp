@@ -38,6 +38,20 @@ struct FieldPlan {
   int rtfBind = 0;       // the insert's parameter of the RTF column, 0 while it has none
 };
 
+// A table wider than the SQLite library allows is refused by name before a byte of it is written,
+// rather than with SQLite's own words halfway through. Debian's library allows 2000 columns, fewer
+// than a table's 2047 fields.
+bool WithinColumnLimit(Database& db, std::string_view table, size_t columns,
+                       SqliteProblem& problem) {
+  const int limit = sqlite3_limit(db.handle(), SQLITE_LIMIT_COLUMN, -1);
+  if (columns <= static_cast<size_t>(limit)) return true;
+  problem.code = err::kFileWrite;
+  problem.table = std::string(table);
+  problem.detail = std::to_string(columns) + " columns; an SQLite table holds at most " +
+                   std::to_string(limit) + " here.";
+  return false;
+}
+
 bool IsIntegral(double value) {
   return std::floor(value) == value && std::fabs(value) < kExactInteger;
 }
@@ -129,7 +143,8 @@ bool TableExporter::PlanFields() {
 // number in a TEXT column, a text in a numeric one, an error, an Auto mark where the field's
 // kind does not imply it. Whether a Number field is wholly integral is learnt on the way.
 bool TableExporter::WriteCatalogue(uint32_t position, bool current) {
-  if (!catalogue_.Table(tableUtf8_, position, current, CurrentKey(table_), CurrentForm(table_))) {
+  if (!catalogue_.Table(tableUtf8_, position, current, CurrentKey(table_), CurrentForm(table_)) ||
+      !WriteLayouts(catalogue_, tableUtf8_, table_)) {
     return Fail(sqlite3_errcode(db_.handle()));
   }
   StoredCell stored;
@@ -212,6 +227,10 @@ bool TableExporter::AddRtfColumn(FieldPlan& plan) {
     return false;
   };
   while (taken(name)) name += "_";
+  if (!WithinColumnLimit(db_, table_.data->Name(), fields_.size() + rtfNames_.size() + 1,
+                         problem_)) {
+    return false;
+  }
   std::string sql = "ALTER TABLE " + Quoted(tableUtf8_) + " ADD COLUMN " + Quoted(name) + " TEXT";
   if (!db_.Exec(sql.c_str())) return Fail(sqlite3_errcode(db_.handle()));
   rtfNames_.push_back(name);
@@ -423,20 +442,29 @@ std::string TemporaryPath(const std::string& path) {
 
 bool WriteAll(Database& db, const Workbook& book, const std::string& only, SqliteProblem& problem,
               bool& cancelled) {
+  const uint32_t count = book.TableCount();
+  for (uint32_t i = 0; i < count; ++i) {
+    Worksheet* data = book.TableByIndex(i);
+    if (!only.empty() && !text::EqualNoCase(data->Name(), only)) continue;
+    TableSpec table;
+    if (MakeTableSpec(const_cast<Workbook&>(book), data->Name(), table) &&
+        !WithinColumnLimit(db, data->Name(), FieldCount(table), problem)) {
+      return false;
+    }
+  }
   if (!db.Exec("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA locking_mode=EXCLUSIVE; "
                "BEGIN")) {
     SqliteFailure(db, sqlite3_errcode(db.handle()), err::kFileWrite, problem);
     return false;
   }
   CatalogueWriter catalogue;
-  if (!catalogue.Begin(db)) {
+  if (!catalogue.Begin(db) || !WriteStyles(catalogue, book)) {
     SqliteFailure(db, sqlite3_errcode(db.handle()), err::kFileWrite, problem);
     return false;
   }
   SideFileReader side;
   bool sideOpen = false;
   bool any = false;
-  const uint32_t count = book.TableCount();
   for (uint32_t i = 0; i < count; ++i) {
     Worksheet* data = book.TableByIndex(i);
     if (!only.empty() && !text::EqualNoCase(data->Name(), only)) continue;

@@ -84,8 +84,8 @@ std::string Packed(std::string_view name, std::string_view type, std::string_vie
 
 class Importer {
  public:
-  Importer(Database& db, Workbook& book, SqliteProblem& problem)
-      : db_(db), book_(book), problem_(problem) {}
+  Importer(Database& db, Workbook& book, LayoutReader& layouts, SqliteProblem& problem)
+      : db_(db), book_(book), layouts_(layouts), problem_(problem) {}
 
   bool Plain(const SqlTable& table);
   // `hasRows`: the file holds the SQL table; a table without fields has none.
@@ -109,6 +109,7 @@ class Importer {
 
   Database& db_;
   Workbook& book_;
+  LayoutReader& layouts_;
   SqliteProblem& problem_;
   std::string text_;
   bool cancelled_ = false;
@@ -412,6 +413,7 @@ bool Importer::Catalogued(const TableCatalogue& stored, bool hasRows) {
     return false;
   }
   data.objects = std::move(objects);
+  if (!layouts_.Apply(stored, table.table(), problem_)) return false;
   SelectKey(table.table(), stored.key);
   SelectForm(table.table(), stored.form);
   return RefreshCurrentTable(book_);
@@ -456,31 +458,29 @@ bool ListTables(Database& db, const std::string& only, std::vector<SqlTable>& ou
 bool ReadAll(Database& db, Workbook& fresh, const std::string& only, SqliteProblem& problem,
              bool& cancelled) {
   std::vector<SqlTable> tables;
-  std::vector<TableCatalogue> catalogues;
-  bool catalogued = false;
-  if (!ListTables(db, only, tables, problem) ||
-      !ReadCatalogues(db, catalogued, catalogues, problem)) {
-    return false;
-  }
-  Importer importer(db, fresh, problem);
+  StoredCatalogues stored;
+  if (!ListTables(db, only, tables, problem) || !ReadCatalogues(db, stored, problem)) return false;
+  LayoutReader layouts;
+  if (stored.styles && !layouts.Begin(*stored.styles, fresh, problem)) return false;
+  Importer importer(db, fresh, layouts, problem);
   Worksheet* current = nullptr;
   // The tables the catalogue describes come first, in their order; their file side tables are
   // theirs and no tables of their own.
   std::unordered_set<std::string> done;
-  for (const TableCatalogue& stored : catalogues) {
-    const std::string nameUtf8 = text::Cp1252ToUtf8(stored.name);
+  for (const TableCatalogue& table : stored.tables) {
+    const std::string nameUtf8 = text::Cp1252ToUtf8(table.name);
     bool listed = false;
     for (const SqlTable& t : tables) listed = listed || (t.nameUtf8 == nameUtf8 && !t.view);
     done.insert(nameUtf8 + kSqliteFilesSuffix);
     // A table without fields has no SQL table; it comes with the others, or when named.
-    const bool wanted = listed || only.empty() || text::EqualNoCase(stored.name, only);
+    const bool wanted = listed || only.empty() || text::EqualNoCase(table.name, only);
     if (!wanted) continue;
     done.insert(nameUtf8);
-    if (!importer.Catalogued(stored, listed)) {
+    if (!importer.Catalogued(table, listed)) {
       cancelled = importer.cancelled();
       return false;
     }
-    if (stored.current) current = fresh.FindTable(stored.name);
+    if (table.current) current = fresh.FindTable(table.name);
   }
   for (const SqlTable& t : tables) {
     if (done.count(t.nameUtf8) != 0) continue;

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "persist/file_stream.h"
 #include "store/workbook.h"
@@ -29,6 +31,22 @@ bool WriteBinaryStream(FileStream& stream, const Workbook& book, StreamCipher* c
 // The MD5 of exactly the bytes WriteBinaryStream would write without a cipher, found by walking the
 // document once more instead of keeping a copy of the stream.
 void ComputeDocumentDigest(const Workbook& book, uint8_t digest[16]);
+
+// The pieces other formats carry in the native form. The workbook's drop-down lists, fonts and
+// styles, as the stream holds them, appended to `out`.
+void WriteBinaryStyles(const Workbook& book, std::string& out);
+// One sheet's parts besides its cells (containers, column formats, row words, style runs, page
+// and sheet settings) as the stream holds them, appended to `out`; style ids are the workbook's.
+void WriteBinarySheetLayout(const Worksheet& sheet, std::string& out);
+// Reads what WriteBinaryStyles wrote into `lists` and `styles`, which it replaces. False for bytes
+// that do not hold together, or that go on past the styles.
+bool ReadBinaryStyles(std::string_view bytes, DropDownLists& lists, StyleTable& styles);
+// Reads what WriteBinarySheetLayout wrote into `sheet`, whose formats, containers and settings it
+// replaces and whose cells it leaves; a style run must name a style below `styleCount`. False
+// with `error` set: 33 for bytes that do not hold together, 21 out of memory. The sheet may then
+// hold part of the layout.
+bool ReadBinarySheetLayout(std::string_view bytes, Worksheet& sheet, uint16_t styleCount,
+                           ErrorCode& error);
 
 // Reads a whole binary file from its first byte into `book`, which is replaced only when the read
 // succeeds. `password` null: an enciphered file fails with 37, and a file carrying a read-only

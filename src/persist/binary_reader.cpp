@@ -28,13 +28,26 @@ uint64_t RecordKey(const uint8_t* r) {
   return (static_cast<uint64_t>(cell::Row(r)) << 16) | cell::Column(r);
 }
 
+// Reads the stream from a file, or pieces of it from bytes in memory, where running short is
+// damage and the errors a stream would keep stay in the reader.
 class Reader {
  public:
   Reader(FileStream& stream, StreamCipher* cipher, int version)
-      : s_(stream), cipher_(cipher), version_(version) {}
+      : s_(&stream), cipher_(cipher), version_(version) {}
+  explicit Reader(std::string_view bytes)
+      : cipher_(nullptr), version_(binary::kVersion), memory_(bytes) {}
 
   bool ReadStream(Workbook& book);
+  bool ReadStyleSections(DropDownLists& lists, StyleTable& styles) {
+    return ReadDropDownLists(lists) && ReadStyles(styles);
+  }
+  bool ReadSheetLayout(Worksheet& sheet, uint16_t styleCount) {
+    return ReadSheetFormats(sheet, styleCount) && ReadSheetSettings(sheet);
+  }
   bool bad() const { return bad_; }
+  // Reading from memory: whether every byte was taken, and the error that is not damage.
+  bool atEnd() const { return memory_.empty(); }
+  ErrorCode error() const { return error_; }
   // The bytes of the stream taken so far: where a read-only copy ends in its file.
   uint64_t consumed() const { return consumed_; }
 
@@ -42,7 +55,13 @@ class Reader {
   bool Bytes(void* out, size_t size) {
     if (bad_) return false;
     consumed_ += size;
-    return s_.ReadBlock(static_cast<uint8_t*>(out), size, cipher_);
+    if (s_ == nullptr) {
+      if (size > memory_.size()) return Damaged();
+      std::memcpy(out, memory_.data(), size);
+      memory_.remove_prefix(size);
+      return true;
+    }
+    return s_->ReadBlock(static_cast<uint8_t*>(out), size, cipher_);
   }
   bool U8(uint8_t& v) { return Bytes(&v, 1); }
   bool U16(uint16_t& v) {
@@ -72,13 +91,20 @@ class Reader {
     bad_ = true;
     return false;
   }
+  void SetError(ErrorCode code) {
+    if (s_ != nullptr) {
+      s_->SetError(code);
+    } else if (error_ == err::kNone) {
+      error_ = code;
+    }
+  }
   // A fresh block (null when memory ran out) joins the chain and takes `used` bytes from the
   // stream. Null on failure; a block that joined stays in the chain, empty, for its store to free.
   // The store adopts the chain whether or not the read went well, so the blocks always have an
   // owner.
   RowBlock* TakeBlockAndRead(RowBlock* b, BlockChain& chain, uint16_t used) {
     if (b == nullptr) {
-      s_.SetError(err::kOutOfMemory);
+      SetError(err::kOutOfMemory);
       return nullptr;
     }
     chain.Append(b);
@@ -90,26 +116,30 @@ class Reader {
     return b;
   }
 
-  bool ReadDropDownLists(Workbook& book);
+  bool ReadDropDownLists(DropDownLists& lists);
   bool ReadOldDropDownBlock(Workbook& book);
-  bool ReadStyles(Workbook& book);
+  bool ReadStyles(StyleTable& styles);
   bool ReadTree(Workbook& book);
   bool ReadWorksheet(Worksheet& sheet, uint16_t styleCount);
+  bool ReadSheetFormats(Worksheet& sheet, uint16_t styleCount);
+  bool ReadSheetSettings(Worksheet& sheet);
   bool ReadContainers(Worksheet& sheet);
   bool ReadColumnRuns(FormatStore& formats);
   bool ReadRowRuns(FormatStore& formats);
   bool ReadRunBlocks(FormatStore& formats, uint16_t styleCount);
   bool ReadCellBlocks(CellStore& cells);
 
-  FileStream& s_;
+  FileStream* s_ = nullptr;
   StreamCipher* cipher_;
   int version_;
+  std::string_view memory_;
+  ErrorCode error_ = err::kNone;
   bool bad_ = false;
   uint64_t consumed_ = 0;
   uint32_t containerId_ = 0;  // the running ids of older files
 };
 
-bool Reader::ReadDropDownLists(Workbook& book) {
+bool Reader::ReadDropDownLists(DropDownLists& lists) {
   uint16_t count = 0;
   if (!U16(count)) return false;
   if (count > kDropDownListSlots) return Damaged();
@@ -117,8 +147,8 @@ bool Reader::ReadDropDownLists(Workbook& book) {
     uint16_t slot = 0, nameLength = 0;
     uint32_t items = 0;
     if (!U16(slot)) return false;
-    if (slot >= kDropDownListSlots || book.dropDownLists[slot].used) return Damaged();
-    DropDownList& list = book.dropDownLists[slot];
+    if (slot >= kDropDownListSlots || lists[slot].used) return Damaged();
+    DropDownList& list = lists[slot];
     list.used = true;
     if (!U16(nameLength) || !Text(list.name, nameLength) || !U32(items)) return false;
     for (uint32_t k = 0; k < items; ++k) {
@@ -152,7 +182,7 @@ bool Reader::ReadOldDropDownBlock(Workbook& book) {
   return true;
 }
 
-bool Reader::ReadStyles(Workbook& book) {
+bool Reader::ReadStyles(StyleTable& table) {
   uint8_t fontCount = 0;
   if (!U8(fontCount)) return false;
   if (fontCount == 0 || fontCount > kMaxFonts) return Damaged();
@@ -167,8 +197,8 @@ bool Reader::ReadStyles(Workbook& book) {
   for (StyleRecord& st : styles) {
     if (!Bytes(st.bytes, kStyleRecordSize)) return false;
   }
-  book.styles.LoadFonts(fonts.data(), fontCount);
-  book.styles.LoadStyles(styles.data(), styleCount);
+  table.LoadFonts(fonts.data(), fontCount);
+  table.LoadStyles(styles.data(), styleCount);
   return true;
 }
 
@@ -231,7 +261,7 @@ bool Reader::ReadRowRuns(FormatStore& formats) {
     if (run == 0 || run > rows - row) return Damaged();
     // Rows of word 0 need no storage unless words behind them do.
     if ((word != 0 || row + run == rows) && !formats.rowWords().Fill(row, run, word)) {
-      s_.SetError(err::kOutOfMemory);
+      SetError(err::kOutOfMemory);
       return false;
     }
     row += run;
@@ -356,11 +386,19 @@ bool Reader::ReadCellBlocks(CellStore& cells) {
   return !failed;
 }
 
-bool Reader::ReadWorksheet(Worksheet& sheet, uint16_t styleCount) {
+bool Reader::ReadSheetFormats(Worksheet& sheet, uint16_t styleCount) {
   return ReadContainers(sheet) && ReadColumnRuns(sheet.formats) && ReadRowRuns(sheet.formats) &&
-         ReadRunBlocks(sheet.formats, styleCount) && ReadCellBlocks(sheet.cells) &&
-         Bytes(sheet.pageSettings.data(), sheet.pageSettings.size()) &&
+         ReadRunBlocks(sheet.formats, styleCount);
+}
+
+bool Reader::ReadSheetSettings(Worksheet& sheet) {
+  return Bytes(sheet.pageSettings.data(), sheet.pageSettings.size()) &&
          Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
+}
+
+bool Reader::ReadWorksheet(Worksheet& sheet, uint16_t styleCount) {
+  return ReadSheetFormats(sheet, styleCount) && ReadCellBlocks(sheet.cells) &&
+         ReadSheetSettings(sheet);
 }
 
 bool Reader::ReadTree(Workbook& book) {
@@ -373,7 +411,7 @@ bool Reader::ReadTree(Workbook& book) {
   }
   WorkbookNode* last = nullptr;
   for (uint32_t i = 0; untilEnd || i < count; ++i) {
-    if (untilEnd && s_.AtEnd()) break;
+    if (untilEnd && s_->AtEnd()) break;
     uint8_t nameLength = 0, kind = 0, flag = 0;
     uint16_t level = 0;
     std::string name;
@@ -389,7 +427,7 @@ bool Reader::ReadTree(Workbook& book) {
     if (kind == kFolderNode) {
       auto* folder = new (std::nothrow) Folder(name);
       if (folder == nullptr) {
-        s_.SetError(err::kOutOfMemory);
+        SetError(err::kOutOfMemory);
         return false;
       }
       folder->open = flag;
@@ -398,7 +436,7 @@ bool Reader::ReadTree(Workbook& book) {
     } else {
       auto* sheet = new (std::nothrow) Worksheet(name);
       if (sheet == nullptr) {
-        s_.SetError(err::kOutOfMemory);
+        SetError(err::kOutOfMemory);
         return false;
       }
       node = sheet;
@@ -434,7 +472,7 @@ bool Reader::ReadStream(Workbook& book) {
   book.inspectPaneVisible = inspectVisible;
   book.inspectPaneHeight = inspectHeight;
   if (version_ < 3 && !ReadOldDropDownBlock(book)) return false;
-  if (!ReadDropDownLists(book) || !ReadStyles(book)) return false;
+  if (!ReadDropDownLists(book.dropDownLists) || !ReadStyles(book.styles)) return false;
   uint32_t inspected = 0;
   if (!U32(inspected)) return false;
   if (inspected > kMaxInspectedCells) return Damaged();
@@ -467,6 +505,24 @@ bool CheckTables(Workbook& book) {
 }
 
 }  // namespace
+
+bool ReadBinaryStyles(std::string_view bytes, DropDownLists& lists, StyleTable& styles) {
+  DropDownLists read;
+  Reader reader(bytes);
+  if (!reader.ReadStyleSections(read, styles) || !reader.atEnd()) return false;
+  lists = std::move(read);
+  return true;
+}
+
+bool ReadBinarySheetLayout(std::string_view bytes, Worksheet& sheet, uint16_t styleCount,
+                           ErrorCode& error) {
+  sheet.formats.Reset(false);
+  sheet.containers.clear();
+  Reader reader(bytes);
+  if (reader.ReadSheetLayout(sheet, styleCount) && reader.atEnd()) return true;
+  error = reader.error() != err::kNone ? reader.error() : err::kInvalidBinaryFormat;
+  return false;
+}
 
 bool ReadBinaryDocument(FileStream& stream, Workbook& book, const char* password,
                         const std::string& documentPath) {

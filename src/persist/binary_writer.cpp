@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "persist/binary_format.h"
@@ -13,15 +14,18 @@ namespace kelpdex {
 namespace {
 
 // Little-endian values into the stream, through the cipher when there is one; or into a digest
-// alone, which then sees exactly the bytes the stream would hold.
+// alone, which then sees exactly the bytes the stream would hold; or onto the end of a string.
 class Out {
  public:
   Out(FileStream& stream, StreamCipher* cipher) : stream_(&stream), cipher_(cipher) {}
   explicit Out(Md5Digest& digest) : digest_(&digest) {}
+  explicit Out(std::string& bytes) : bytes_(&bytes) {}
 
   void Bytes(const void* data, size_t size) {
     if (digest_ != nullptr) {
       digest_->Update(data, size);
+    } else if (bytes_ != nullptr) {
+      bytes_->append(static_cast<const char*>(data), size);
     } else {
       stream_->WriteBlock(static_cast<const uint8_t*>(data), size, cipher_);
     }
@@ -49,14 +53,15 @@ class Out {
   FileStream* stream_ = nullptr;
   StreamCipher* cipher_ = nullptr;
   Md5Digest* digest_ = nullptr;
+  std::string* bytes_ = nullptr;
 };
 
-void WriteDropDownLists(Out& out, const Workbook& book) {
+void WriteDropDownLists(Out& out, const DropDownLists& lists) {
   uint16_t used = 0;
-  for (const DropDownList& list : book.dropDownLists) used += list.used;
+  for (const DropDownList& list : lists) used += list.used;
   out.U16(used);
   for (uint16_t slot = 0; slot < kDropDownListSlots; ++slot) {
-    const DropDownList& list = book.dropDownLists[slot];
+    const DropDownList& list = lists[slot];
     if (!list.used) continue;  // an empty slot takes no bytes
     out.U16(slot);
     out.U16(static_cast<uint16_t>(list.name.size()));
@@ -228,13 +233,32 @@ void WriteMadePacked(Out& out, const std::vector<uint16_t>& sizes, Each each) {
   }
 }
 
-void WriteWorksheet(Out& out, const Worksheet& sheet, bool readOnlyCopy) {
+void WriteStyleTable(Out& out, const StyleTable& styles) {
+  out.U8(styles.fontCount());
+  for (uint8_t i = 0; i < styles.fontCount(); ++i) out.Bytes(styles.Font(i).bytes, kFontRecordSize);
+  out.U16(styles.styleCount());
+  for (uint16_t i = 0; i < styles.styleCount(); ++i) {
+    out.Bytes(styles.Style(i).bytes, kStyleRecordSize);
+  }
+}
+
+// What a sheet holds ahead of its cells: containers, column formats, row words, style runs.
+void WriteSheetFormats(Out& out, const Worksheet& sheet) {
   WriteContainers(out, sheet);
   WriteColumnRuns(out, sheet.formats);
   WriteRowRuns(out, sheet.formats);
   WriteChainPacked(out, sheet.formats.head(),
                    PackedSizes(FormatStore::kRunCapacity,
                                [&](auto visit) { EachRun(sheet.formats.head(), visit); }));
+}
+
+void WriteSheetSettings(Out& out, const Worksheet& sheet) {
+  out.Bytes(sheet.pageSettings.data(), sheet.pageSettings.size());
+  out.Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
+}
+
+void WriteWorksheet(Out& out, const Worksheet& sheet, bool readOnlyCopy) {
+  WriteSheetFormats(out, sheet);
   std::vector<uint8_t> scratch(readOnlyCopy ? kBlockPayload : 0);
   auto cells = [&](auto visit) {
     EachCell(sheet.cells.head(), readOnlyCopy, scratch.data(), visit);
@@ -245,8 +269,7 @@ void WriteWorksheet(Out& out, const Worksheet& sheet, bool readOnlyCopy) {
   } else {
     WriteChainPacked(out, sheet.cells.head(), sizes);
   }
-  out.Bytes(sheet.pageSettings.data(), sheet.pageSettings.size());
-  out.Bytes(sheet.sheetSettings.data(), sheet.sheetSettings.size());
+  WriteSheetSettings(out, sheet);
 }
 
 bool WriteStream(Out& out, const Workbook& book, bool readOnlyCopy) {
@@ -256,15 +279,8 @@ bool WriteStream(Out& out, const Workbook& book, bool readOnlyCopy) {
   out.U16(book.treePaneWidth);
   out.U16(book.inspectPaneVisible);
   out.U16(book.inspectPaneHeight);
-  WriteDropDownLists(out, book);
-  out.U8(book.styles.fontCount());
-  for (uint8_t i = 0; i < book.styles.fontCount(); ++i) {
-    out.Bytes(book.styles.Font(i).bytes, kFontRecordSize);
-  }
-  out.U16(book.styles.styleCount());
-  for (uint16_t i = 0; i < book.styles.styleCount(); ++i) {
-    out.Bytes(book.styles.Style(i).bytes, kStyleRecordSize);
-  }
+  WriteDropDownLists(out, book.dropDownLists);
+  WriteStyleTable(out, book.styles);
   out.U32(static_cast<uint32_t>(book.inspectCells.size()));
   for (const InspectedCell& c : book.inspectCells) out.Bytes(c.bytes.data(), c.bytes.size());
 
@@ -300,6 +316,18 @@ void ComputeDocumentDigest(const Workbook& book, uint8_t digest[16]) {
   Out out(hash);
   WriteStream(out, book, false);
   hash.Final(digest);
+}
+
+void WriteBinaryStyles(const Workbook& book, std::string& out) {
+  Out to(out);
+  WriteDropDownLists(to, book.dropDownLists);
+  WriteStyleTable(to, book.styles);
+}
+
+void WriteBinarySheetLayout(const Worksheet& sheet, std::string& out) {
+  Out to(out);
+  WriteSheetFormats(to, sheet);
+  WriteSheetSettings(to, sheet);
 }
 
 bool WriteBinaryDocument(FileStream& stream, const Workbook& book) {

@@ -424,6 +424,15 @@ void FormatStore::RewriteRuns(uint32_t fromRow, Map map) {
   MaybeCompact();
 }
 
+void FormatStore::MapStyles(const uint16_t* map, uint16_t count) {
+  auto mapped = [&](uint16_t id) { return id < count ? map[id] : uint16_t{0}; };
+  for (ColumnFormat& column : columns_) column.SetStyleId(mapped(column.StyleId()));
+  RewriteRuns(0, [&](StyleRun& run) {
+    run.styleId = mapped(run.styleId);
+    return true;
+  });
+}
+
 void FormatStore::MaybeCompact() {
   if (chain_.WantsCompaction()) Compact();
 }

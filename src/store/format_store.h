@@ -105,6 +105,10 @@ class FormatStore {
   void InsertColumn(uint16_t column);
   void DeleteColumn(uint16_t column);
 
+  // Moves every run and column entry from style id `i` to `map[i]`, as when the styles come from
+  // another workbook's table; an id at or beyond `count` becomes the default style 0.
+  void MapStyles(const uint16_t* map, uint16_t count);
+
   // Empties runs, row words and columns; blocks go to the free lists unless `freeBlocks`.
   void Reset(bool freeBlocks);
 
