@@ -11,6 +11,7 @@
 // The ANSI/Unicode switches of windows.h would rename Kelpdex's own functions.
 #undef CopyFile
 #undef DeleteFile
+#undef ReplaceFile
 
 #include "platform/os.h"
 
@@ -102,7 +103,9 @@ std::string TempFolder() {
 }
 
 std::string UserSettingsFolder() {
-  std::string appData = SpecialFolder(CSIDL_APPDATA);
+  // The local, not the roaming, application data: window places and recent files belong to
+  // this machine.
+  std::string appData = SpecialFolder(CSIDL_LOCAL_APPDATA);
   if (appData.empty()) return "";
   return JoinPath(appData, "Kelpdex");
 }
@@ -358,18 +361,20 @@ bool SameFile(const std::string& a, const std::string& b) {
 
 LockResult FileLock::Acquire(const std::string& path) {
   Release();
-  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ,
-                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+  // The share mode is the lock: a handle with write access that lets others only read (and
+  // rename over the file, which the safe save does) makes every further open for writing, the
+  // next Kelpdex's included, fail with a sharing violation. Readers pass.
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShare, nullptr,
                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE) return LockResult::kUnavailable;
-  // Byte-range locks on Windows bar reads of the range, even through this process's own other
-  // handles; a byte far past any document's end is locked instead, so readers are never stopped.
-  OVERLAPPED at{};
-  at.Offset = 0;
-  at.OffsetHigh = 0x7FFFFFFF;
-  if (!::LockFileEx(h, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at)) {
-    ::CloseHandle(h);
-    return LockResult::kInUse;
+  if (h == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_ACCESS_DENIED) {
+    // A read-only file: nobody saves over it, so a read handle that keeps writers out will do.
+    h = ::CreateFileA(path.c_str(), GENERIC_READ, kShare, nullptr, OPEN_EXISTING,
+                      FILE_ATTRIBUTE_NORMAL, nullptr);
+  }
+  if (h == INVALID_HANDLE_VALUE) {
+    return ::GetLastError() == ERROR_SHARING_VIOLATION ? LockResult::kInUse
+                                                       : LockResult::kUnavailable;
   }
   handle_ = reinterpret_cast<intptr_t>(h);
   return LockResult::kLocked;

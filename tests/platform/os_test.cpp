@@ -70,6 +70,9 @@ TEST(ProcessFacts, DescribeThisProcess) {
   LocalTime now = GetLocalTime();
   std::time_t after = std::time(nullptr);
   std::tm parts{};
+#ifdef _WIN32
+  auto localtime_r = [](const std::time_t* t, std::tm* out) { localtime_s(out, t); };
+#endif
   localtime_r(&before, &parts);
   if (parts.tm_min != now.minute) localtime_r(&after, &parts);  // the minute turned meanwhile
   EXPECT_EQ(now.year, parts.tm_year + 1900);
