@@ -13,6 +13,9 @@
 #undef DeleteFile
 #undef ReplaceFile
 
+#include <algorithm>
+#include <mutex>
+
 #include "platform/os.h"
 
 namespace kelpdex::platform {
@@ -67,6 +70,38 @@ bool WriteAll(HANDLE file, std::string_view bytes) {
     bytes.remove_prefix(written);
   }
   return true;
+}
+
+// An in-use lock of this process: the handle whose share mode keeps other writers out, and the
+// path it was taken on, so that a save of that path can let it step aside.
+struct HeldLock {
+  HANDLE handle;
+  std::string path;
+};
+
+std::mutex& HeldLocksMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+std::vector<HeldLock*>& HeldLocks() {
+  static std::vector<HeldLock*> held;
+  return held;
+}
+
+// The share mode is the lock: a handle with write access that lets others only read (and
+// rename over the file, as the safe save does) makes every further open for writing, the next
+// Kelpdex's included, fail with a sharing violation. Readers pass.
+HANDLE OpenLockHandle(const std::string& path) {
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShare, nullptr,
+                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_ACCESS_DENIED) {
+    // A read-only file: nobody saves over it, so a read handle that keeps writers out will do.
+    h = ::CreateFileA(path.c_str(), GENERIC_READ, kShare, nullptr, OPEN_EXISTING,
+                      FILE_ATTRIBUTE_NORMAL, nullptr);
+  }
+  return h;
 }
 
 }  // namespace
@@ -278,8 +313,24 @@ std::string SystemErrorText(int code) {
 }
 
 bool ReplaceFile(const std::string& from, const std::string& to) {
-  return ::MoveFileExA(from.c_str(), to.c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+  // Windows will not rename over a file that is open, and this process's own in-use lock holds
+  // the document it saves; those handles step aside for the rename and are taken again on the
+  // new file. Another Kelpdex may slip in meanwhile; it then opens the document read-only.
+  std::lock_guard<std::mutex> guard(HeldLocksMutex());
+  std::vector<HeldLock*> stepped;
+  for (HeldLock* held : HeldLocks()) {
+    if (SameFile(held->path, to)) {
+      ::CloseHandle(held->handle);
+      held->handle = INVALID_HANDLE_VALUE;
+      stepped.push_back(held);
+    }
+  }
+  bool ok = ::MoveFileExA(from.c_str(), to.c_str(),
+                          MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+  KeepingLastError([&] {
+    for (HeldLock* held : stepped) held->handle = OpenLockHandle(held->path);
+  });
+  return ok;
 }
 
 bool SyncFile(const std::string& path) {
@@ -361,28 +412,26 @@ bool SameFile(const std::string& a, const std::string& b) {
 
 LockResult FileLock::Acquire(const std::string& path) {
   Release();
-  // The share mode is the lock: a handle with write access that lets others only read (and
-  // rename over the file, which the safe save does) makes every further open for writing, the
-  // next Kelpdex's included, fail with a sharing violation. Readers pass.
-  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
-  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShare, nullptr,
-                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_ACCESS_DENIED) {
-    // A read-only file: nobody saves over it, so a read handle that keeps writers out will do.
-    h = ::CreateFileA(path.c_str(), GENERIC_READ, kShare, nullptr, OPEN_EXISTING,
-                      FILE_ATTRIBUTE_NORMAL, nullptr);
-  }
+  HANDLE h = OpenLockHandle(path);
   if (h == INVALID_HANDLE_VALUE) {
     return ::GetLastError() == ERROR_SHARING_VIOLATION ? LockResult::kInUse
                                                        : LockResult::kUnavailable;
   }
-  handle_ = reinterpret_cast<intptr_t>(h);
+  auto* held = new HeldLock{h, path};
+  std::lock_guard<std::mutex> guard(HeldLocksMutex());
+  HeldLocks().push_back(held);
+  handle_ = reinterpret_cast<intptr_t>(held);
   return LockResult::kLocked;
 }
 
 void FileLock::Release() {
   if (handle_ == kNone) return;
-  ::CloseHandle(reinterpret_cast<HANDLE>(handle_));
+  auto* held = reinterpret_cast<HeldLock*>(handle_);
+  std::lock_guard<std::mutex> guard(HeldLocksMutex());
+  std::vector<HeldLock*>& all = HeldLocks();
+  all.erase(std::find(all.begin(), all.end(), held));
+  if (held->handle != INVALID_HANDLE_VALUE) ::CloseHandle(held->handle);
+  delete held;
   handle_ = kNone;
 }
 
