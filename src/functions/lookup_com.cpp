@@ -10,7 +10,9 @@
 #include "functions/lookup_search.h"
 
 #ifdef _WIN32
-#include <windows.h>  // first: oleauto.h needs its types
+// windows.h first: oleauto.h needs its types.
+#include <windows.h>
+
 #include <oleauto.h>
 #endif
 

@@ -104,6 +104,16 @@ HANDLE OpenLockHandle(const std::string& path) {
   return h;
 }
 
+bool FileIdentity(const std::string& path, BY_HANDLE_FILE_INFORMATION& info) {
+  // No access asked for: a file another program holds open still tells who it is.
+  HANDLE h = ::CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                           nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (h == INVALID_HANDLE_VALUE) return false;
+  bool ok = ::GetFileInformationByHandle(h, &info) != FALSE;
+  ::CloseHandle(h);
+  return ok;
+}
+
 }  // namespace
 
 std::string UserName() {
@@ -254,7 +264,11 @@ bool WriteWholeFile(const std::string& path, std::string_view bytes) {
   std::string folder = FolderOf(path);
   if (folder.empty()) folder = ".";
   char tempPath[MAX_PATH] = {};
-  if (GetTempFileNameA(folder.c_str(), "kpx", 0, tempPath) == 0) return false;
+  if (GetTempFileNameA(folder.c_str(), "kpx", 0, tempPath) == 0) {
+    // It says ERROR_DIRECTORY for a folder that is not there; the missing path is the news.
+    if (!FolderExists(folder)) SetLastError(ERROR_PATH_NOT_FOUND);
+    return false;
+  }
   HANDLE file = CreateFileA(tempPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                             FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
@@ -401,6 +415,15 @@ void PrefaultMemory(void* /*memory*/, size_t /*bytes*/) {
 }
 
 bool SameFile(const std::string& a, const std::string& b) {
+  // The volume and file index, as POSIX compares device and inode: short names, links and
+  // spellings of one file all agree.
+  BY_HANDLE_FILE_INFORMATION infoA = {};
+  BY_HANDLE_FILE_INFORMATION infoB = {};
+  if (FileIdentity(a, infoA) && FileIdentity(b, infoB)) {
+    return infoA.dwVolumeSerialNumber == infoB.dwVolumeSerialNumber &&
+           infoA.nFileIndexHigh == infoB.nFileIndexHigh &&
+           infoA.nFileIndexLow == infoB.nFileIndexLow;
+  }
   char fullA[MAX_PATH];
   char fullB[MAX_PATH];
   if (::GetFullPathNameA(a.c_str(), MAX_PATH, fullA, nullptr) == 0 ||

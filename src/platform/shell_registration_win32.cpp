@@ -55,9 +55,9 @@ constexpr const char* kOwnedKeys[] = {"AppID\\%APPID%", "AppID\\%EXE%", "Applica
                                       "kpxfile"};
 
 std::string Substitute(std::string text, const std::string& module, const std::string& exe) {
-  for (const auto& [name, value] :
-       {std::pair<std::string, std::string>{"%MODULE%", module}, {"%EXE%", exe},
-        {"%APPID%", kAppId}}) {
+  for (const auto& [name, value] : {std::pair<std::string, std::string>{"%MODULE%", module},
+                                    {"%EXE%", exe},
+                                    {"%APPID%", kAppId}}) {
     for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
       text.replace(at, name.size(), value);
       at += value.size();
