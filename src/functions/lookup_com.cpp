@@ -10,8 +10,10 @@
 #include "functions/lookup_search.h"
 
 #ifdef _WIN32
-#include <oleauto.h>
+// windows.h first: oleauto.h needs its types.
 #include <windows.h>
+
+#include <oleauto.h>
 #endif
 
 namespace kelpdex::fn {
@@ -169,7 +171,7 @@ uint32_t EncodeVariant(const VARIANT& v, uint32_t row, uint16_t column, uint8_t*
     }
     case VT_DECIMAL: {
       double x = 0;
-      VarR8FromDec(&v.decVal, &x);
+      VarR8FromDec(const_cast<DECIMAL*>(&v.decVal), &x);  // mingw-w64 drops the const
       return cell::EncodeNumber(record, row, column, x);
     }
     case VT_DATE: {

@@ -1,5 +1,6 @@
-// Regional data from Windows' own NLS tables. Values are read as UTF-16 and converted like the
-// POSIX ones, so that a locale gives the same bytes whatever the ANSI code page of the machine.
+// Regional data from Windows' own NLS tables, through GetLocaleInfoA. Its bytes are in the
+// locale's own ANSI code page; a locale of another code page than Windows-1252 is read as UTF-16
+// and converted like the POSIX values, so a locale gives the same bytes on every machine.
 #ifdef _WIN32
 
 #ifndef WIN32_LEAN_AND_MEAN
@@ -11,7 +12,9 @@
 #include <windows.h>
 #undef GetLocaleInfo
 
+#include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "platform/locale_provider.h"
 #include "platform/locale_table.h"
@@ -51,6 +54,14 @@ class Win32LocaleProvider : public LocaleProvider {
       SetLastError(ERROR_INVALID_PARAMETER);
       return 0;
     }
+    // Without LOCALE_USE_CP_ACP the narrow call answers in the locale's code page, not the
+    // machine's, so a Western locale's bytes are Windows-1252 already.
+    if (AnsiCodePage(lcid) == 1252) {
+      char value[256];
+      int length = ::GetLocaleInfoA(lcid, type & ~LOCALE_USE_CP_ACP, value, sizeof value);
+      if (length <= 0) return 0;
+      return StoreLocaleValue(std::string_view(value, static_cast<size_t>(length) - 1), buf, size);
+    }
     int length = ::GetLocaleInfoW(lcid, type, nullptr, 0);
     if (length <= 0) return 0;
     std::wstring wide(static_cast<size_t>(length), L'\0');
@@ -58,6 +69,13 @@ class Win32LocaleProvider : public LocaleProvider {
     if (length <= 0) return 0;
     wide.resize(static_cast<size_t>(length) - 1);
     return StoreLocaleValue(LocaleValueToCp1252(Utf8Of(wide)), buf, size);
+  }
+
+ private:
+  static unsigned AnsiCodePage(uint32_t lcid) {
+    char digits[8] = {};
+    if (::GetLocaleInfoA(lcid, LOCALE_IDEFAULTANSICODEPAGE, digits, sizeof digits) <= 0) return 0;
+    return static_cast<unsigned>(std::strtoul(digits, nullptr, 10));
   }
 };
 

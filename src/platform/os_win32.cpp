@@ -11,6 +11,10 @@
 // The ANSI/Unicode switches of windows.h would rename Kelpdex's own functions.
 #undef CopyFile
 #undef DeleteFile
+#undef ReplaceFile
+
+#include <algorithm>
+#include <mutex>
 
 #include "platform/os.h"
 
@@ -68,6 +72,48 @@ bool WriteAll(HANDLE file, std::string_view bytes) {
   return true;
 }
 
+// An in-use lock of this process: the handle whose share mode keeps other writers out, and the
+// path it was taken on, so that a save of that path can let it step aside.
+struct HeldLock {
+  HANDLE handle;
+  std::string path;
+};
+
+std::mutex& HeldLocksMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+std::vector<HeldLock*>& HeldLocks() {
+  static std::vector<HeldLock*> held;
+  return held;
+}
+
+// The share mode is the lock: a handle with write access that lets others only read (and
+// rename over the file, as the safe save does) makes every further open for writing, the next
+// Kelpdex's included, fail with a sharing violation. Readers pass.
+HANDLE OpenLockHandle(const std::string& path) {
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShare, nullptr,
+                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_ACCESS_DENIED) {
+    // A read-only file: nobody saves over it, so a read handle that keeps writers out will do.
+    h = ::CreateFileA(path.c_str(), GENERIC_READ, kShare, nullptr, OPEN_EXISTING,
+                      FILE_ATTRIBUTE_NORMAL, nullptr);
+  }
+  return h;
+}
+
+bool FileIdentity(const std::string& path, BY_HANDLE_FILE_INFORMATION& info) {
+  // No access asked for: a file another program holds open still tells who it is.
+  HANDLE h = ::CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                           nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (h == INVALID_HANDLE_VALUE) return false;
+  bool ok = ::GetFileInformationByHandle(h, &info) != FALSE;
+  ::CloseHandle(h);
+  return ok;
+}
+
 }  // namespace
 
 std::string UserName() {
@@ -102,7 +148,9 @@ std::string TempFolder() {
 }
 
 std::string UserSettingsFolder() {
-  std::string appData = SpecialFolder(CSIDL_APPDATA);
+  // The local, not the roaming, application data: window places and recent files belong to
+  // this machine.
+  std::string appData = SpecialFolder(CSIDL_LOCAL_APPDATA);
   if (appData.empty()) return "";
   return JoinPath(appData, "Kelpdex");
 }
@@ -216,7 +264,11 @@ bool WriteWholeFile(const std::string& path, std::string_view bytes) {
   std::string folder = FolderOf(path);
   if (folder.empty()) folder = ".";
   char tempPath[MAX_PATH] = {};
-  if (GetTempFileNameA(folder.c_str(), "kpx", 0, tempPath) == 0) return false;
+  if (GetTempFileNameA(folder.c_str(), "kpx", 0, tempPath) == 0) {
+    // It says ERROR_DIRECTORY for a folder that is not there; the missing path is the news.
+    if (!FolderExists(folder)) SetLastError(ERROR_PATH_NOT_FOUND);
+    return false;
+  }
   HANDLE file = CreateFileA(tempPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                             FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
@@ -275,8 +327,24 @@ std::string SystemErrorText(int code) {
 }
 
 bool ReplaceFile(const std::string& from, const std::string& to) {
-  return ::MoveFileExA(from.c_str(), to.c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+  // Windows will not rename over a file that is open, and this process's own in-use lock holds
+  // the document it saves; those handles step aside for the rename and are taken again on the
+  // new file. Another Kelpdex may slip in meanwhile; it then opens the document read-only.
+  std::lock_guard<std::mutex> guard(HeldLocksMutex());
+  std::vector<HeldLock*> stepped;
+  for (HeldLock* held : HeldLocks()) {
+    if (SameFile(held->path, to)) {
+      ::CloseHandle(held->handle);
+      held->handle = INVALID_HANDLE_VALUE;
+      stepped.push_back(held);
+    }
+  }
+  bool ok = ::MoveFileExA(from.c_str(), to.c_str(),
+                          MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+  KeepingLastError([&] {
+    for (HeldLock* held : stepped) held->handle = OpenLockHandle(held->path);
+  });
+  return ok;
 }
 
 bool SyncFile(const std::string& path) {
@@ -347,6 +415,15 @@ void PrefaultMemory(void* /*memory*/, size_t /*bytes*/) {
 }
 
 bool SameFile(const std::string& a, const std::string& b) {
+  // The volume and file index, as POSIX compares device and inode: short names, links and
+  // spellings of one file all agree.
+  BY_HANDLE_FILE_INFORMATION infoA = {};
+  BY_HANDLE_FILE_INFORMATION infoB = {};
+  if (FileIdentity(a, infoA) && FileIdentity(b, infoB)) {
+    return infoA.dwVolumeSerialNumber == infoB.dwVolumeSerialNumber &&
+           infoA.nFileIndexHigh == infoB.nFileIndexHigh &&
+           infoA.nFileIndexLow == infoB.nFileIndexLow;
+  }
   char fullA[MAX_PATH];
   char fullB[MAX_PATH];
   if (::GetFullPathNameA(a.c_str(), MAX_PATH, fullA, nullptr) == 0 ||
@@ -358,26 +435,26 @@ bool SameFile(const std::string& a, const std::string& b) {
 
 LockResult FileLock::Acquire(const std::string& path) {
   Release();
-  HANDLE h = ::CreateFileA(path.c_str(), GENERIC_READ,
-                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE) return LockResult::kUnavailable;
-  // Byte-range locks on Windows bar reads of the range, even through this process's own other
-  // handles; a byte far past any document's end is locked instead, so readers are never stopped.
-  OVERLAPPED at{};
-  at.Offset = 0;
-  at.OffsetHigh = 0x7FFFFFFF;
-  if (!::LockFileEx(h, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at)) {
-    ::CloseHandle(h);
-    return LockResult::kInUse;
+  HANDLE h = OpenLockHandle(path);
+  if (h == INVALID_HANDLE_VALUE) {
+    return ::GetLastError() == ERROR_SHARING_VIOLATION ? LockResult::kInUse
+                                                       : LockResult::kUnavailable;
   }
-  handle_ = reinterpret_cast<intptr_t>(h);
+  auto* held = new HeldLock{h, path};
+  std::lock_guard<std::mutex> guard(HeldLocksMutex());
+  HeldLocks().push_back(held);
+  handle_ = reinterpret_cast<intptr_t>(held);
   return LockResult::kLocked;
 }
 
 void FileLock::Release() {
   if (handle_ == kNone) return;
-  ::CloseHandle(reinterpret_cast<HANDLE>(handle_));
+  auto* held = reinterpret_cast<HeldLock*>(handle_);
+  std::lock_guard<std::mutex> guard(HeldLocksMutex());
+  std::vector<HeldLock*>& all = HeldLocks();
+  all.erase(std::find(all.begin(), all.end(), held));
+  if (held->handle != INVALID_HANDLE_VALUE) ::CloseHandle(held->handle);
+  delete held;
   handle_ = kNone;
 }
 

@@ -1,4 +1,5 @@
-// The .kpx association for the current user only (HKCU\Software\Classes), which needs no
+// The registry script of the .kpx association, applied for the current user only
+// (HKCU\Software\Classes, which the shell merges into HKEY_CLASSES_ROOT): that needs no
 // administrator rights and leaves other accounts as they were.
 #ifdef _WIN32
 
@@ -12,6 +13,7 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
 
 #include "platform/shell_registration.h"
 
@@ -20,8 +22,66 @@ namespace kelpdex::platform {
 namespace {
 
 constexpr const char* kClasses = "Software\\Classes\\";
-constexpr const char* kExtension = ".kpx";
-constexpr const char* kProgId = "Kelpdex.Database";
+constexpr const char* kProgId = "kpxfile";
+// Kelpdex's own AppID, fixed once so that unregistering finds what registering wrote.
+constexpr const char* kAppId = "{5B1C7E2A-3D4F-4A8B-9C61-2E7F0D93A4B5}";
+
+// One value of the script: under `key` (below Software\Classes), `name` (nullptr: the default
+// value) gets `value`, in which %MODULE% stands for the executable's short path and %EXE% for
+// its file name.
+struct ScriptValue {
+  const char* key;
+  const char* name;
+  const char* value;
+};
+
+constexpr ScriptValue kScript[] = {
+    {"AppID\\%APPID%", nullptr, "Kelpdex"},
+    {"AppID\\%EXE%", "AppID", "%APPID%"},
+    {"AppID\\%EXE%", "NoOpenWith", ""},
+    {"Applications\\%EXE%", "FriendlyAppName", "Kelpdex"},
+    {"Applications\\%EXE%", "NoOpenWith", ""},
+    {".kpx", nullptr, "kpxfile"},
+    {".kpx\\kpxfile\\ShellNew", "NullFile", ""},
+    {"kpxfile", nullptr, "Kelpdex File"},
+    {"kpxfile\\DefaultIcon", nullptr, "%MODULE%,-129"},
+    {"kpxfile\\shell", nullptr, "open"},
+    {"kpxfile\\shell\\open", nullptr, "Open with Kelpdex"},
+    {"kpxfile\\shell\\open\\command", nullptr, "%MODULE% %1"},
+};
+
+// The keys the script owns, removed whole when unregistering; .kpx goes only while it is ours.
+constexpr const char* kOwnedKeys[] = {"AppID\\%APPID%", "AppID\\%EXE%", "Applications\\%EXE%",
+                                      "kpxfile"};
+
+std::string Substitute(std::string text, const std::string& module, const std::string& exe) {
+  for (const auto& [name, value] : {std::pair<std::string, std::string>{"%MODULE%", module},
+                                    {"%EXE%", exe},
+                                    {"%APPID%", kAppId}}) {
+    for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
+      text.replace(at, name.size(), value);
+      at += value.size();
+    }
+  }
+  return text;
+}
+
+// The executable's short (8.3) path, which needs no quotes in a command line; the long path where
+// the volume keeps no short names.
+std::string ShortPath(const std::string& path) {
+  char buffer[MAX_PATH] = {};
+  DWORD length = GetShortPathNameA(path.c_str(), buffer, sizeof buffer);
+  if (length == 0 || length >= sizeof buffer) return path;
+  return std::string(buffer, length);
+}
+
+std::string ExecutableName() {
+  char path[MAX_PATH] = {};
+  DWORD length = GetModuleFileNameA(nullptr, path, sizeof path);
+  std::string full(path, length < sizeof path ? length : 0);
+  size_t separator = full.find_last_of("\\/");
+  return separator == std::string::npos ? full : full.substr(separator + 1);
+}
 
 bool Fail(LONG result) {
   SetLastError(static_cast<DWORD>(result));
@@ -80,25 +140,28 @@ LONG DeleteTree(const std::string& subKey) {
 }  // namespace
 
 bool RegisterShellIntegration(const std::string& executablePath) {
-  std::string classes = kClasses;
-  std::string progId = classes + kProgId;
-  std::string quoted = "\"" + executablePath + "\"";
-  bool ok = SetValue(classes + kExtension, nullptr, kProgId) &&
-            SetValue(classes + kExtension, "Content Type", "application/x-kelpdex") &&
-            SetValue(progId, nullptr, "Kelpdex File") &&
-            SetValue(progId + "\\DefaultIcon", nullptr, quoted + ",0") &&
-            SetValue(progId + "\\shell\\open\\command", nullptr, quoted + " \"%1\"");
-  if (!ok) return false;
+  std::string module = ShortPath(executablePath);
+  std::string exe = executablePath.substr(executablePath.find_last_of("\\/") + 1);
+  for (const ScriptValue& entry : kScript) {
+    if (!SetValue(kClasses + Substitute(entry.key, module, exe), entry.name,
+                  Substitute(entry.value, module, exe))) {
+      return false;
+    }
+  }
   SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr);
   return true;
 }
 
 bool UnregisterShellIntegration() {
   std::string classes = kClasses;
-  LONG result = DeleteTree(classes + kProgId);
+  std::string exe = ExecutableName();
+  LONG result = ERROR_SUCCESS;
+  for (const char* key : kOwnedKeys) {
+    if (result == ERROR_SUCCESS) result = DeleteTree(classes + Substitute(key, "", exe));
+  }
   // The extension is left alone once another program has taken it over.
-  if (result == ERROR_SUCCESS && DefaultValue(classes + kExtension) == kProgId) {
-    result = DeleteTree(classes + kExtension);
+  if (result == ERROR_SUCCESS && DefaultValue(classes + ".kpx") == kProgId) {
+    result = DeleteTree(classes + ".kpx");
   }
   SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr);
   if (result != ERROR_SUCCESS) return Fail(result);

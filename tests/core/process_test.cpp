@@ -12,6 +12,7 @@
 #include "core/process.h"
 #include "core/server_module.h"
 #include "platform/locale_table.h"
+#include "platform/os.h"
 #include "support/fake_locale_provider.h"
 #include "support/temp_dir.h"
 
@@ -115,7 +116,7 @@ TEST_F(ProcessTest, RegistrationSwitchesEndBeforeSettingsAndFrame) {
 }
 
 TEST_F(ProcessTest, InteractiveRunOpensTheLineAndSavesSettingsAtExit) {
-  std::string settingsFile = host_.folder + "/settings.xml";
+  std::string settingsFile = platform::JoinPath(host_.folder, "settings.xml");
   // The per-user folder does not exist yet; it is created at exit.
   host_.existing.insert(settingsFile);
   host_.locales.SetLocale(platform::kLocaleUserDefault, ",", ".", ".", ":", "1", "1", "kr");

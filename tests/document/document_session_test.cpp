@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
+#ifndef _WIN32
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 #include "search/search_keys.h"
 
 #include <string>
@@ -451,6 +453,14 @@ TEST_F(DocumentSessionTest, ANewDocumentIsSavedThroughSaveAsAndCloseCanBeCancell
   EXPECT_EQ(view.title, "Kelpdex");
 }
 
+#ifdef _WIN32
+// Share modes stand between handles, so a second handle of this process holds the lock as
+// another process would.
+struct LockHolder {
+  platform::FileLock lock;
+  explicit LockHolder(const std::string& path) { lock.Acquire(path); }
+};
+#else
 // Holds the lock on `path` in a child process until the returned pipe is closed.
 struct LockHolder {
   pid_t child = -1;
@@ -481,6 +491,7 @@ struct LockHolder {
     waitpid(child, &status, 0);
   }
 };
+#endif
 
 TEST_F(DocumentSessionTest, AFileInUseIsOfferedReadOnlyAndNeverSavedOver) {
   std::string path = SavedSample("shared.kpx");
@@ -515,6 +526,9 @@ TEST_F(DocumentSessionTest, AnOpenDocumentIsInUseForOtherProcessesAfterEachSave)
 }
 
 TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {
+#ifdef _WIN32
+  GTEST_SKIP() << "needs fork and RLIMIT_FSIZE";
+#else
   std::string path = SavedSample("limited.kpx", NativeFormat::kXml);
   std::string before = ReadFileBytes(path);
   pid_t child = fork();
@@ -551,6 +565,7 @@ TEST_F(DocumentSessionTest, AWriteCutShortByTheFileSizeLimitKeepsTheOldFile) {
   EXPECT_EQ(WEXITSTATUS(status), 0);
   EXPECT_EQ(ReadFileBytes(path), before);
   EXPECT_FALSE(platform::FileExists(dir.Path(".limited.kpx.saving")));
+#endif
 }
 
 TEST_F(DocumentSessionTest, TheWizardMakesTheTableItsFieldsAndTheFile) {

@@ -77,6 +77,9 @@ TEST(RecentFilesTest, NewestFirstWithoutRepeatsUpToTheLimit) {
 }
 
 TEST(RecentFilesTest, LongPathsLoseTheirMiddleFolders) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX path text";
+#else
   EXPECT_EQ(ShortenPath("/home/ann/a.kpx", 40), "/home/ann/a.kpx");
   EXPECT_EQ(ShortenPath("/home/ann/projects/2026/stock/parts.kpx", 30),
             "/home/.../2026/stock/parts.kpx");
@@ -90,6 +93,7 @@ TEST(RecentFilesTest, LongPathsLoseTheirMiddleFolders) {
     EXPECT_NE(shown.find("parts.kpx"), std::string::npos) << width;
     EXPECT_TRUE(shown.size() <= width || shown == "parts.kpx") << width << " " << shown;
   }
+#endif
 }
 
 }  // namespace

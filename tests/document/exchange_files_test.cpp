@@ -79,8 +79,11 @@ TEST_F(ExchangeFilesTest, ATextFileKeepsItsOptionsForReloadAndSave) {
   ASSERT_TRUE(CurrentTable(book, table));
   EXPECT_EQ(FieldCount(table), 3);
   EXPECT_EQ(book.textOptions.separator, ';');
-  // The save writes the file anew with the semicolon; with a comma "c,d" would be quoted.
+  // The save writes the file anew with the semicolon; with a comma "c,d" would be quoted. (On
+  // Windows the open document keeps other writers out, so it cannot be emptied first.)
+#ifndef _WIN32
   dir.Write("data.csv", "");
+#endif
   ASSERT_TRUE(session.SaveDocument());
   EXPECT_EQ(testing::ReadFileBytes(path), "a;b;c,d\r\n");
   // Another document starts from the defaults; the dialog from the last choice.

@@ -44,7 +44,7 @@ class SettingsHostTest : public ::testing::Test {
     RunProcess("", show::kDefault, host, settings);
     return settings;
   }
-  std::string SettingsFile() const { return host.folder + "/settings.xml"; }
+  std::string SettingsFile() const { return platform::JoinPath(host.folder, "settings.xml"); }
 
   testing::RecordingPrompter prompter;
   testing::ScopedPrompter scope;

@@ -44,9 +44,13 @@ TEST(OrderedWorkTest, PiecesComeBackInOrderWhoeverDoesThem) {
   ASSERT_EQ(taken.size(), kPieces);
   for (uint64_t i = 0; i < kPieces; ++i) EXPECT_EQ(taken[i], i * i) << i;
   EXPECT_EQ(calls.load(), static_cast<int>(kPieces));
+  // Windows rounds sleeps below its millisecond tick to nothing, so there the caller may do every
+  // piece before the helper has even started.
+#ifndef _WIN32
   if (std::thread::hardware_concurrency() >= 2) {
     EXPECT_GT(byWorker[1].load(), 0);
   }
+#endif
   EXPECT_GT(byWorker[0].load(), 0);
 }
 

@@ -2,7 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include <windows.h>
+#undef CopyFile
+#undef DeleteFile
+#endif
+
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 
@@ -14,6 +21,19 @@ namespace {
 using kelpdex::testing::ScopedEnv;
 using kelpdex::testing::TempDir;
 
+// The system's own codes for the errors the tests provoke.
+#ifdef _WIN32
+constexpr int kNotFound = ERROR_FILE_NOT_FOUND;
+constexpr int kExists = ERROR_FILE_EXISTS;
+constexpr const char* kNotFoundText = "not found";  // Wine and Windows word it differently
+constexpr const char* kExeSuffix = ".exe";
+#else
+constexpr int kNotFound = ENOENT;
+constexpr int kExists = EEXIST;
+constexpr const char* kNotFoundText = "No such file";
+constexpr const char* kExeSuffix = "";
+#endif
+
 int EntriesIn(const std::string& folder) {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
@@ -24,18 +44,49 @@ int EntriesIn(const std::string& folder) {
 }
 
 TEST(PathText, SplitsAndJoins) {
+#ifdef _WIN32
+  // Either separator splits; a drive's root keeps its separator.
+  EXPECT_EQ(FolderOf("C:\\Users\\ann\\data.kpx"), "C:\\Users\\ann");
+  EXPECT_EQ(FolderOf("C:/Users/ann/data.kpx"), "C:/Users/ann");
+  EXPECT_EQ(FolderOf("C:\\data.kpx"), "C:\\");
+  EXPECT_EQ(FolderOf("\\data.kpx"), "\\");
+  EXPECT_EQ(FileNameOf("C:\\Users\\ann/data.kpx"), "data.kpx");
+  EXPECT_EQ(JoinPath("C:\\Users\\ann", "a.kpx"), "C:\\Users\\ann\\a.kpx");
+  EXPECT_EQ(JoinPath("C:\\Users\\ann/", "a.kpx"), "C:\\Users\\ann/a.kpx");
+  EXPECT_EQ(JoinPath("C:", "a.kpx"), "C:a.kpx");  // the current folder of drive C
+#else
   EXPECT_EQ(FolderOf("/home/ann/data.kpx"), "/home/ann");
   EXPECT_EQ(FolderOf("/data.kpx"), "/");
-  EXPECT_EQ(FolderOf("data.kpx"), "");
   EXPECT_EQ(FileNameOf("/home/ann/data.kpx"), "data.kpx");
-  EXPECT_EQ(FileNameOf("data.kpx"), "data.kpx");
   EXPECT_EQ(FileNameOf("/home/ann/"), "");
   EXPECT_EQ(JoinPath("/home/ann", "a.kpx"), "/home/ann/a.kpx");
   EXPECT_EQ(JoinPath("/home/ann/", "a.kpx"), "/home/ann/a.kpx");
+#endif
+  EXPECT_EQ(FolderOf("data.kpx"), "");
+  EXPECT_EQ(FileNameOf("data.kpx"), "data.kpx");
   EXPECT_EQ(JoinPath("", "a.kpx"), "a.kpx");
 }
 
+#ifdef _WIN32
+TEST(UserFolders, WindowsFolders) {
+  // The settings live under the local, not the roaming, application data.
+  const char* local = std::getenv("LOCALAPPDATA");
+  ASSERT_NE(local, nullptr);
+  EXPECT_EQ(UserSettingsFolder(), std::string(local) + "\\Kelpdex");
+  // GetTempPathA follows TMP; the trailing separators go, but a drive's root keeps its own.
+  {
+    ScopedEnv tmp("TMP", "C:\\Temp\\Kelpdex\\");
+    EXPECT_EQ(TempFolder(), "C:\\Temp\\Kelpdex");
+  }
+  ScopedEnv tmp("TMP", "C:\\");
+  EXPECT_EQ(TempFolder(), "C:\\");
+}
+#endif
+
 TEST(UserFolders, FollowXdgVariablesOnlyWhenAbsolute) {
+#ifdef _WIN32
+  GTEST_SKIP() << "XDG folders are POSIX";
+#else
   ScopedEnv home("HOME", "/home/ann");
   {
     ScopedEnv config("XDG_CONFIG_HOME", "/srv/config");
@@ -47,20 +98,25 @@ TEST(UserFolders, FollowXdgVariablesOnlyWhenAbsolute) {
   ScopedEnv data("XDG_DATA_HOME", nullptr);
   EXPECT_EQ(UserSettingsFolder(), "/home/ann/.config/Kelpdex");
   EXPECT_EQ(UserDataFolder(), "/home/ann/.local/share");
+#endif
 }
 
 TEST(UserFolders, TempFolderHasNoTrailingSeparator) {
+#ifdef _WIN32
+  GTEST_SKIP() << "TMPDIR is POSIX; see WindowsFolders";
+#else
   {
     ScopedEnv tmp("TMPDIR", "/var/tmp//");
     EXPECT_EQ(TempFolder(), "/var/tmp");
   }
   ScopedEnv tmp("TMPDIR", nullptr);
   EXPECT_EQ(TempFolder(), "/tmp");
+#endif
 }
 
 TEST(ProcessFacts, DescribeThisProcess) {
   std::string exe = ExecutablePath();
-  EXPECT_EQ(FileNameOf(exe), "test_platform");
+  EXPECT_EQ(FileNameOf(exe), std::string("test_platform") + kExeSuffix);
   EXPECT_TRUE(FileExists(exe));
   {
     ScopedEnv user("USER", "ann");
@@ -70,6 +126,9 @@ TEST(ProcessFacts, DescribeThisProcess) {
   LocalTime now = GetLocalTime();
   std::time_t after = std::time(nullptr);
   std::tm parts{};
+#ifdef _WIN32
+  auto localtime_r = [](const std::time_t* t, std::tm* out) { localtime_s(out, t); };
+#endif
   localtime_r(&before, &parts);
   if (parts.tm_min != now.minute) localtime_r(&after, &parts);  // the minute turned meanwhile
   EXPECT_EQ(now.year, parts.tm_year + 1900);
@@ -81,9 +140,10 @@ TEST(ProcessFacts, DescribeThisProcess) {
 }
 
 TEST(SystemErrors, RoundTripAndHaveText) {
-  SetLastSystemError(ENOENT);
-  EXPECT_EQ(LastSystemError(), ENOENT);
-  EXPECT_NE(SystemErrorText(ENOENT).find("No such file"), std::string::npos);
+  SetLastSystemError(kNotFound);
+  EXPECT_EQ(LastSystemError(), kNotFound);
+  EXPECT_NE(SystemErrorText(kNotFound).find(kNotFoundText), std::string::npos)
+      << SystemErrorText(kNotFound);
   EXPECT_FALSE(SystemErrorText(123456).empty());
 }
 
@@ -98,12 +158,12 @@ TEST(Files, ExistenceAndSize) {
   EXPECT_TRUE(FolderExists(dir.path()));
   EXPECT_FALSE(FileExists(dir.path()));
   EXPECT_FALSE(GetFileSize(dir.Path("missing"), size));
-  EXPECT_EQ(LastSystemError(), ENOENT);
+  EXPECT_EQ(LastSystemError(), kNotFound);
 
   EXPECT_TRUE(DeleteFile(file));
   EXPECT_FALSE(FileExists(file));
   EXPECT_FALSE(DeleteFile(file));
-  EXPECT_EQ(LastSystemError(), ENOENT);
+  EXPECT_EQ(LastSystemError(), kNotFound);
 }
 
 TEST(Files, CopyHonoursFailIfExists) {
@@ -113,7 +173,7 @@ TEST(Files, CopyHonoursFailIfExists) {
   std::string bytes;
 
   EXPECT_FALSE(CopyFile(from, to, true));
-  EXPECT_EQ(LastSystemError(), EEXIST);
+  EXPECT_EQ(LastSystemError(), kExists);
   ASSERT_TRUE(ReadWholeFile(to, bytes));
   EXPECT_EQ(bytes, "old");
 
@@ -127,7 +187,7 @@ TEST(Files, CopyHonoursFailIfExists) {
   EXPECT_EQ(bytes.size(), 9u);
 
   EXPECT_FALSE(CopyFile(dir.Path("missing"), dir.Path("other"), false));
-  EXPECT_EQ(LastSystemError(), ENOENT);
+  EXPECT_EQ(LastSystemError(), kNotFound);
   EXPECT_FALSE(CopyFile(dir.path(), dir.Path("other"), false));
   EXPECT_EQ(EntriesIn(dir.path()), 3);  // no temporary file left behind
 }
@@ -156,12 +216,18 @@ TEST(Files, WriteWholeFileReplacesAndKeepsPermissions) {
   std::string bytes;
   ASSERT_TRUE(ReadWholeFile(path, bytes));
   EXPECT_EQ(bytes, "short");
+#ifndef _WIN32  // Windows files have no mode bits to keep
   EXPECT_EQ(std::filesystem::status(path).permissions(),
             std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+#endif
   EXPECT_EQ(EntriesIn(dir.path()), 1);
 
   EXPECT_FALSE(WriteWholeFile(dir.Path("no/such/folder/x"), "x"));
+#ifdef _WIN32
+  EXPECT_EQ(LastSystemError(), ERROR_PATH_NOT_FOUND);
+#else
   EXPECT_EQ(LastSystemError(), ENOENT);
+#endif
   EXPECT_FALSE(ReadWholeFile(dir.Path("missing"), bytes));
   EXPECT_TRUE(bytes.empty());
 }

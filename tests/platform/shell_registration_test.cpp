@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include <sstream>
 #include <string>
 
@@ -14,6 +18,60 @@ namespace {
 using kelpdex::testing::ScopedEnv;
 using kelpdex::testing::TempDir;
 
+#ifdef _WIN32
+// The registry script under HKCU\Software\Classes; Wine's registry stands in for the real one.
+std::string ClassValue(const std::string& key, const char* name = nullptr) {
+  char value[512] = {};
+  DWORD size = sizeof value;
+  if (RegGetValueA(HKEY_CURRENT_USER, ("Software\\Classes\\" + key).c_str(), name, RRF_RT_REG_SZ,
+                   nullptr, value, &size) != ERROR_SUCCESS) {
+    return "<missing>";
+  }
+  return value;
+}
+
+TEST(ShellRegistration, WritesAndRemovesTheRegistryScript) {
+  TempDir dir;
+  std::string exe = dir.Write("Program Files\\kelpdex.exe", "");
+  ASSERT_TRUE(RegisterShellIntegration(exe));
+  EXPECT_EQ(ClassValue(".kpx"), "kpxfile");
+  EXPECT_EQ(ClassValue("kpxfile"), "Kelpdex File");
+  EXPECT_EQ(ClassValue("kpxfile\\shell"), "open");
+  EXPECT_EQ(ClassValue("kpxfile\\shell\\open"), "Open with Kelpdex");
+  EXPECT_EQ(ClassValue("Applications\\kelpdex.exe", "FriendlyAppName"), "Kelpdex");
+  EXPECT_EQ(ClassValue(".kpx\\kpxfile\\ShellNew", "NullFile"), "");
+  // The command names the program by a path with no space to quote, and the file by %1.
+  std::string command = ClassValue("kpxfile\\shell\\open\\command");
+  ASSERT_GE(command.size(), 3u);
+  EXPECT_EQ(command.substr(command.size() - 3), " %1");
+  std::string program = command.substr(0, command.size() - 3);
+  EXPECT_EQ(program.find(' '), std::string::npos) << program;
+  EXPECT_TRUE(SameFile(program, exe)) << program;
+  EXPECT_EQ(ClassValue("kpxfile\\DefaultIcon"), program + ",-129");
+
+  EXPECT_TRUE(UnregisterShellIntegration());
+  EXPECT_EQ(ClassValue(".kpx"), "<missing>");
+  EXPECT_EQ(ClassValue("kpxfile"), "<missing>");
+  EXPECT_TRUE(UnregisterShellIntegration());  // nothing left to remove is no failure
+}
+
+TEST(ShellRegistration, AnExtensionTakenOverByAnotherProgramIsLeftAlone) {
+  TempDir dir;
+  ASSERT_TRUE(RegisterShellIntegration(dir.Write("kelpdex.exe", "")));
+  HKEY key = nullptr;
+  ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Classes\\.kpx", 0, nullptr, 0,
+                            KEY_SET_VALUE, nullptr, &key, nullptr),
+            ERROR_SUCCESS);
+  const char other[] = "OtherApp.File";
+  RegSetValueExA(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(other), sizeof other);
+  RegCloseKey(key);
+  EXPECT_TRUE(UnregisterShellIntegration());
+  EXPECT_EQ(ClassValue(".kpx"), "OtherApp.File");
+  EXPECT_EQ(ClassValue("kpxfile"), "<missing>");
+  RegDeleteTreeA(HKEY_CURRENT_USER, "Software\\Classes\\.kpx");
+}
+
+#else
 bool HasLine(const std::string& text, const std::string& line) {
   std::istringstream in(text);
   std::string each;
@@ -71,6 +129,8 @@ TEST(ShellRegistration, FailureLeavesTheSystemError) {
   EXPECT_NE(LastSystemError(), 0);
   EXPECT_TRUE(UnregisterShellIntegration());
 }
+
+#endif
 
 }  // namespace
 }  // namespace kelpdex::platform
