@@ -232,5 +232,58 @@ TEST(Files, WriteWholeFileReplacesAndKeepsPermissions) {
   EXPECT_TRUE(bytes.empty());
 }
 
+#ifndef _WIN32
+// How many of this process's descriptors still name a file that was deleted or replaced.
+int DeletedFilesHeld() {
+  int held = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    std::string target = std::filesystem::read_symlink(entry.path(), error).string();
+    if (!error && target.ends_with(" (deleted)")) ++held;
+  }
+  return held;
+}
+
+// A large replaced file is let go of by a helper thread; it must be let go of all the same.
+bool ReleasedWithin(int baseline, int seconds) {
+  for (int tries = 0; tries < seconds * 100; ++tries) {
+    if (DeletedFilesHeld() == baseline) return true;
+    struct timespec pause = {0, 10'000'000};
+    nanosleep(&pause, nullptr);
+  }
+  return false;
+}
+
+TEST(Files, ReplacingALargeFileLetsGoOfTheOldOne) {
+  TempDir dir;
+  int baseline = DeletedFilesHeld();
+  std::string big(9 << 20, 'o');
+  std::string target = dir.Write("table.dbf", big);
+  std::string replacement = dir.Write(".table.dbf.saving", "new");
+  ASSERT_TRUE(ReplaceFile(replacement, target));
+  std::string bytes;
+  ASSERT_TRUE(ReadWholeFile(target, bytes));
+  EXPECT_EQ(bytes, "new");
+  EXPECT_FALSE(FileExists(replacement));
+  EXPECT_TRUE(ReleasedWithin(baseline, 5));
+
+  // A save under the in-use lock: the lock holds the old document until it is taken anew.
+  ASSERT_TRUE(WriteWholeFile(target, big));
+  FileLock lock;
+  ASSERT_EQ(lock.Acquire(target), LockResult::kLocked);
+  dir.Write(".table.dbf.saving", "newer");
+  ASSERT_TRUE(ReplaceFile(replacement, target));
+  EXPECT_EQ(DeletedFilesHeld(), baseline + 1);
+  ASSERT_EQ(lock.Acquire(target), LockResult::kLocked);
+  EXPECT_TRUE(ReleasedWithin(baseline, 5));
+
+  // A failed rename leaves the target as it was and says why.
+  EXPECT_FALSE(ReplaceFile(dir.Path("missing"), target));
+  EXPECT_EQ(LastSystemError(), kNotFound);
+  ASSERT_TRUE(ReadWholeFile(target, bytes));
+  EXPECT_EQ(bytes, "newer");
+}
+#endif
+
 }  // namespace
 }  // namespace kelpdex::platform
