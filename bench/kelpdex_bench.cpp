@@ -304,6 +304,8 @@ int ImportOnly(const char* path, const char* op, long records) {
 
 // The current table written as text or as a dBase IV file.
 void ExportJob(Workbook& book, const char* op, const std::string& path, long records) {
+  // As for the saves: the writeback of earlier jobs' files is not this export's to pay.
+  ::sync();
   ResetPeak();
   Stopwatch watch;
   ErrorCode error = err::kNone;
