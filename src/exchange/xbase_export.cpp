@@ -61,12 +61,19 @@ class XbaseWriter {
         fields_(fields),
         formatter_(NumberStyle()),
         memo_(options.dialect, std::string(data.Name())),
-        sidePath_(book.fileName.empty() ? std::string() : SideFilePath(book.fileName)) {}
+        sidePath_(book.fileName.empty() ? std::string() : SideFilePath(book.fileName)) {
+    uint16_t columns = 0;
+    for (const XbaseExportField& item : fields_) {
+      columns = std::max<uint16_t>(columns, static_cast<uint16_t>(item.column + 1));
+    }
+    rowCells_.resize(columns);
+  }
 
   // A writer of the same export for another thread, with its own formatter and buffers.
   XbaseWriter Twin() const { return XbaseWriter(book_, data_, options_, fields_); }
 
-  bool Record(uint32_t row, std::string& out, ErrorCode& error);
+  // The record of `row` into `out`, which holds the record size.
+  bool Record(uint32_t row, char* out, ErrorCode& error);
   XbaseMemoWriter& memo() { return memo_; }
 
  private:
@@ -84,6 +91,7 @@ class XbaseWriter {
   std::string sidePath_;
   char scratch_[kDisplayTextMax];
   std::string text_;
+  std::vector<CellRecord*> rowCells_;  // the record's cells by column, up to the last field's
 };
 
 bool XbaseWriter::Deleted(uint32_t row) const {
@@ -124,15 +132,15 @@ void XbaseWriter::Number(const XbaseField& field, const CellRecord* cell, char* 
   std::memcpy(out + (width - n), buffer, n);  // right-aligned in the blanks
 }
 
-bool XbaseWriter::Record(uint32_t row, std::string& out, ErrorCode& error) {
-  out.clear();
-  out += Deleted(row) ? '*' : ' ';
+bool XbaseWriter::Record(uint32_t row, char* out, ErrorCode& error) {
+  *out++ = Deleted(row) ? '*' : ' ';
+  data_.cells.GetRowFast(row, static_cast<uint16_t>(rowCells_.size()), rowCells_.data());
   for (const XbaseExportField& item : fields_) {
     const XbaseField& field = item.field;
-    size_t start = out.size();
-    out.append(field.length, ' ');
-    char* at = out.data() + start;
-    const CellRecord* cell = data_.cells.GetCellFast(row, item.column);
+    char* at = out;
+    out += field.length;
+    std::memset(at, ' ', field.length);
+    const CellRecord* cell = rowCells_[item.column];
     switch (field.type) {
       case 'C': {
         if (cell != nullptr && !cell::IsText(cell) && cell::IsNumber(cell)) {
@@ -202,8 +210,7 @@ constexpr uint64_t kSplitMinimum = 16u << 20;
 // Records [begin, end) of `rows` in order. On the thread that started the export (no `stop`)
 // progress is told and a cancel is seen; a worker instead gives up when `stop` is set.
 bool WriteRecords(XbaseWriter& writer, const std::vector<uint32_t>& rows, size_t begin, size_t end,
-                  FileStream& out, std::atomic<bool>* stop, ErrorCode& error) {
-  std::string record;
+                  FileStream& out, uint32_t recordSize, std::atomic<bool>* stop, ErrorCode& error) {
   size_t share = end - begin;
   for (size_t i = begin; i < end; ++i) {
     if (((i - begin) & 0xFFF) == 0xFFF) {
@@ -218,11 +225,13 @@ bool WriteRecords(XbaseWriter& writer, const std::vector<uint32_t>& rows, size_t
         }
       }
     }
-    if (!writer.Record(rows[i], record, error)) return false;
-    if (!out.Write(record.data(), record.size())) {
+    auto* room = reinterpret_cast<char*>(out.WriteRoom(recordSize));
+    if (room == nullptr) {
       error = out.error();
       return false;
     }
+    if (!writer.Record(rows[i], room, error)) return false;
+    out.Wrote(recordSize);
   }
   return true;
 }
@@ -245,10 +254,11 @@ bool WriteInHalves(XbaseWriter& first, const std::vector<uint32_t>& rows, uint32
   ErrorCode restError = err::kNone;
   bool restOk = false;
   std::thread worker([&] {
-    restOk = WriteRecords(second, rows, half, rows.size(), rest, &stop, restError) && rest.Flush();
+    restOk = WriteRecords(second, rows, half, rows.size(), rest, recordSize, &stop, restError) &&
+             rest.Flush();
     if (!restOk && restError == err::kNone) restError = rest.error();
   });
-  bool firstOk = WriteRecords(first, rows, 0, half, out, nullptr, error);
+  bool firstOk = WriteRecords(first, rows, 0, half, out, recordSize, nullptr, error);
   if (!firstOk) stop = true;
   worker.join();
   if (!rest.Close() && restOk) {
@@ -367,7 +377,7 @@ bool ExportXbase(const Workbook& book, const std::string& path, const XbaseExpor
   bool split = !memo && static_cast<uint64_t>(rows.size()) * recordSize >= kSplitMinimum &&
                data.cells.BuildRowIndex(0, data.UsedRows());
   if (split ? !WriteInHalves(writer, rows, header.headerSize, recordSize, out, error)
-            : !WriteRecords(writer, rows, 0, rows.size(), out, nullptr, error)) {
+            : !WriteRecords(writer, rows, 0, rows.size(), out, recordSize, nullptr, error)) {
     return false;
   }
   uint8_t end = 0x1A;

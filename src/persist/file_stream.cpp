@@ -334,6 +334,15 @@ bool FileStream::Write(const void* data, size_t size) {
   return true;
 }
 
+uint8_t* FileStream::WriteRoom(size_t size) {
+  if (!ok() || fd_ < 0 || mode_ != StreamMode::kWrite || size > capacity_) {
+    SetError(err::kFileWrite);
+    return nullptr;
+  }
+  if (capacity_ - position_ < size && !Drain()) return nullptr;
+  return buffer_.get() + position_;
+}
+
 bool FileStream::WriteBlock(const uint8_t* buffer, size_t size, StreamCipher* cipher) {
   if (cipher == nullptr) return Write(buffer, size);
   uint8_t piece[kCipherPiece];

@@ -116,6 +116,11 @@ class FileStream {
 
   // --- writing ---
   bool Write(const void* data, size_t size);
+  // Room for the next `size` bytes in the buffer, to be filled in place and then taken with
+  // Wrote(size), which saves a copy for a writer that builds its bytes piece by piece. Null with
+  // the error set when writing fails or `size` is more than the buffer holds.
+  uint8_t* WriteRoom(size_t size);
+  void Wrote(size_t size) { position_ += size; }
   // Writes out the buffer, then goes on writing at `offset` of a plain file. False with 65.
   bool SeekWrite(uint64_t offset);
   // `size` bytes, enciphered on the way when a cipher is given; `buffer` is left as it was.

@@ -311,6 +311,36 @@ CellRecord* CellStore::GetCellFast(uint32_t row, uint16_t column) {
   }
 }
 
+void CellStore::GetRowFast(uint32_t row, uint16_t columnCount, CellRecord** cells) {
+  std::fill(cells, cells + columnCount, nullptr);
+  if (row >= kRowLimit || chain_.head() == nullptr || columnCount == 0) return;
+  uint32_t g = row >> kRowGroupShift;
+  if (!(rowIndexValid_[g] & kPageExact) &&
+      ((rowIndexValid_[g] & kPageHint) ||
+       !BuildRowIndex(g << kRowGroupShift, (g << kRowGroupShift) | (kGroupRows - 1)))) {
+    // No exact index page: cell by cell, as GetCellFast would do it.
+    for (uint16_t c = 0; c < columnCount; ++c) cells[c] = GetCell(row, c, nullptr);
+    return;
+  }
+  const RowIndexEntry& entry = rowIndexPages_[g][row & (kGroupRows - 1)];
+  RowBlock* b = entry.block;
+  if (b == nullptr) return;
+  uint32_t off = entry.offset;
+  for (;;) {
+    if (off >= b->used) {
+      b = b->next;
+      if (b == nullptr) return;
+      off = 0;
+    }
+    uint8_t* r = b->data + off;
+    if (cell::Row(r) != row) return;
+    uint16_t c = cell::Column(r);
+    if (c >= columnCount) return;
+    cells[c] = cell::At(r);
+    off += cell::Size(r);
+  }
+}
+
 void CellStore::DeleteRange(uint16_t firstColumn, uint16_t lastColumn, uint32_t firstRow,
                             uint32_t lastRow, CellCursor* cursor, bool freeBlocks) {
   if (chain_.head() == nullptr || firstRow > lastRow || firstColumn > lastColumn ||

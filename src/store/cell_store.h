@@ -54,6 +54,10 @@ class CellStore {
   // GetCell for random reads, through the row index (built for a row group on first use).
   // Over rows a successful BuildRowIndex covered, it only reads, so threads may share it.
   CellRecord* GetCellFast(uint32_t row, uint16_t column);
+  // The cells of `row` in columns [0, columnCount) in one walk of the row, into `cells` indexed
+  // by column (null where there is none): a whole record for GetCellFast's cost of one field.
+  // The same rules for threads as GetCellFast.
+  void GetRowFast(uint32_t row, uint16_t columnCount, CellRecord** cells);
   // The record at the cursor, in storage order; nullptr at the end. The iteration primitive of
   // every whole-sheet pass, so it lives in the header.
   CellRecord* NextCell(CellCursor& cursor) {

@@ -1,8 +1,10 @@
 #include "persist/file_stream.h"
 
 #include <gtest/gtest.h>
+
 #include <zlib.h>
 
+#include <cstring>
 #include <fstream>
 #include <string>
 
@@ -92,7 +94,17 @@ TEST_F(FileStreamTest, WritesAndReadsAcrossBufferRefillsPlainAndGzipped) {
     std::string path = Path(gz ? "big.gz" : "big.bin");
     FileStream out;
     ASSERT_TRUE(out.Open(path, StreamMode::kWrite, gz, 4096));
-    for (size_t at = 0; at < data.size(); at += 1000) out.Write(data.data() + at, 1000);
+    // Half the pieces go through the buffer in place, as a record writer puts them.
+    for (size_t at = 0; at < data.size(); at += 1000) {
+      if (at % 2000 == 0) {
+        out.Write(data.data() + at, 1000);
+      } else {
+        uint8_t* room = out.WriteRoom(1000);
+        ASSERT_NE(room, nullptr);
+        std::memcpy(room, data.data() + at, 1000);
+        out.Wrote(1000);
+      }
+    }
     ASSERT_TRUE(out.Close());
     FileStream in;
     ASSERT_TRUE(in.Open(path, StreamMode::kRead, true, 4096));
@@ -107,6 +119,11 @@ TEST_F(FileStreamTest, WritesAndReadsAcrossBufferRefillsPlainAndGzipped) {
     EXPECT_EQ(in.error(), err::kFileRead);
     EXPECT_EQ(in.Next(), -1);
   }
+  // Room for more than the buffer holds is refused, not handed out short.
+  FileStream out;
+  ASSERT_TRUE(out.Open(Path("small.bin"), StreamMode::kWrite, false, 4096));
+  EXPECT_EQ(out.WriteRoom(4097), nullptr);
+  EXPECT_EQ(out.error(), err::kFileWrite);
 }
 
 TEST_F(FileStreamTest, LookAheadAndTheMarkSurviveARefill) {

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <random>
 #include <string>
@@ -273,6 +275,36 @@ TEST(CellStore, RowIndexFollowsWrites) {
   }
   store.DeleteRow(0);
   EXPECT_EQ(std::string(cell::Text(store.GetCellFast(0, 0))), "odd-1");
+}
+
+// A whole row in one walk gives what GetCell gives column by column, across block boundaries,
+// past the asked width, for empty rows, and before and after the index is rebuilt.
+TEST(CellStore, RowFastMatchesCellByCell) {
+  CellStore store;
+  CellCursor cursor;
+  for (uint32_t row = 0; row < 3000; ++row) {
+    for (uint16_t c = 0; c < 12; ++c) {
+      if ((row * 7 + c * 3) % 5 != 0 && row % 97 != 0) {
+        PutText(store, row, c, std::to_string(row) + ":" + std::to_string(c), &cursor);
+      }
+    }
+  }
+  CellRecord* cells[10];
+  auto check = [&](bool indexed) {
+    for (uint32_t row : {0u, 1u, 96u, 97u, 1023u, 1024u, 2999u, 3000u, kLastRow}) {
+      std::fill(std::begin(cells), std::end(cells), reinterpret_cast<CellRecord*>(&cells));
+      store.GetRowFast(row, 10, cells);
+      for (uint16_t c = 0; c < 10; ++c) {
+        ASSERT_EQ(cells[c], store.GetCell(row, c))
+            << row << "," << c << (indexed ? " indexed" : "");
+      }
+    }
+  };
+  check(false);
+  ASSERT_TRUE(store.BuildRowIndex(0, kLastRow));
+  check(true);
+  PutText(store, 1024, 9, "moved");  // shifts the records behind it within their block
+  check(false);
 }
 
 TEST(CellStore, RowAndColumnShifts) {
