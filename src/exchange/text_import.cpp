@@ -160,7 +160,7 @@ bool TextReader<Sink>::Read(FileStream& in, uint64_t limit) {
   const uint8_t quote = static_cast<uint8_t>(options_.quote);
   // The bytes that end a bare run: the separator and the line ends.
   bool stops[256] = {};
-  stops[separator] = stops['\r'] = stops['\n'] = true;
+  stops[separator] = stops[uint8_t{'\r'}] = stops[uint8_t{'\n'}] = true;
   bool first = !secondHalf_;
   uint64_t left = limit;
   for (;;) {
