@@ -339,9 +339,6 @@ std::vector<FieldSpec> TextReader<Sink>::Fields() const {
 
 namespace {
 
-// Below this a file is read by one thread: starting the second costs more than it saves.
-constexpr uint64_t kSplitMinimum = 16u << 20;
-
 // The byte after the first line feed from the middle of a plain file on: where its second half
 // begins if that line feed ends a line outside quotes, which the first half's reader tells.
 // 0 when there is none.
@@ -416,7 +413,8 @@ bool ReadTextFile(Workbook& book, const std::string& path, const TextFileOptions
   uint64_t split = 0;
   // The first read tells gzip from plain; a large plain file is opened again without the gzip
   // layer, whose reads have no place in the file to seek to.
-  if (allowSplit && in.Peek() >= 0 && !in.compressedRead() && in.fileSize() >= kSplitMinimum) {
+  if (allowSplit && in.Peek() >= 0 && !in.compressedRead() &&
+      in.fileSize() >= FileStream::kSplitMinimum) {
     in.Close();
     if (!in.Open(path, StreamMode::kRead, false)) {
       book.errorCode = in.error();

@@ -203,10 +203,6 @@ bool XbaseWriter::Record(uint32_t row, char* out, ErrorCode& error) {
   return true;
 }
 
-// Below this size a table is written by one thread: starting the second costs more than it
-// saves.
-constexpr uint64_t kSplitMinimum = 16u << 20;
-
 // Records [begin, end) of `rows` in order. On the thread that started the export (no `stop`)
 // progress is told and a cancel is seen; a worker instead gives up when `stop` is set.
 bool WriteRecords(XbaseWriter& writer, const std::vector<uint32_t>& rows, size_t begin, size_t end,
@@ -374,7 +370,8 @@ bool ExportXbase(const Workbook& book, const std::string& path, const XbaseExpor
   FileStream& out = file.stream();
   WriteXbaseHeader(out, header);
   XbaseWriter writer(book, data, options, fields);
-  bool split = !memo && static_cast<uint64_t>(rows.size()) * recordSize >= kSplitMinimum &&
+  bool split = !memo &&
+               static_cast<uint64_t>(rows.size()) * recordSize >= FileStream::kSplitMinimum &&
                data.cells.BuildRowIndex(0, data.UsedRows());
   if (split ? !WriteInHalves(writer, rows, header.headerSize, recordSize, out, error)
             : !WriteRecords(writer, rows, 0, rows.size(), out, recordSize, nullptr, error)) {

@@ -328,9 +328,6 @@ bool XbaseReader<Sink>::Field(uint32_t row, uint16_t column, const XbaseField& f
   }
 }
 
-// Below this size a file is read by one thread: starting the second costs more than it saves.
-constexpr uint64_t kSplitMinimum = 16u << 20;
-
 // Whether a field's values go to the memo or side file, which are read and appended in record
 // order by one thread.
 bool NeedsOrder(const XbaseField& field) {
@@ -346,7 +343,7 @@ bool ReadRecords(ImportedTable& table, FileStream& in, const std::string& path,
   uint64_t count = in.fileSize() > header.headerSize
                        ? (in.fileSize() - header.headerSize) / header.recordSize
                        : 0;
-  bool split = in.fileSize() >= kSplitMinimum && count >= 2 && count <= kRowLimit;
+  bool split = in.fileSize() >= FileStream::kSplitMinimum && count >= 2 && count <= kRowLimit;
   for (const XbaseField& field : header.fields) split = split && !NeedsOrder(field);
   XbaseReader<ImportedTable> reader(table, header, options, &memos, &side);
   int redStyle = -1;

@@ -309,10 +309,10 @@ class FormulaEngine {
     uint32_t first = 0;
     const char* text = nullptr;
     size_t size = 0;
-    // The field's steps in planSteps_, once a run of the driver has recorded them.
+    // The field's steps in planSteps_, once a run of the driver has recorded them (a run records
+    // at least one step, so a count of 0 means no plan).
     uint32_t planFirst = 0;
     uint32_t planCount = 0;
-    bool planned = false;
     uint8_t planTries = 0;  // runs that recorded nothing usable; a few, then no more tries
   };
   std::vector<FormulaToken> tokens_;

@@ -59,12 +59,12 @@ bool FormulaEngine::EvaluateField(uint16_t fieldIndex) {
   }
   FieldTokens& kept = fieldTokens_[fieldIndex];
   const FormulaToken* tokens = tokens_.data() + kept.first;
-  if (kept.planned) {
+  if (kept.planCount != 0) {
     uint16_t result = RunPlan(planSteps_.data() + kept.planFirst, kept.planCount, tokens, text);
     if (result != kPlanMismatch) return result != 0;
     // An operator left the stack otherwise than when the plan was made: the plan is not to be
     // trusted for this field, and the record is evaluated again from the start.
-    kept.planned = false;
+    kept.planCount = 0;
     kept.planTries = kPlanTries;
     Reset(fieldIndex, currentRow_);
   }
@@ -80,7 +80,6 @@ bool FormulaEngine::EvaluateField(uint16_t fieldIndex) {
   kept.planFirst = static_cast<uint32_t>(planSteps_.size());
   kept.planCount = static_cast<uint32_t>(recordScratch_.size());
   planSteps_.insert(planSteps_.end(), recordScratch_.begin(), recordScratch_.end());
-  kept.planned = true;
   return true;
 }
 

@@ -31,18 +31,23 @@ FileStream::~FileStream() {
   Close();
 }
 
-bool FileStream::Open(const std::string& path, StreamMode mode, bool compress, size_t bufferSize) {
+bool FileStream::Begin(const std::string& path, size_t size) {
   Close();
   error_ = err::kNone;
   path_ = path;
-  // A gzip member holds one buffer's worth, and a reader takes no bigger member.
-  if (compress && mode == StreamMode::kWrite) bufferSize = std::min(bufferSize, gzip::kMaxPiece);
-  buffer_.reset(new (std::nothrow) uint8_t[bufferSize]);
-  capacity_ = bufferSize;
+  buffer_.reset(new (std::nothrow) uint8_t[size]);
+  capacity_ = size;
   if (buffer_ == nullptr) {
     SetError(err::kFileBuffer);
     return false;
   }
+  return true;
+}
+
+bool FileStream::Open(const std::string& path, StreamMode mode, bool compress, size_t bufferSize) {
+  // A gzip member holds one buffer's worth, and a reader takes no bigger member.
+  if (compress && mode == StreamMode::kWrite) bufferSize = std::min(bufferSize, gzip::kMaxPiece);
+  if (!Begin(path, bufferSize)) return false;
   int flags = mode == StreamMode::kRead ? O_RDONLY : (O_RDWR | O_CREAT | O_TRUNC);
   fd_ = KELPDEX_OPEN(path.c_str(), flags | kBinaryFlag, 0666);
   if (fd_ < 0) {
@@ -57,27 +62,14 @@ bool FileStream::Open(const std::string& path, StreamMode mode, bool compress, s
 }
 
 bool FileStream::OpenPart(const std::string& path, uint64_t offset) {
-  Close();
-  error_ = err::kNone;
-  path_ = path;
-  buffer_.reset(new (std::nothrow) uint8_t[kBufferSize]);
-  capacity_ = kBufferSize;
-  if (buffer_ == nullptr) {
-    SetError(err::kFileBuffer);
-    return false;
-  }
+  if (!Begin(path, kBufferSize)) return false;
   fd_ = KELPDEX_OPEN(path.c_str(), O_WRONLY | kBinaryFlag);
   if (fd_ < 0) {
     SetError(err::kFileOpenWrite);
     return false;
   }
   quiet_ = true;
-  if (!OpenLayers(StreamMode::kWrite, false)) return false;
-  if (KELPDEX_SEEK(fd_, static_cast<int64_t>(offset), SEEK_SET) < 0) {
-    SetError(err::kFileWrite);
-    return false;
-  }
-  return true;
+  return OpenLayers(StreamMode::kWrite, false) && SeekWrite(offset);
 }
 
 bool FileStream::OpenLayers(StreamMode mode, bool compress) {

@@ -30,6 +30,9 @@ class FileStream {
   static constexpr size_t kBufferSize = 524228;
   // Cipher work goes in pieces of this size through a stack buffer.
   static constexpr size_t kCipherPiece = 2048;
+  // Below this many bytes a file is read or written by one thread, in halves by two above it:
+  // starting the second thread costs more than it saves on a smaller file.
+  static constexpr uint64_t kSplitMinimum = 16u << 20;
 
   FileStream();
   ~FileStream();
@@ -139,6 +142,8 @@ class FileStream {
   // Hands the buffer on; `last` when the bytes written so far are to be complete in the file.
   bool Drain(bool last = false);
   void CloseLayers();
+  // What every open begins with: the last file closed, the error cleared, a buffer of `size`.
+  bool Begin(const std::string& path, size_t size);
   bool OpenLayers(StreamMode mode, bool compress);
 
   std::string path_;
