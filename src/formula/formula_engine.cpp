@@ -57,6 +57,14 @@ std::string_view FormulaEngine::TopString() const {
   return std::string_view(pool_ + start, poolStarts_[stringCount_] - start - 1);
 }
 
+void FormulaEngine::ShortenTopString(size_t size) {
+  if (stringCount_ == 0) return;
+  size_t start = poolStarts_[stringCount_ - 1];
+  if (start + size + 1 >= poolStarts_[stringCount_]) return;
+  pool_[start + size] = '\0';
+  poolStarts_[stringCount_] = static_cast<uint16_t>(start + size + 1);
+}
+
 void FormulaEngine::PopString() {
   if (stringCount_ > 0) --stringCount_;
 }
@@ -89,8 +97,7 @@ void FormulaEngine::Release(FormulaValue& value) {
   value.kind = kind::kEmpty;
 }
 
-void FormulaEngine::LoadReference(FormulaValue& value) {
-  if (value.kind != kind::kReference) return;
+void FormulaEngine::LoadCell(FormulaValue& value) {
   uint8_t error = value.errorCode;
   if (error != 0) {
     value = FormulaValue::Empty(error);
@@ -352,7 +359,12 @@ uint16_t FormulaEngine::RunPlan(const PlanStep* steps, uint32_t count, const For
   const char* cursor = base;
   for (uint32_t i = 0; i < count; ++i) {
     const PlanStep& step = steps[i];
-    if (step.action == kLoadStep) {
+    if (step.action == kEmptyStep) {
+      operands_[++depth_] = FormulaValue::Empty();
+      continue;
+    }
+    if (step.action == kAppendStep && AppendToken(tokens[step.token], base)) continue;
+    if (step.action != kApplyStep) {
       // Every depth was checked against the recorded run, which stayed within the stack.
       FormulaValue& slot = operands_[++depth_];
       uint16_t t = LoadToken(tokens[step.token], base, cursor, end, slot, true);
@@ -360,20 +372,76 @@ uint16_t FormulaEngine::RunPlan(const PlanStep* steps, uint32_t count, const For
       if (t == kind::kReference && (slot.flags & rflag::kAbsolute) != rflag::kAbsolute) {
         WidenPartialReference(slot);
       }
-    } else if (step.action == kEmptyStep) {
-      operands_[++depth_] = FormulaValue::Empty();
-    } else {
-      FormulaValue& top = operands_[++depth_];
-      top = FormulaValue();
-      top.kind = step.kind;
-      top.functionIndex = step.functionIndex;
-      top.argumentBase = step.argumentBase;
-      if (!ApplyTop()) return 0;
-      if (depth_ != step.after) return kPlanMismatch;
+      if (step.action == kLoadStep) continue;
     }
+    FormulaValue& top = operands_[++depth_];
+    top = FormulaValue();
+    top.kind = step.kind;
+    top.functionIndex = step.functionIndex;
+    top.argumentBase = step.argumentBase;
+    if (!ApplyTop()) return 0;
+    if (depth_ != step.after) return kPlanMismatch;
   }
   if (depth_ != 1) return kPlanMismatch;
   return FinishResult();
+}
+
+void FormulaEngine::FuseAppends(std::vector<PlanStep>& steps) {
+  size_t kept = 0;
+  for (size_t i = 0; i < steps.size(); ++i) {
+    steps[kept] = steps[i];
+    if (steps[i].action == kLoadStep && i + 1 < steps.size() && steps[i + 1].action == kApplyStep &&
+        steps[i + 1].kind == kind::kConcatenate) {
+      PlanStep& fused = steps[kept];
+      fused.action = kAppendStep;
+      fused.kind = kind::kConcatenate;
+      fused.argumentBase = steps[i + 1].argumentBase;
+      fused.after = steps[i + 1].after;
+      ++i;
+    }
+    ++kept;
+  }
+  steps.resize(kept);
+}
+
+bool FormulaEngine::AppendToken(const FormulaToken& token, const char* base) {
+  // The left operand is loaded first, as the operator would; whatever follows finds it loaded.
+  FormulaValue& left = operands_[depth_];
+  LoadReference(left);
+  if (left.kind != kind::kString || left.errorCode != 0 || stringCount_ == 0) return false;
+  char number[32];
+  std::string_view right;
+  if (token.kind == kind::kString && token.errorCode == 0) {
+    right = std::string_view(base + token.offset, token.length);
+  } else if (token.kind == kind::kNumber && token.errorCode == 0) {
+    right = std::string_view(number, NumberToGeneral(token.number, number));
+  } else if (token.kind == kind::kReference) {
+    // As LoadReference reads the cell; a formula's cell, with its wait for fields not yet
+    // calculated, and an error take the long way.
+    const CellRecord* r = ReadCell(sheet_, currentRow_, token.index);
+    if (r != nullptr) {
+      if (cell::ErrorNibble(r) != 0) return false;
+      if (cell::IsText(r)) {
+        right = cell::Text(r);
+      } else if (cell::IsNumber(r)) {
+        right = std::string_view(number, NumberToGeneral(cell::Number(r), number));
+      } else {
+        return false;
+      }
+    }
+  } else {
+    return false;
+  }
+  size_t endLeft = poolStarts_[stringCount_] - 1u;  // where its terminator stands
+  size_t leftSize = endLeft - poolStarts_[stringCount_ - 1];
+  if (leftSize + right.size() > kMaxConcatenation ||
+      endLeft + right.size() + 1 > static_cast<size_t>(kPoolBytes)) {
+    return false;
+  }
+  if (!right.empty()) std::memcpy(pool_ + endLeft, right.data(), right.size());
+  pool_[endLeft + right.size()] = '\0';
+  poolStarts_[stringCount_] = static_cast<uint16_t>(endLeft + right.size() + 1);
+  return true;
 }
 
 uint16_t FormulaEngine::RunDriver(std::string_view text) {

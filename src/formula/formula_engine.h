@@ -161,6 +161,14 @@ class FormulaEngine {
   std::string_view StringAt(int index) const;
   void PopString();
   int stringCount() const { return stringCount_; }
+  // The top entry's bytes, to be changed where they stand; null when the pool is empty. With
+  // ShortenTopString, a handler whose result is its argument's text cut or mapped byte by byte
+  // makes it without copying it out and back.
+  char* TopStringData() {
+    return stringCount_ > 0 ? pool_ + poolStarts_[stringCount_ - 1] : nullptr;
+  }
+  // Cuts the top entry to its first `size` bytes; a larger size leaves it as it is.
+  void ShortenTopString(size_t size);
 
   // The array list: a stack of cell chains in step with the array operands.
   CellStore* PushArray();
@@ -173,8 +181,11 @@ class FormulaEngine {
   std::unique_ptr<CellStore> TakeTopArray();
   int arrayCount() const { return arrayCount_; }
 
-  // Turns a reference into its cell's value in place.
-  void LoadReference(FormulaValue& value);
+  // Turns a reference into its cell's value in place. Most values handed here are no
+  // references, so that test is made where it is called.
+  void LoadReference(FormulaValue& value) {
+    if (value.kind == kind::kReference) LoadCell(value);
+  }
   // Drops what a value owns on the pool or the array list; the value must be the top one of its
   // kind.
   void Release(FormulaValue& value);
@@ -248,6 +259,10 @@ class FormulaEngine {
   static constexpr uint8_t kLoadStep = 0;
   static constexpr uint8_t kEmptyStep = 1;
   static constexpr uint8_t kApplyStep = 2;
+  // A load step and the "&" that takes its operand on the right, as one: the operand's text is
+  // joined straight onto the left text on the pool when both are plain, which is how codes and
+  // labels are built ("Name & "-" & Qty").
+  static constexpr uint8_t kAppendStep = 3;
   // What RunPlan returns when an operator left the stack at another depth than when the plan was
   // recorded: the record is evaluated again by the driver.
   static constexpr uint16_t kPlanMismatch = 0xFFFF;
@@ -255,6 +270,11 @@ class FormulaEngine {
   static constexpr uint8_t kPlanTries = 4;
   uint16_t RunPlan(const PlanStep* steps, uint32_t count, const FormulaToken* tokens,
                    std::string_view text);
+  // Fuses the load and "&" pairs of a recorded plan into append steps.
+  static void FuseAppends(std::vector<PlanStep>& steps);
+  // The quick half of an append step: joins the token's text onto the text on top of the stack.
+  // False, with nothing changed, when either is other than a plain text, number or cell value.
+  bool AppendToken(const FormulaToken& token, const char* base);
   // A reference without its row or column stands for the whole column or row.
   static void WidenPartialReference(FormulaValue& token);
   bool MoveOperatorToOperands(std::vector<PlanStep>* record = nullptr);
@@ -294,6 +314,8 @@ class FormulaEngine {
   void KeepFieldTokens();
   void DropFieldTokens();
   CellRecord* ReadCell(Worksheet* sheet, uint32_t row, uint16_t column);
+  // LoadReference's work for a value that is a reference.
+  void LoadCell(FormulaValue& value);
   void RangeToArray(FormulaValue& value);
 
   Workbook* workbook_;

@@ -77,6 +77,7 @@ bool FormulaEngine::EvaluateField(uint16_t fieldIndex) {
     ++kept.planTries;
     return false;
   }
+  FuseAppends(recordScratch_);
   kept.planFirst = static_cast<uint32_t>(planSteps_.size());
   kept.planCount = static_cast<uint32_t>(recordScratch_.size());
   planSteps_.insert(planSteps_.end(), recordScratch_.begin(), recordScratch_.end());

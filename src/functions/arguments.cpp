@@ -106,13 +106,12 @@ bool HasArguments(FormulaEngine& engine, int count) {
 
 bool BroadcastArrays(FormulaEngine& engine, int count) {
   int first = engine.depth() - count;
+  // Looked at first, so that the common call with no array pays no marks for the whole stack.
+  int i = 0;
+  while (i < count && (engine.Operand(first + i).kind & kind::kArrayOrRange) == 0) ++i;
+  if (i == count) return false;
   bool isArray[FormulaEngine::kStackSize] = {};
-  bool any = false;
-  for (int i = 0; i < count; ++i) {
-    isArray[i] = (engine.Operand(first + i).kind & kind::kArrayOrRange) != 0;
-    any |= isArray[i];
-  }
-  if (!any) return false;
+  for (; i < count; ++i) isArray[i] = (engine.Operand(first + i).kind & kind::kArrayOrRange) != 0;
   engine.ApplyOverArray(isArray, first);
   return true;
 }

@@ -40,4 +40,34 @@ void ReadScalarSlots(FormulaEngine& engine, const char* kinds, ScalarCall& call)
   }
 }
 
+bool ReadTextInPlace(FormulaEngine& engine, int integers, TextInPlace& call) {
+  int depth = engine.depth();
+  int base = engine.Operand(depth).argumentBase;
+  if (depth - base != integers + 1) return false;
+  // From the top down, as the full frame reads: the text is loaded last, so it is the pool's top.
+  for (int k = integers; k >= 1; --k) {
+    FormulaValue& v = engine.Operand(base + k);
+    engine.LoadReference(v);
+    if (v.kind != kind::kNumber || v.errorCode != 0) return false;
+    double rounded = RoundHalfAway(v.number);
+    // Negatives, and numbers out of range, get their errors on the full frame.
+    if (!(rounded >= 0 && rounded <= 2147483647.0)) return false;
+    call.integer[k - 1] = static_cast<int32_t>(rounded);
+  }
+  FormulaValue& v = engine.Operand(base);
+  engine.LoadReference(v);
+  if (v.kind != kind::kString || v.errorCode != 0) return false;
+  call.slot = base;
+  call.text = engine.TopStringData();
+  call.size = engine.TopString().size();
+  return true;
+}
+
+void KeepTextInPlace(FormulaEngine& engine, const TextInPlace& call, size_t size) {
+  engine.ShortenTopString(size);
+  engine.SetDepth(call.slot);
+  engine.Operand(call.slot) = FormulaValue();
+  engine.Operand(call.slot).kind = kind::kString;
+}
+
 }  // namespace kelpdex

@@ -36,4 +36,22 @@ bool ReadScalarCall(FormulaEngine& engine, const char* kinds, int required, Scal
 // settled arity and broadcasting itself.
 void ReadScalarSlots(FormulaEngine& engine, const char* kinds, ScalarCall& call);
 
+// The short way for a handler whose result is its first argument's text cut or changed byte by
+// byte (left, upper, trim...): when that text is a plain text on top of the pool and the
+// arguments after it are whole numbers from 0 up, it is changed where it stands instead of being
+// copied out and pushed back. Any other call takes the full frame, which then reads the
+// arguments as loaded here.
+struct TextInPlace {
+  static constexpr int kMaxIntegers = 2;
+  int slot = 0;          // the text's slot, which keeps the result
+  char* text = nullptr;  // its bytes, on top of the pool
+  size_t size = 0;
+  int32_t integer[kMaxIntegers] = {};
+};
+
+// True when the call has exactly a text and `integers` whole numbers, as above.
+bool ReadTextInPlace(FormulaEngine& engine, int integers, TextInPlace& call);
+// Ends the call with the first `size` bytes of the text as the result.
+void KeepTextInPlace(FormulaEngine& engine, const TextInPlace& call, size_t size);
+
 }  // namespace kelpdex

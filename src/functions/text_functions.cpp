@@ -24,15 +24,25 @@ void Fail(FormulaEngine& e, const ScalarCall& call, uint8_t error) {
   SetTextResult(e, call.slot, {}, error);
 }
 
+// One text in, changed where it stands: `change(bytes, size)` returns the size it keeps. The
+// text is worked on on top of the pool when it can be, else in the full frame's copy.
+template <typename Change>
+void ChangeText(FormulaEngine& e, Change change) {
+  TextInPlace in;
+  if (ReadTextInPlace(e, 0, in)) return KeepTextInPlace(e, in, change(in.text, in.size));
+  ScalarCall call;
+  if (!ReadScalarCall(e, "t", 1, call)) return;
+  size_t n = change(call.buffers[0], call.text[0].size());
+  SetTextResult(e, call.slot, std::string_view(call.buffers[0], n), call.error);
+}
+
 // One text in, one text of the same length out, byte by byte.
 template <typename Map>
 void MapText(FormulaEngine& e, Map map) {
-  ScalarCall call;
-  if (!ReadScalarCall(e, "t", 1, call)) return;
-  char* text = call.buffers[0];
-  size_t n = call.text[0].size();
-  for (size_t i = 0; i < n; ++i) text[i] = map(text[i]);
-  SetTextResult(e, call.slot, std::string_view(text, n), call.error);
+  ChangeText(e, [&](char* text, size_t n) {
+    for (size_t i = 0; i < n; ++i) text[i] = map(text[i]);
+    return n;
+  });
 }
 
 // Rounds x at `digits` places (left of the point when negative), half away from zero, as the
@@ -147,14 +157,13 @@ void Char(FormulaEngine& e) {
 }
 
 void Clean(FormulaEngine& e) {
-  ScalarCall call;
-  if (!ReadScalarCall(e, "t", 1, call)) return;
-  char* text = call.buffers[0];
-  size_t kept = 0;
-  for (char c : call.text[0]) {
-    if (static_cast<uint8_t>(c) >= 32 && c != 127) text[kept++] = c;
-  }
-  SetTextResult(e, call.slot, std::string_view(text, kept), call.error);
+  ChangeText(e, [](char* text, size_t n) {
+    size_t kept = 0;
+    for (size_t i = 0; i < n; ++i) {
+      if (static_cast<uint8_t>(text[i]) >= 32 && text[i] != 127) text[kept++] = text[i];
+    }
+    return kept;
+  });
 }
 
 void Code(FormulaEngine& e) {
@@ -222,6 +231,8 @@ void Fixed(FormulaEngine& e) {
 }
 
 void Left(FormulaEngine& e) {
+  TextInPlace in;
+  if (ReadTextInPlace(e, 1, in)) return KeepTextInPlace(e, in, static_cast<size_t>(in.integer[0]));
   ScalarCall call;
   call.integer[1] = 1;
   if (!ReadScalarCall(e, "ti", 1, call)) return;
@@ -241,6 +252,14 @@ void Lower(FormulaEngine& e) {
 }
 
 void Mid(FormulaEngine& e) {
+  TextInPlace in;
+  // A start before the first byte is an error, which the full frame gives.
+  if (ReadTextInPlace(e, 2, in) && in.integer[0] >= 1) {
+    size_t at = std::min(static_cast<size_t>(in.integer[0] - 1), in.size);
+    size_t keep = std::min(static_cast<size_t>(in.integer[1]), in.size - at);
+    std::memmove(in.text, in.text + at, keep);
+    return KeepTextInPlace(e, in, keep);
+  }
   ScalarCall call;
   if (!ReadScalarCall(e, "tii", 3, call)) return;
   int32_t first = call.integer[1], count = call.integer[2];
@@ -252,16 +271,15 @@ void Mid(FormulaEngine& e) {
 }
 
 void Proper(FormulaEngine& e) {
-  ScalarCall call;
-  if (!ReadScalarCall(e, "t", 1, call)) return;
-  char* text = call.buffers[0];
-  bool inWord = false;
-  for (size_t i = 0; i < call.text[0].size(); ++i) {
-    bool letter = text::IsCharAlpha(text[i]);
-    if (letter) text[i] = inWord ? text::CharLower(text[i]) : text::CharUpper(text[i]);
-    inWord = letter;
-  }
-  SetTextResult(e, call.slot, call.text[0], call.error);
+  ChangeText(e, [](char* text, size_t n) {
+    bool inWord = false;
+    for (size_t i = 0; i < n; ++i) {
+      bool letter = text::IsCharAlpha(text[i]);
+      if (letter) text[i] = inWord ? text::CharLower(text[i]) : text::CharUpper(text[i]);
+      inWord = letter;
+    }
+    return n;
+  });
 }
 
 void Replace(FormulaEngine& e) {
@@ -301,6 +319,12 @@ void Rept(FormulaEngine& e) {
 }
 
 void Right(FormulaEngine& e) {
+  TextInPlace in;
+  if (ReadTextInPlace(e, 1, in)) {
+    size_t keep = std::min(static_cast<size_t>(in.integer[0]), in.size);
+    std::memmove(in.text, in.text + in.size - keep, keep);
+    return KeepTextInPlace(e, in, keep);
+  }
   ScalarCall call;
   call.integer[1] = 1;
   if (!ReadScalarCall(e, "ti", 1, call)) return;
@@ -364,21 +388,22 @@ void Text(FormulaEngine& e) {
 }
 
 void Trim(FormulaEngine& e) {
-  ScalarCall call;
-  if (!ReadScalarCall(e, "t", 1, call)) return;
-  char* text = call.buffers[0];
-  size_t kept = 0;
-  bool gap = false;
-  for (char c : call.text[0]) {
-    if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
-      gap = kept > 0;
-      continue;
+  // Nothing is written ahead of what is read, so the text is trimmed where it stands.
+  ChangeText(e, [](char* text, size_t n) {
+    size_t kept = 0;
+    bool gap = false;
+    for (size_t i = 0; i < n; ++i) {
+      char c = text[i];
+      if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
+        gap = kept > 0;
+        continue;
+      }
+      if (gap) text[kept++] = ' ';
+      gap = false;
+      text[kept++] = c;
     }
-    if (gap) text[kept++] = ' ';
-    gap = false;
-    text[kept++] = c;
-  }
-  SetTextResult(e, call.slot, std::string_view(text, kept), call.error);
+    return kept;
+  });
 }
 
 void Upper(FormulaEngine& e) {

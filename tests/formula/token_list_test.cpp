@@ -204,10 +204,14 @@ TEST(TokenList, RecalculationMatchesReadingTheText) {
           cell::EncodeFormula(rec.data(), row, column, "=0");
           cell::SetCachedNumber(rec.data(), maker.Pick(100));
         } else if (what == 1) {
-          cell::EncodeNumber(rec.data(), row, column, maker.Pick(2000) / 8.0 - 50);
+          // Now and then an error value, which no operator may read as a number or a text.
+          cell::EncodeNumber(rec.data(), row, column, maker.Pick(2000) / 8.0 - 50,
+                             maker.Chance(10) ? ferr::kNA : uint8_t{0});
         } else {
-          static const char* const kTexts[] = {"Bob", " 7 ", "", "1e2", "x y"};
-          cell::EncodeText(rec.data(), row, column, kTexts[maker.Pick(5)]);
+          // Texts two of which are too long to join.
+          static const std::string kLong(700, 'L');
+          static const char* const kTexts[] = {"Bob", " 7 ", "", "1e2", "x y", kLong.c_str()};
+          cell::EncodeText(rec.data(), row, column, kTexts[maker.Pick(6)]);
         }
         ASSERT_TRUE(kept.sheet->cells.PutCell(rec.data()));
         ASSERT_TRUE(read.sheet->cells.PutCell(rec.data()));
@@ -247,6 +251,53 @@ TEST(TokenList, RecalculationMatchesReadingTheText) {
   EXPECT_GT(nameCells, 500);
   EXPECT_GT(circles, 50);
   EXPECT_GT(pastThePool, 5);
+}
+
+TEST(TokenList, JoinedOperandsAgreeWithTheOperator) {
+  // Each "&" whose right operand is one token joins it onto the left text where it stands, in
+  // every record after the first; the records here give that every kind of operand.
+  const char* const kFormulas[] = {
+      "=Name & \"-\" & Qty", "=\"<\" & Name & #N/A!", "=Name & 12.5 & Foo",
+      "=Qty & Name & Qty",   "=Name & Calc",          "=Name & Name & Name & \"!\"",
+      "=(Name & 0) & (Qty)", "=\"[\" & (Qty & Name)", "=Foo & Name"};
+  for (const char* formula : kFormulas) {
+    std::vector<FormulaField> fields(4);
+    fields[0].name = "Name";
+    fields[0].type = kFieldText;
+    fields[1].name = "Qty";
+    fields[1].type = kFieldNumber;
+    fields[2].name = "Code";
+    fields[2].type = kFieldText;
+    fields[2].formula = formula;
+    fields[3].name = "Calc";
+    fields[3].type = kFieldNumber;
+    fields[3].formula = "=Qty * 2";
+    Copy kept(fields), read(fields);
+    read.engine->SetTokenLists(false);
+    const std::string longName(700, 'L');
+    std::vector<uint8_t> rec(kBlockPayload);
+    auto put = [&](size_t size) {
+      ASSERT_GT(size, 0u);
+      ASSERT_TRUE(kept.sheet->cells.PutCell(rec.data()));
+      ASSERT_TRUE(read.sheet->cells.PutCell(rec.data()));
+    };
+    put(cell::EncodeText(rec.data(), 0, 0, "Bob"));
+    put(cell::EncodeNumber(rec.data(), 0, 1, 3));
+    // Record 1 has no name, and an error for its quantity.
+    put(cell::EncodeNumber(rec.data(), 1, 1, 0, ferr::kNA));
+    put(cell::EncodeText(rec.data(), 2, 0, longName));
+    put(cell::EncodeText(rec.data(), 2, 1, "7"));
+    put(cell::EncodeNumber(rec.data(), 3, 0, 2.5));
+    put(cell::EncodeText(rec.data(), 4, 0, "Ann"));
+    put(cell::EncodeNumber(rec.data(), 4, 1, 0.1));
+    const uint32_t rows[] = {0, 1, 2, 3, 4};
+    ASSERT_TRUE(kept.engine->RecalculateRows(rows, 5));
+    ASSERT_TRUE(read.engine->RecalculateRows(rows, 5));
+    ExpectSameCells(*kept.sheet, *read.sheet, formula);
+    if (std::string(formula) == kFormulas[0]) {
+      EXPECT_EQ(cell::Text(kept.sheet->cells.GetCell(4, 2)), "Ann-0.1");
+    }
+  }
 }
 
 class TokenListTest : public ::testing::Test {

@@ -73,6 +73,28 @@ TEST_F(TextTest, PositionsAndCounts) {
   EXPECT_EQ(Eval("=mid(\"abc\", 1)"), "#SYNTAX!");
 }
 
+TEST_F(TextTest, TextsCutAndMappedWhereTheyStandKeepThePoolInStep) {
+  // A plain text with whole numbers is changed on top of the pool; a count given as text, or a
+  // number to cut, takes the full frame. Both must agree, with other texts alive below.
+  EXPECT_EQ(Eval("=left(B, 5) & \"|\" & left(B, \"5\")"), "Hello|Hello");
+  EXPECT_EQ(Eval("=right(B, 2.5) & \"|\" & right(B, \"3\")"), "rld|rld");
+  EXPECT_EQ(Eval("=mid(B, 7, 3) & mid(B, 99, 3) & \"|\" & mid(B, \"7\", 3)"), "Wor|Wor");
+  EXPECT_EQ(Eval("=\"x\" & left(A, 2) & upper(A) & lower(B) & right(A, 9)"),
+            "xabABChello worldabc");
+  EXPECT_EQ(Eval("=left(\"x\" & A, 2) & \"|\" & left(N, 1) & left(12345, 2) & left(C, 2)"),
+            "xa|312");
+  EXPECT_EQ(
+      Eval("=\"[\" & trim(\"  a \t b  \") & proper(\"ab cd\") & clean(char(7) & \"z\") & \"]\""),
+      "[a bAb Cdz]");
+  // Texts shortened in place leave room that the next push takes.
+  EXPECT_EQ(Eval("=left(rept(\"a\", 3000), 1) & left(rept(\"b\", 3000), 2)"), "abb");
+  EXPECT_EQ(Eval("=left(A, 4294967296)"), "#NUM!");
+  EXPECT_EQ(Eval("=mid(A, 0, 1)"), "#VALUE!");
+  EXPECT_EQ(Eval("=left(A, 1/0)"), "#DIV/0!");
+  EXPECT_EQ(Eval("=upper(na())"), "#N/A!");
+  EXPECT_EQ(Eval("=left(Nowhere, 2)"), "#NAME?");
+}
+
 TEST_F(TextTest, FindComparesBytesAndSearchMatchesPatterns) {
   EXPECT_EQ(Eval("=find(\"x\", \"abc\", 9)"), "#VALUE!");
   EXPECT_EQ(Eval("=find(\"B\", \"abcb\")"), "#VALUE!");
