@@ -1,6 +1,7 @@
 // Any bytes as formula text, against a small table: evaluated ad hoc as a search expression is,
-// then as a calculated field through its kept token list. Whatever the text, a result or
-// "#SYNTAX!", never a crash, an overflow of the fixed stacks or the string pool, or a leak.
+// then as a calculated field through its kept token list, for one record and over all of them.
+// Whatever the text, a result or "#SYNTAX!", never a crash, an overflow of the fixed stacks or
+// the string pool, or a leak.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -67,6 +68,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   table.fields[3].formula = text;
   table.engine->SetFields(table.fields, 4);
   table.engine->RecalculateRow(row);
+  // Over every record in one pass, where the records after the first replay its steps; the
+  // results are cleared after, so that each input meets the same table.
+  const uint32_t rows[] = {0, 1, 2, 3, 4, 5};
+  table.engine->RecalculateRows(rows, 6);
+  table.sheet->cells.DeleteRange(3, 3, 0, 5);
   table.fields[3].formula.clear();
   table.engine->SetFields(table.fields, 4);
   return 0;

@@ -142,6 +142,14 @@ class FormulaMaker {
   const std::vector<std::string>* names_ = nullptr;
 };
 
+FormulaField MakeField(const char* name, uint8_t type, const char* formula = "") {
+  FormulaField field;
+  field.name = name;
+  field.type = type;
+  field.formula = formula;
+  return field;
+}
+
 // One table's records on its own sheet, with an engine over them.
 struct Copy {
   explicit Copy(const std::vector<FormulaField>& fieldList) : fields(fieldList) {
@@ -261,17 +269,9 @@ TEST(TokenList, JoinedOperandsAgreeWithTheOperator) {
       "=Qty & Name & Qty",   "=Name & Calc",          "=Name & Name & Name & \"!\"",
       "=(Name & 0) & (Qty)", "=\"[\" & (Qty & Name)", "=Foo & Name"};
   for (const char* formula : kFormulas) {
-    std::vector<FormulaField> fields(4);
-    fields[0].name = "Name";
-    fields[0].type = kFieldText;
-    fields[1].name = "Qty";
-    fields[1].type = kFieldNumber;
-    fields[2].name = "Code";
-    fields[2].type = kFieldText;
-    fields[2].formula = formula;
-    fields[3].name = "Calc";
-    fields[3].type = kFieldNumber;
-    fields[3].formula = "=Qty * 2";
+    std::vector<FormulaField> fields = {
+        MakeField("Name", kFieldText), MakeField("Qty", kFieldNumber),
+        MakeField("Code", kFieldText, formula), MakeField("Calc", kFieldNumber, "=Qty * 2")};
     Copy kept(fields), read(fields);
     read.engine->SetTokenLists(false);
     const std::string longName(700, 'L');
@@ -304,15 +304,8 @@ class TokenListTest : public ::testing::Test {
  protected:
   TokenListTest() : copy_(MakeFields()) {}
   static std::vector<FormulaField> MakeFields() {
-    std::vector<FormulaField> fields(3);
-    fields[0].name = "Price";
-    fields[0].type = kFieldNumber;
-    fields[1].name = "Qty";
-    fields[1].type = kFieldNumber;
-    fields[2].name = "Total";
-    fields[2].type = kFieldNumber;
-    fields[2].formula = "=Price*Qty";
-    return fields;
+    return {MakeField("Price", kFieldNumber), MakeField("Qty", kFieldNumber),
+            MakeField("Total", kFieldNumber, "=Price*Qty")};
   }
   void SetUp() override {
     uint8_t rec[32];
