@@ -432,16 +432,7 @@ bool FormulaEngine::AppendToken(const FormulaToken& token, const char* base) {
   } else {
     return false;
   }
-  size_t endLeft = poolStarts_[stringCount_] - 1u;  // where its terminator stands
-  size_t leftSize = endLeft - poolStarts_[stringCount_ - 1];
-  if (leftSize + right.size() > kMaxConcatenation ||
-      endLeft + right.size() + 1 > static_cast<size_t>(kPoolBytes)) {
-    return false;
-  }
-  if (!right.empty()) std::memcpy(pool_ + endLeft, right.data(), right.size());
-  pool_[endLeft + right.size()] = '\0';
-  poolStarts_[stringCount_] = static_cast<uint16_t>(endLeft + right.size() + 1);
-  return true;
+  return AppendToTopString(right);
 }
 
 uint16_t FormulaEngine::RunDriver(std::string_view text) {

@@ -275,6 +275,9 @@ class FormulaEngine {
   // The quick half of an append step: joins the token's text onto the text on top of the stack.
   // False, with nothing changed, when either is other than a plain text, number or cell value.
   bool AppendToken(const FormulaToken& token, const char* base);
+  // Joins `text` (not on the pool) onto the pool's top entry; false, with nothing changed, when
+  // the join would pass "&"'s limit or the pool's room.
+  bool AppendToTopString(std::string_view text);
   // A reference without its row or column stands for the whole column or row.
   static void WidenPartialReference(FormulaValue& token);
   bool MoveOperatorToOperands(std::vector<PlanStep>* record = nullptr);

@@ -226,21 +226,28 @@ bool FormulaEngine::ConcatenateInPool(std::string_view ta, const FormulaValue& b
     if (ta.size() + tb.size() > kMaxConcatenation) return false;
     std::memmove(pool_ + endA, tb.data(), tb.size());
     --stringCount_;
-  } else {
-    if (owned != 1 || top != endA + 1) return false;
-    char number[32];
-    std::string_view right;
-    ScalarText(b, std::string_view(), number, right);
-    if (ta.size() + right.size() > kMaxConcatenation ||
-        endA + right.size() + 1 > static_cast<size_t>(kPoolBytes)) {
-      return false;
-    }
-    if (!right.empty()) std::memcpy(pool_ + endA, right.data(), right.size());
-    tb = right;
+    size_t end = endA + tb.size();
+    pool_[end] = '\0';
+    poolStarts_[stringCount_] = static_cast<uint16_t>(end + 1);
+    return true;
   }
-  size_t end = endA + tb.size();
-  pool_[end] = '\0';
-  poolStarts_[stringCount_] = static_cast<uint16_t>(end + 1);
+  if (owned != 1 || top != endA + 1) return false;
+  char number[32];
+  std::string_view right;
+  ScalarText(b, std::string_view(), number, right);
+  return AppendToTopString(right);
+}
+
+bool FormulaEngine::AppendToTopString(std::string_view text) {
+  size_t end = poolStarts_[stringCount_] - 1u;  // where the top entry's terminator stands
+  size_t size = end - poolStarts_[stringCount_ - 1];
+  if (size + text.size() > kMaxConcatenation ||
+      end + text.size() + 1 > static_cast<size_t>(kPoolBytes)) {
+    return false;
+  }
+  if (!text.empty()) std::memcpy(pool_ + end, text.data(), text.size());
+  pool_[end + text.size()] = '\0';
+  poolStarts_[stringCount_] = static_cast<uint16_t>(end + text.size() + 1);
   return true;
 }
 

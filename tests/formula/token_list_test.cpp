@@ -142,14 +142,6 @@ class FormulaMaker {
   const std::vector<std::string>* names_ = nullptr;
 };
 
-FormulaField MakeField(const char* name, uint8_t type, const char* formula = "") {
-  FormulaField field;
-  field.name = name;
-  field.type = type;
-  field.formula = formula;
-  return field;
-}
-
 // One table's records on its own sheet, with an engine over them.
 struct Copy {
   explicit Copy(const std::vector<FormulaField>& fieldList) : fields(fieldList) {
@@ -270,8 +262,10 @@ TEST(TokenList, JoinedOperandsAgreeWithTheOperator) {
       "=(Name & 0) & (Qty)", "=\"[\" & (Qty & Name)", "=Foo & Name"};
   for (const char* formula : kFormulas) {
     std::vector<FormulaField> fields = {
-        MakeField("Name", kFieldText), MakeField("Qty", kFieldNumber),
-        MakeField("Code", kFieldText, formula), MakeField("Calc", kFieldNumber, "=Qty * 2")};
+        {.type = kFieldText, .name = "Name", .formula = ""},
+        {.type = kFieldNumber, .name = "Qty", .formula = ""},
+        {.type = kFieldText, .name = "Code", .formula = formula},
+        {.type = kFieldNumber, .name = "Calc", .formula = "=Qty * 2"}};
     Copy kept(fields), read(fields);
     read.engine->SetTokenLists(false);
     const std::string longName(700, 'L');
@@ -304,8 +298,9 @@ class TokenListTest : public ::testing::Test {
  protected:
   TokenListTest() : copy_(MakeFields()) {}
   static std::vector<FormulaField> MakeFields() {
-    return {MakeField("Price", kFieldNumber), MakeField("Qty", kFieldNumber),
-            MakeField("Total", kFieldNumber, "=Price*Qty")};
+    return {{.type = kFieldNumber, .name = "Price", .formula = ""},
+            {.type = kFieldNumber, .name = "Qty", .formula = ""},
+            {.type = kFieldNumber, .name = "Total", .formula = "=Price*Qty"}};
   }
   void SetUp() override {
     uint8_t rec[32];
